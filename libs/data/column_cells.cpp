@@ -1,0 +1,169 @@
+#include "data/column_cells.h"
+
+#include <tessel/data/convert.h>
+#include <tessel/data/errors.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cmath>
+#include <limits>
+
+namespace Tessel {
+namespace {
+
+template <class T>
+std::vector<T> gather(const std::vector<T>& source, const RowIndexes& rows) {
+    std::vector<T> gathered(rows.size());
+    for (std::size_t i = 0; i < rows.size(); ++i) gathered[i] = source[static_cast<std::size_t>(rows[i])];
+    return gathered;
+}
+
+RankCodes rank(std::span<const double> numbers) {
+    struct Cell {
+        double value;
+        std::uint32_t row;
+    };
+    std::vector<Cell> cells;
+    cells.reserve(numbers.size());
+    for (std::size_t row = 0; row < numbers.size(); ++row)
+        if (!std::isnan(numbers[row])) cells.push_back({numbers[row], static_cast<std::uint32_t>(row)});
+    std::sort(cells.begin(), cells.end(), [](const Cell& a, const Cell& b) { return a.value < b.value; });
+
+    RankCodes ranks;
+    ranks.codes.resize(numbers.size());
+    for (const Cell& cell : cells) {
+        if (ranks.distinct.empty() || ranks.distinct.back() < cell.value)
+            ranks.distinct.push_back(cell.value);
+        ranks.codes[cell.row] = static_cast<std::uint32_t>(ranks.distinct.size() - 1);
+    }
+    if (cells.size() < numbers.size())
+        for (std::size_t row = 0; row < numbers.size(); ++row)
+            if (std::isnan(numbers[row]))
+                ranks.codes[row] = static_cast<std::uint32_t>(ranks.distinct.size());
+    return ranks;
+}
+
+int checkedNumRows(std::size_t numRows) {
+    if (numRows > static_cast<std::size_t>(std::numeric_limits<int>::max()))
+        throw IndexOutOfRange(static_cast<std::int64_t>(numRows), std::numeric_limits<int>::max());
+    return static_cast<int>(numRows);
+}
+
+}  // namespace
+
+ColumnCells::ColumnCells(TypeCode type, std::size_t numRows)
+    : type_(type), numRows_(checkedNumRows(numRows)) {}
+
+std::shared_ptr<ColumnCells> ColumnCells::ofNumbers(std::vector<double> numbers) {
+    std::shared_ptr<ColumnCells> cells(new ColumnCells(TypeCode::NUMERIC, numbers.size()));
+    cells->numbers_ = std::move(numbers);
+    return cells;
+}
+
+std::shared_ptr<ColumnCells> ColumnCells::ofCodes(std::shared_ptr<const Dictionary> dictionary,
+                                                  std::vector<std::int32_t> codes) {
+    std::shared_ptr<ColumnCells> cells(new ColumnCells(TypeCode::TEXT, codes.size()));
+    cells->codes_ = std::move(codes);
+    cells->dictionary_ = std::move(dictionary);
+    return cells;
+}
+
+std::shared_ptr<ColumnCells> ColumnCells::ofTexts(std::span<const WString> texts) {
+    TextEncoder encoder;
+    std::vector<std::int32_t> codes(texts.size());
+    std::transform(texts.begin(), texts.end(), codes.begin(),
+                   [&](const WString& text) { return encoder.encode(text); });
+    return ofCodes(encoder.finish(), std::move(codes));
+}
+
+bool ColumnCells::isMissing(int row) const {
+    return isNumeric() ? std::isnan(number(row)) : code(row) == kMissingCode;
+}
+
+WString ColumnCells::text(int row) const {
+    if (isMissing(row)) return {};
+    return isNumeric() ? Convert::toString(number(row)) : dictionary()[code(row)];
+}
+
+std::span<const double> ColumnCells::numbers() const {
+    if (!root_) return numbers_;
+    return gatheredNumbers_.get([this] { return gather(root_->numbers_, *selection_); });
+}
+
+std::span<const std::int32_t> ColumnCells::codes() const {
+    if (!root_) return codes_;
+    return gatheredCodes_.get([this] { return gather(root_->codes_, *selection_); });
+}
+
+const RankCodes& ColumnCells::rankCodes() const {
+    return ranks_.get([this] { return rank(numbers()); });
+}
+
+const std::vector<std::int32_t>& ColumnCells::presentCodes() const {
+    return presentCodes_.get([this] {
+        std::vector<std::int32_t> present;
+        std::vector<bool> seen(dictionary().levels().size(), false);
+        for (int row = 0; row < numRows_ && present.size() < seen.size(); ++row) {
+            const std::int32_t level = code(row);
+            if (level == kMissingCode || seen[static_cast<std::size_t>(level)]) continue;
+            seen[static_cast<std::size_t>(level)] = true;
+            present.push_back(level);
+        }
+        return present;
+    });
+}
+
+void ColumnCells::detach(std::shared_ptr<ColumnCells>& cells) {
+    if (cells.use_count() == 1 && !cells->root_) {
+        // Pairs with the release of the last other owner, so that its reads are over.
+        std::atomic_thread_fence(std::memory_order_acquire);
+        cells->ranks_.reset();
+        cells->presentCodes_.reset();
+        return;
+    }
+    if (cells->isNumeric()) {
+        const auto numbers = cells->numbers();
+        cells = ofNumbers({numbers.begin(), numbers.end()});
+    } else {
+        const auto codes = cells->codes();
+        cells = ofCodes(cells->sharedDictionary(), {codes.begin(), codes.end()});
+    }
+}
+
+void ColumnCells::assign(std::shared_ptr<ColumnCells>& cells, int row, double number) {
+    if (!cells->isNumeric())
+        return assign(cells, row, std::isnan(number) ? WString() : Convert::toString(number));
+    detach(cells);
+    cells->numbers_[static_cast<std::size_t>(row)] = number;
+}
+
+void ColumnCells::assign(std::shared_ptr<ColumnCells>& cells, int row, const WString& text) {
+    if (cells->isNumeric()) {
+        const double number =
+            text.empty() ? std::numeric_limits<double>::quiet_NaN() : Convert::toDouble(text);
+        return assign(cells, row, number);
+    }
+    std::int32_t code = text.empty() ? kMissingCode : cells->dictionary().find(text);
+    std::shared_ptr<const Dictionary> grown;
+    if (code == kMissingCode && !text.empty()) {
+        TextEncoder encoder(cells->dictionary());
+        code = encoder.encode(text);
+        grown = encoder.finish();
+    }
+    detach(cells);
+    cells->codes_[static_cast<std::size_t>(row)] = code;
+    if (grown) cells->dictionary_ = std::move(grown);
+}
+
+std::shared_ptr<ColumnCells> RowSelector::select(const std::shared_ptr<ColumnCells>& cells) {
+    if (!lastComposed_ || cells->selection_ != lastOuter_) {
+        lastOuter_ = cells->selection_;
+        lastComposed_ = lastOuter_ ? std::make_shared<const RowIndexes>(gather(*lastOuter_, *rows_)) : rows_;
+    }
+    std::shared_ptr<ColumnCells> selected(new ColumnCells(cells->type_, rows_->size()));
+    selected->root_ = cells->root_ ? cells->root_ : cells;
+    selected->selection_ = lastComposed_;
+    return selected;
+}
+
+}  // namespace Tessel

@@ -1,0 +1,101 @@
+#include <tessel/data/data_frame.h>
+#include <tessel/data/matrix.h>
+
+#include <algorithm>
+
+namespace Tessel {
+namespace {
+
+std::size_t numCells(int numRows, int numCols) {
+    if (numRows < 0) throw IndexOutOfRange(numRows, 0);
+    if (numCols < 0) throw ColumnIndexOutOfRange(numCols, 0);
+    return static_cast<std::size_t>(numRows) * static_cast<std::size_t>(numCols);
+}
+
+void requireSize(int expected, std::size_t actual) {
+    if (static_cast<std::size_t>(expected) != actual)
+        throw NumElementsMismatch(expected, static_cast<std::int64_t>(actual));
+}
+
+}  // namespace
+
+Matrix::Matrix(int numRows, int numCols, double fill, MatrixOrderType order)
+    : numRows_(numRows), numCols_(numCols), order_(order), values_(numCells(numRows, numCols), fill) {}
+
+Matrix::Matrix(int numRows, int numCols, const Vector& values, MatrixOrderType order)
+    : numRows_(numRows), numCols_(numCols), order_(order), values_(values) {
+    const std::size_t expected = numCells(numRows, numCols);
+    if (values.size() != expected)
+        throw NumElementsMismatch(static_cast<std::int64_t>(expected),
+                                  static_cast<std::int64_t>(values.size()));
+}
+
+Matrix::Matrix(const DataFrame& table)
+    : Matrix(table.getNumRows(), table.getNumCols(), 0.0, MatrixOrderType::COLUMN_MAJOR) {
+    name_ = table.getName();
+    for (int column = 0; column < numCols_; ++column) {
+        const DataFrameColumn source = table(Util::all, column);
+        const auto cells = source.values();
+        std::copy(cells.begin(), cells.end(),
+                  values_.begin() + static_cast<std::ptrdiff_t>(offset(0, column)));
+    }
+}
+
+Vector Matrix::getRow(int row) const {
+    if (row < 0 || row >= numRows_) throw IndexOutOfRange(row, numRows_);
+    Vector values;
+    for (int column = 0; column < numCols_; ++column) values.push_back((*this)(row, column));
+    return values;
+}
+
+void Matrix::setRow(int row, const Vector& values) {
+    if (row < 0 || row >= numRows_) throw IndexOutOfRange(row, numRows_);
+    requireSize(numCols_, values.size());
+    for (int column = 0; column < numCols_; ++column)
+        (*this)(row, column) = values[static_cast<std::size_t>(column)];
+}
+
+Vector Matrix::getColumn(int column) const {
+    if (column < 0 || column >= numCols_) throw ColumnIndexOutOfRange(column, numCols_);
+    Vector values;
+    for (int row = 0; row < numRows_; ++row) values.push_back((*this)(row, column));
+    return values;
+}
+
+void Matrix::setColumn(int column, const Vector& values) {
+    if (column < 0 || column >= numCols_) throw ColumnIndexOutOfRange(column, numCols_);
+    requireSize(numRows_, values.size());
+    for (int row = 0; row < numRows_; ++row) (*this)(row, column) = values[static_cast<std::size_t>(row)];
+}
+
+Matrix Matrix::transpose() const {
+    // The cells of a matrix, read in the other memory order, are those of its transpose.
+    const bool byRows = order_ == MatrixOrderType::ROW_MAJOR;
+    Matrix turned(numCols_, numRows_, values_,
+                  byRows ? MatrixOrderType::COLUMN_MAJOR : MatrixOrderType::ROW_MAJOR);
+    Matrix transposed(numCols_, numRows_, 0.0, order_);
+    for (int row = 0; row < numCols_; ++row)
+        for (int column = 0; column < numRows_; ++column) transposed(row, column) = turned(row, column);
+    transposed.name_ = name_;
+    return transposed;
+}
+
+void Matrix::resize(int numRows, int numCols) {
+    Matrix resized(numRows, numCols, 0.0, order_);
+    for (int row = 0; row < std::min(numRows, numRows_); ++row)
+        for (int column = 0; column < std::min(numCols, numCols_); ++column)
+            resized(row, column) = (*this)(row, column);
+    resized.name_ = name_;
+    *this = std::move(resized);
+}
+
+bool Matrix::operator==(const Matrix& other) const {
+    if (numRows_ != other.numRows_ || numCols_ != other.numCols_) return false;
+    if (order_ == other.order_) return values_ == other.values_;
+    for (int row = 0; row < numRows_; ++row)
+        for (int column = 0; column < numCols_; ++column)
+            if ((*this)(row, column) != other(row, column)) return false;
+    return true;
+}
+
+}  // namespace Tessel

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "data/column_cells.h"
+#include "data/lazy.h"
+#include <tessel/data/types.h>
+#include <tessel/data/vectors.h>
+
+#include <memory>
+#include <unordered_map>
+#include <vector>
+
+namespace Tessel {
+
+/// The names of a table's rows, immutable and shared. Default names ("Record 1", "Record 2", ...) are
+/// never stored: a null pointer stands for them, and a selection of rows remembers the rows' numbers, so
+/// that a row keeps its name wherever it goes.
+class RowNames {
+ public:
+    using Pointer = std::shared_ptr<const RowNames>;
+
+    static Pointer of(std::vector<WString> names);
+    /// The names of the listed rows, in that order. @pre every row exists
+    static Pointer select(const Pointer& names, const std::shared_ptr<const RowIndexes>& rows);
+
+    static WString at(const Pointer& names, int row);
+    static StringVector all(const Pointer& names, int numRows);
+    /// The row of that name, or -1. @throws DuplicateName when several rows bear it.
+    static int find(const Pointer& names, int numRows, const WString& name);
+
+ private:
+    using RowOfName = std::unordered_map<WString, int>;
+
+    std::shared_ptr<const std::vector<WString>> texts_;  // null: default names
+    std::shared_ptr<const RowIndexes> rows_;             // null: all rows in order
+    Lazy<RowOfName> index_;
+};
+
+}  // namespace Tessel

@@ -6,12 +6,19 @@
 
 namespace Tessel {
 
-/// Has a name that its user sets.
+/// Has a name that its user sets. Setters of interfaces call a private virtual function, so that a class
+/// can hide them by setters that return the class itself and chain.
 class TESSEL_API Identifiable {
  public:
     virtual ~Identifiable();
     virtual const WString& getName() const = 0;
-    virtual void setName(const WString& name) = 0;
+    Identifiable& setName(const WString& name) {
+        assignName(name);
+        return *this;
+    }
+
+ private:
+    virtual void assignName(const WString& name) = 0;
 };
 
 /// Describes itself as text for people.

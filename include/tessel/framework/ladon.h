@@ -104,7 +104,8 @@ class TESSEL_API Exportable {
     virtual void toLadon(const WString& path) const;
 };
 
-/// Replaces its state by a `Ladon` description. A description that cannot be read leaves the object unchanged.
+/// Replaces its state by a `Ladon` description. A description that cannot be read leaves the object
+/// unchanged.
 class TESSEL_API Importable {
  public:
     virtual ~Importable();

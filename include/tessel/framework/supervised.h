@@ -1,12 +1,13 @@
 #pragma once
 
-#include <memory>
-
 #include <tessel/data/data_frame.h>
 #include <tessel/framework/capabilities.h>
 #include <tessel/framework/ladon.h>
 
-// Learning with a target: what classifiers and regressors have in common, and how each kind is fitted and used.
+#include <memory>
+
+// Learning with a target: what classifiers and regressors have in common, and how each kind is fitted and
+// used.
 
 namespace Tessel {
 
@@ -53,7 +54,9 @@ class Fitable {
     /// @param features  index columns are not features. @param target  a row per row of `features`.
     virtual Model fit(const DataFrame& features, const DataFrameColumn& target) const = 0;
     /// The target as a one-column table. @throws NumColumnsMismatch
-    Model fit(const DataFrame& features, const DataFrame& target) const { return fit(features, targetColumn(target)); }
+    Model fit(const DataFrame& features, const DataFrame& target) const {
+        return fit(features, targetColumn(target));
+    }
 };
 
 namespace Classification {

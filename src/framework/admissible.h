@@ -1,0 +1,82 @@
+#pragma once
+
+#include "framework/parameter.h"
+#include <tessel/framework/errors.h>
+#include <tessel/framework/supervised.h>
+
+#include <map>
+
+// The implementations behind the capability interfaces of estimators: the parameters and their checks.
+
+namespace Tessel {
+
+/// Prior probabilities by class label.
+using PriorProbs = std::map<WString, double>;
+template <>
+struct ParameterType<PriorProbs> {
+    static constexpr const wchar_t* word = L"PriorProbs";
+    static WString text(const PriorProbs& priors);
+    static web::json::value toJSON(const PriorProbs& priors);
+    static std::optional<PriorProbs> fromJSON(const web::json::value& json);
+};
+
+/// Holds observation weights.
+class IWeightsAdmissible {
+ public:
+    Parameter<Vector> weights{L"weights", L"Observation weights"};
+
+    /// @throws IncompatibleSizes unless there are none or one per row, NonPositiveWeights
+    void validateWeights(int numRows) const;
+};
+
+namespace CategoricalVariables {
+
+/// Holds the names and positions of features to be treated as categorical.
+class IAdmissible {
+ public:
+    Parameter<StringVector> categoricalFeaturesNames{L"categoricalFeaturesNames", L"Categorical features"};
+    Parameter<IntVector> categoricalFeaturesOffsets{L"categoricalFeaturesOffsets",
+                                                    L"Categorical feature offsets"};
+
+    /// The positions in `features` of what was named or listed, ascending, each once.
+    /// @throws NotAValidColName, ColumnIndexOutOfRange
+    IntVector categoricalPositions(const DataFrame& features) const;
+    /// A row per name or offset given: columns "Name" and "Offset", one of them empty.
+    DataFrame categoricalFeaturesInfo() const;
+};
+
+}  // namespace CategoricalVariables
+
+namespace Classification::PriorProbability {
+
+/// Explicit priors: each in [0, 1], summing to 1.
+class PriorProbsParameter : public Parameter<PriorProbs> {
+ public:
+    using Parameter::Parameter;
+    /// @throws ValueOutOfRange, IncorrectTotalValue
+    void validate() const override;
+
+ protected:
+    WString admissibleValues() const override { return L"[0,1] and sum=1"; }
+};
+
+/// Holds the prior-probability method and explicit priors.
+class IAdmissible {
+ public:
+    EnumParameter<PriorProbMethodType> priorProbMethod{L"priorProbMethod",
+                                                       L"Prior probability method",
+                                                       PriorProbMethodType::EMPIRICAL,
+                                                       {{PriorProbMethodType::EMPIRICAL, L"EMPIRICAL"},
+                                                        {PriorProbMethodType::UNIFORM, L"UNIFORM"},
+                                                        {PriorProbMethodType::EXPLICIT, L"EXPLICIT"}}};
+    PriorProbsParameter priorProb{L"priorProb", L"Prior probabilities"};
+
+    void setPriorProb(const WString& classLabel, double probability);
+    double getPriorProb(const WString& classLabel) const;
+    /// The priors of the classes by the chosen method, in their order.
+    /// @throws NotASetMember for a prior of an unknown class, ConstraintViolation for a class without prior.
+    Vector priors(const StringVector& classes, const std::vector<double>& counts) const;
+};
+
+}  // namespace Classification::PriorProbability
+}  // namespace Tessel

@@ -1,0 +1,171 @@
+#include "framework/classification.h"
+
+#include "data/column_access.h"
+#include <tessel/data/convert.h>
+#include <tessel/framework/errors.h>
+
+#include <algorithm>
+
+namespace Tessel::Classification {
+namespace {
+
+/// A one-column table of texts with named rows.
+DataFrame labelledTable(const WString& title, const WString& column, const StringVector& labels,
+                        const StringVector& values) {
+    DataFrame table(title);
+    table.append(DataFrameColumn(column, values));
+    table.setRowNames(labels);
+    return table;
+}
+
+WString count(double number) { return Convert::toString(number); }
+
+}  // namespace
+
+// ---- model
+
+void IModelable::setSuccessClass(const WString& label) {
+    if (!classSchema.classes.exists(label)) throw InvalidSuccessLabel();
+    classSchema.successClass = label;
+}
+
+void IModelable::setSuccessProbability(double cutOff) {
+    if (!(cutOff >= 0.0 && cutOff <= 1.0)) throw ValueOutOfRange("Success probability", 0.0, 1.0);
+    classSchema.successProbability = cutOff;
+}
+
+void IModelable::validate() const {
+    const WString& label = classSchema.successClass;
+    if (!label.empty() && !classSchema.classes.exists(label)) throw InvalidSuccessLabel();
+    if (!(classSchema.successProbability >= 0.0 && classSchema.successProbability <= 1.0))
+        throw ValueOutOfRange("Success probability", 0.0, 1.0);
+}
+
+DataFrame IModelable::priorProbability() const {
+    DataFrame table(L"Prior Probabilities");
+    table.append(DataFrameColumn(L"Prior Probability", classSchema.priors));
+    table.setRowNames(classSchema.classes);
+    return table;
+}
+
+Posteriors IModelable::posteriors(const DataFrame& features) const {
+    const std::vector<FeatureColumn> columns = readFeatures(schema, features);
+    Posteriors posteriors(classSchema.classes.size(),
+                          std::vector<double>(static_cast<std::size_t>(features.getNumRows())));
+    if (features.getNumRows() > 0) score(columns, posteriors);
+    return posteriors;
+}
+
+DataFrame IModelable::predictionTable(const DataFrame& features, const Posteriors& posteriors) const {
+    const std::size_t numClasses = posteriors.size();
+    std::vector<std::int32_t> codes(static_cast<std::size_t>(features.getNumRows()), 0);
+    const std::size_t success = classSchema.classes.find(classSchema.successClass);
+    if (numClasses == 2 && success < numClasses) {
+        const std::vector<double>& ofSuccess = posteriors[success];
+        for (std::size_t row = 0; row < codes.size(); ++row)
+            codes[row] = static_cast<std::int32_t>(
+                ofSuccess[row] >= classSchema.successProbability ? success : 1 - success);
+    } else {
+        for (std::size_t k = 1; k < numClasses; ++k)
+            for (std::size_t row = 0; row < codes.size(); ++row)
+                if (posteriors[k][row] > posteriors[static_cast<std::size_t>(codes[row])][row])
+                    codes[row] = static_cast<std::int32_t>(k);
+    }
+    auto cells = ColumnCells::ofCodes(std::make_shared<const Dictionary>(classSchema.classes.elements()),
+                                      std::move(codes));
+    DataFrame table(L"Predictions");
+    table.append(
+        ColumnAccess::makeColumn(L"Predicted Class", std::move(cells), ColumnAccess::rowNames(features)));
+    return table;
+}
+
+DataFrame IModelable::posteriorTable(const DataFrame& features, Posteriors posteriors) const {
+    DataFrame table(L"Posterior Probabilities");
+    for (std::size_t k = 0; k < posteriors.size(); ++k)
+        table.append(ColumnAccess::makeColumn(L"Posterior Probability: " + classSchema.classes[k],
+                                              ColumnCells::ofNumbers(std::move(posteriors[k])),
+                                              ColumnAccess::rowNames(features)));
+    return table;
+}
+
+DataFrame IModelable::predict(const DataFrame& features) const {
+    return predictionTable(features, posteriors(features));
+}
+
+DataFrame IModelable::posteriorProbability(const DataFrame& features) const {
+    return posteriorTable(features, posteriors(features));
+}
+
+DataFrame IModelable::predictWithPosterior(const DataFrame& features) const {
+    Posteriors scored = posteriors(features);
+    DataFrame table = predictionTable(features, scored);
+    table.append(posteriorTable(features, std::move(scored)));
+    return table;
+}
+
+DataFrame IModelable::trainingSummary() const {
+    StringVector labels{L"#Training records", L"#Features", L"#Categorical features", L"Target"};
+    const auto numCategorical =
+        std::count_if(schema.features.begin(), schema.features.end(),
+                      [](const FeatureSchema& feature) { return feature.isCategorical; });
+    StringVector values{Convert::toString(schema.numRows),
+                        Convert::toString(static_cast<int>(schema.features.size())),
+                        Convert::toString(static_cast<int>(numCategorical)), schema.targetName};
+    for (std::size_t k = 0; k < classSchema.classes.size(); ++k) {
+        labels.push_back(L"#Records of class " + classSchema.classes[k]);
+        values.push_back(count(classCounts_[k]));
+    }
+    return labelledTable(L"Training Summary", L"Value", labels, values);
+}
+
+DataFrameVector IModelable::toDataFrameVector() const {
+    StringVector labels{L"#Classes"}, values{Convert::toString(static_cast<int>(classSchema.classes.size()))};
+    if (!classSchema.successClass.empty()) {
+        labels.append(StringVector{L"Success class", L"Success probability"});
+        values.append(
+            StringVector{classSchema.successClass, Convert::toString(classSchema.successProbability)});
+    }
+    describe(labels, values);
+    DataFrameVector tables;
+    tables.setName(getModelName());
+    tables.push_back(labelledTable(L"Model: " + getModelName(), L"Value", labels, values));
+    tables.push_back(priorProbability());
+    report(tables);
+    tables.push_back(trainingSummary());
+    return tables;
+}
+
+// ---- estimator
+
+TrainingSet IEstimator::checkedData(const DataFrame& features, const DataFrameColumn& target) const {
+    validate();
+    if (features.getNumRows() != target.getNumRows()) throw IncompatibleNumRows();
+    TrainingSet data;
+    data.features = readTrainingFeatures(features);
+    data.target = readClassTarget(target);
+    if (data.target.classes.size() < 2) throw TooFewClassLabels();
+    if (!successClass.get().empty() && !data.target.classes.exists(successClass.get()))
+        throw InvalidSuccessLabel();
+    data.priors = priors(data.target.classes, data.target.counts);
+    return data;
+}
+
+void IEstimator::validate(const DataFrame& features, const DataFrameColumn& target) const {
+    checkedData(features, target);
+}
+
+std::shared_ptr<IModelable> IEstimator::fit(const DataFrame& features, const DataFrameColumn& target) const {
+    TrainingSet data = checkedData(features, target);
+    std::shared_ptr<IModelable> model = fitEngine(data);
+    model->setName(getName());
+    model->schema = std::move(data.features.schema);
+    model->schema.targetName = data.target.name;
+    // With two classes one of them is the success class: the one of the first row unless another was chosen.
+    WString success = successClass.get();
+    if (success.empty() && data.target.classes.size() == 2) success = data.target.classes.front();
+    model->classSchema = {data.target.classes, data.priors, success, successProbability.get()};
+    model->classCounts_ = std::move(data.target.counts);
+    return model;
+}
+
+}  // namespace Tessel::Classification

@@ -1,0 +1,99 @@
+#pragma once
+
+#include "framework/admissible.h"
+#include "framework/estimatable.h"
+#include "framework/schema.h"
+#include <tessel/data/data_frame_vector.h>
+
+#include <memory>
+#include <vector>
+
+// The implementations that every classifier builds on.
+
+namespace Tessel::Classification {
+
+/// The classes of a fitted model and the rule that chooses between two of them.
+struct ClassSchema {
+    StringVector classes;
+    Vector priors;  ///< one per class
+    WString successClass;
+    double successProbability = 0.5;
+};
+
+/// Posterior probabilities: for each class a column of one number per row.
+using Posteriors = std::vector<std::vector<double>>;
+
+/// The implementation of a fitted classifier. A family derives its IModel, adds the fitted state of its
+/// engine, and says how it scores and what it reports.
+class IModelable : public IIdentifiable {
+ public:
+    /// @param modelName  the kind of model, such as "Naive Bayes".
+    explicit IModelable(const WString& modelName) : IIdentifiable(modelName) { setModelName(modelName); }
+
+    FittedSchema schema;
+    ClassSchema classSchema;
+
+    void setSuccessClass(const WString& label);
+    void setSuccessProbability(double cutOff);
+    /// @throws InvalidSuccessLabel, ValueOutOfRange
+    void validate() const;
+
+    DataFrame priorProbability() const;
+    DataFrame predict(const DataFrame& features) const;
+    DataFrame posteriorProbability(const DataFrame& features) const;
+    DataFrame predictWithPosterior(const DataFrame& features) const;
+    DataFrameVector toDataFrameVector() const;
+
+ protected:
+    /// Fills `posteriors`, which has its size, for rows whose columns stand in the order of the schema.
+    virtual void score(const std::vector<FeatureColumn>& columns, Posteriors& posteriors) const = 0;
+    /// Rows of the model summary that are the family's own, behind the common ones: label and text.
+    virtual void describe(StringVector& labels, StringVector& values) const = 0;
+    /// The family's report tables between the summary with the priors and the training summary.
+    virtual void report(DataFrameVector& tables) const = 0;
+    /// The training summary: what the model gets right on which rows is for the evaluator; this tells of the
+    /// data.
+    DataFrame trainingSummary() const;
+
+    std::vector<double> classCounts_;
+    friend class IEstimator;
+
+ private:
+    Posteriors posteriors(const DataFrame& features) const;
+    DataFrame predictionTable(const DataFrame& features, const Posteriors& posteriors) const;
+    DataFrame posteriorTable(const DataFrame& features, Posteriors posteriors) const;
+};
+
+/// What a family's engine is given to fit on.
+struct TrainingSet {
+    TrainingFeatures features;
+    ClassTarget target;
+    Vector priors;
+};
+
+/// The implementation of a classifier's estimator: parameters that all classifiers have, the checks of the
+/// data in their order, and the frame of the fit.
+class IEstimator : public IEstimatable, public PriorProbability::IAdmissible {
+ public:
+    using IEstimatable::IEstimatable;
+
+    Parameter<WString> successClass{L"successClass", L"Success class"};
+    BoundedParameter<double> successProbability{L"successProbability", L"Success probability", 0.5, 0.0, 1.0};
+
+    using IEstimatable::validate;
+    void validate(const DataFrame& features, const DataFrameColumn& target) const;
+    std::shared_ptr<IModelable> fit(const DataFrame& features, const DataFrameColumn& target) const;
+
+ protected:
+    /// The parameters above, for the end of a family's list.
+    ParameterList classificationParameters() {
+        return {priorProbMethod, priorProb, successClass, successProbability};
+    }
+    /// Fits the family's engine. The framework adds schema and classes to the model that it returns.
+    virtual std::shared_ptr<IModelable> fitEngine(const TrainingSet& data) const = 0;
+
+ private:
+    TrainingSet checkedData(const DataFrame& features, const DataFrameColumn& target) const;
+};
+
+}  // namespace Tessel::Classification

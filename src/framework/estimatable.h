@@ -1,0 +1,46 @@
+#pragma once
+
+#include "framework/identifiable.h"
+#include "framework/parameter.h"
+#include <tessel/data/data_frame.h>
+#include <tessel/data/data_frame_vector.h>
+
+#include <memory>
+
+namespace Tessel {
+
+/// The implementation of any estimator: its names and its parameters. A family derives from the form for its
+/// kind of learning, declares its parameters as members and lists them; what is common happens here.
+class IEstimatable : public IIdentifiable {
+ public:
+    /// What tells this estimator from others in `Ladon` text; the views point to constants.
+    struct LadonIdentity {
+        WStringView objectType;
+        WStringView taskKind;
+        WStringView algorithm;
+    };
+
+    /// @param modelName  the kind of model as people know it, such as "Naive Bayes".
+    explicit IEstimatable(const WString& modelName) : IIdentifiable(modelName) { setModelName(modelName); }
+
+    virtual std::unique_ptr<IEstimatable> clone() const = 0;
+    virtual LadonIdentity ladonIdentity() const = 0;
+    /// All parameters, in the order of tables, checks and texts.
+    virtual ParameterList parameters() = 0;
+
+    /// Checks parameter by parameter; families add rules between parameters behind this loop.
+    virtual void validate() const;
+    void reset();
+    /// The values that the parameters have now, by description: "Estimator: <model name>".
+    DataFrame toDataFrame() const;
+    /// That table and one that tells key, default, type and admissible values of every parameter.
+    DataFrameVector toDataFrameVector() const;
+    WString toLadon() const;
+    void fromLadonString(const WString& text);
+
+ protected:
+    /// The same list for loops that only read.
+    ParameterList constParameters() const { return const_cast<IEstimatable*>(this)->parameters(); }
+};
+
+}  // namespace Tessel

@@ -1,0 +1,170 @@
+#include "framework/schema.h"
+
+#include "data/column_access.h"
+#include <tessel/data/convert.h>
+#include <tessel/framework/errors.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace Tessel {
+namespace {
+
+std::size_t at(std::int32_t position) { return static_cast<std::size_t>(position); }
+
+/// The distinct texts of a column in the order in which its categories are numbered: texts by first
+/// appearance, numbers ascending.
+std::shared_ptr<const Dictionary> categoriesOf(const ColumnCells& cells) {
+    std::vector<WString> texts;
+    if (cells.isNumeric()) {
+        for (const double value : cells.rankCodes().distinct) texts.push_back(Convert::toString(value));
+    } else {
+        for (const std::int32_t code : cells.presentCodes()) texts.push_back(cells.dictionary()[code]);
+    }
+    return std::make_shared<const Dictionary>(std::move(texts));
+}
+
+/// For each code that the cells use, the code of the same text in `categories`.
+std::vector<std::int32_t> codeMap(const ColumnCells& cells, const Dictionary& categories) {
+    std::vector<std::int32_t> map;
+    if (cells.isNumeric()) {
+        for (const double value : cells.rankCodes().distinct)
+            map.push_back(categories.find(Convert::toString(value)));
+        map.push_back(kMissingCode);  // the rank of missing cells
+    } else {
+        map.assign(cells.dictionary().levels().size(), kMissingCode);
+        for (const std::int32_t code : cells.presentCodes())
+            map[at(code)] = categories.find(cells.dictionary()[code]);
+    }
+    return map;
+}
+
+void requireFinite(const DataFrameColumn& column) {
+    for (const double value : column.values())
+        if (std::isinf(value))
+            throw ConstraintViolation(
+                Convert::toUtf8Lossy(column.getColName()),
+                "Infinite values are not allowed; remove them or mark them as missing.");
+}
+
+}  // namespace
+
+StringVector FittedSchema::featureNames() const {
+    StringVector names;
+    for (const FeatureSchema& feature : features) names.push_back(feature.name);
+    return names;
+}
+
+FeatureColumn FeatureColumn::numeric(std::shared_ptr<ColumnCells> cells) {
+    FeatureColumn column;
+    column.cells_ = std::move(cells);
+    column.numbers_ = column.cells_->numbers();
+    return column;
+}
+
+FeatureColumn FeatureColumn::categorical(std::shared_ptr<ColumnCells> cells, const Dictionary& categories) {
+    FeatureColumn column;
+    column.isCategorical_ = true;
+    column.cells_ = std::move(cells);
+    const std::vector<std::int32_t> map = codeMap(*column.cells_, categories);
+    const auto mapAll = [&](const auto& codes) {
+        auto mapped = std::make_shared<std::vector<std::int32_t>>();
+        mapped->reserve(codes.size());
+        for (const auto code : codes)
+            mapped->push_back(static_cast<std::int32_t>(code) == kMissingCode
+                                  ? kMissingCode
+                                  : map[static_cast<std::size_t>(code)]);
+        return mapped;
+    };
+    column.mapped_ = column.cells_->isNumeric() ? mapAll(column.cells_->rankCodes().codes)
+                                                : mapAll(column.cells_->codes());
+    column.codes_ = *column.mapped_;
+    return column;
+}
+
+TrainingFeatures readTrainingFeatures(const DataFrame& features, const IntVector& categoricalColumns) {
+    if (features.getNumRows() == 0) throw TooFewNumRows(0);
+    TrainingFeatures training;
+    training.schema.indexColNames = features.getIndexedColNames();
+    training.schema.rowNames = ColumnAccess::rowNames(features);
+    training.schema.numRows = features.getNumRows();
+    StringVector names;
+    for (int position = 0; position < features.getNumCols(); ++position) {
+        if (ColumnAccess::isIndex(features, position)) continue;
+        const DataFrameColumn column = features(Util::all, position);
+        const auto& cells = ColumnAccess::cells(column);
+        const bool isListed = std::find(categoricalColumns.begin(), categoricalColumns.end(), position) !=
+                              categoricalColumns.end();
+        FeatureSchema feature{column.getColName(), !cells->isNumeric() || isListed, nullptr};
+        if (feature.isCategorical) {
+            feature.categories = categoriesOf(*cells);
+            training.columns.push_back(FeatureColumn::categorical(cells, *feature.categories));
+        } else {
+            requireFinite(column);
+            training.columns.push_back(FeatureColumn::numeric(cells));
+        }
+        names.push_back(feature.name);
+        training.schema.features.push_back(std::move(feature));
+    }
+    if (training.columns.empty()) throw TooFewNumColumns(0);
+    features.getColIndexes(names);  // scoring finds features by name, so a name must tell one column
+    return training;
+}
+
+std::vector<FeatureColumn> readFeatures(const FittedSchema& schema, const DataFrame& table) {
+    std::vector<FeatureColumn> columns;
+    columns.reserve(schema.features.size());
+    for (const FeatureSchema& feature : schema.features)
+        if (!table.isColumn(feature.name))
+            throw NotAValidColName("Input table", Convert::toUtf8Lossy(feature.name));
+    const IntVector positions = table.getColIndexes(schema.featureNames());
+    for (std::size_t i = 0; i < positions.size(); ++i) {
+        const FeatureSchema& feature = schema.features[i];
+        const auto& cells = ColumnAccess::cells(table, positions[i]);
+        if (feature.isCategorical) {
+            columns.push_back(FeatureColumn::categorical(cells, *feature.categories));
+        } else {
+            if (!cells->isNumeric()) throw NonNumericData(Convert::toUtf8Lossy(feature.name));
+            columns.push_back(FeatureColumn::numeric(cells));
+        }
+    }
+    return columns;
+}
+
+ClassTarget readClassTarget(const DataFrameColumn& target) {
+    const ColumnCells& cells = *ColumnAccess::cells(target);
+    ClassTarget read;
+    read.name = target.getColName();
+    const auto classOf = [&](std::vector<std::int32_t>& classes, std::size_t code, auto label) {
+        if (classes[code] == kMissingCode) {
+            classes[code] = static_cast<std::int32_t>(read.classes.size());
+            read.classes.push_back(label());
+            read.counts.push_back(0.0);
+        }
+        read.counts[at(classes[code])] += 1.0;
+        read.codes.push_back(classes[code]);
+    };
+    const auto requirePresent = [&](bool isPresent) {
+        if (!isPresent)
+            throw ConstraintViolation(Convert::toUtf8Lossy(read.name),
+                                      "The target has missing cells; remove these rows or fill the cells.");
+    };
+    read.codes.reserve(at(target.getNumRows()));
+    if (cells.isNumeric()) {
+        const RankCodes& ranks = cells.rankCodes();
+        std::vector<std::int32_t> classes(ranks.distinct.size(), kMissingCode);
+        for (const std::uint32_t rank : ranks.codes) {
+            requirePresent(rank < ranks.distinct.size());
+            classOf(classes, rank, [&] { return Convert::toString(ranks.distinct[rank]); });
+        }
+    } else {
+        std::vector<std::int32_t> classes(cells.dictionary().levels().size(), kMissingCode);
+        for (const std::int32_t code : cells.codes()) {
+            requirePresent(code != kMissingCode);
+            classOf(classes, at(code), [&] { return cells.dictionary()[code]; });
+        }
+    }
+    return read;
+}
+
+}  // namespace Tessel

@@ -1,0 +1,85 @@
+#pragma once
+
+#include "data/column_cells.h"
+#include "data/row_names.h"
+#include <tessel/data/data_frame.h>
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <vector>
+
+// The border between tables and engines: what a fitted model remembers of its training data, and how the
+// columns of a table become the spans that engines work on.
+
+namespace Tessel {
+
+/// A feature as a model knows it. Categories are the texts met in training; their codes are positions here.
+struct FeatureSchema {
+    WString name;
+    bool isCategorical = false;
+    std::shared_ptr<const Dictionary> categories;  // null for numeric features
+    std::int32_t numCategories() const { return categories ? categories->size() : 0; }
+};
+
+/// What every supervised model remembers of its training data.
+struct FittedSchema {
+    std::vector<FeatureSchema> features;
+    StringVector indexColNames;
+    WString targetName;
+    RowNames::Pointer rowNames;
+    int numRows = 0;
+
+    StringVector featureNames() const;
+    StringVector trainingRowNames() const { return RowNames::all(rowNames, numRows); }
+};
+
+/// The cells of one feature in a table, in the terms of the model: numbers (NaN = missing) or category codes
+/// (`kMissingCode` = missing or never met in training). Keeps alive what its spans show.
+class FeatureColumn {
+ public:
+    /// @pre the cells are numeric.
+    static FeatureColumn numeric(std::shared_ptr<ColumnCells> cells);
+    /// Cells of either type; numbers are matched by their text.
+    static FeatureColumn categorical(std::shared_ptr<ColumnCells> cells, const Dictionary& categories);
+
+    bool isCategorical() const { return isCategorical_; }
+    std::span<const double> numbers() const { return numbers_; }
+    std::span<const std::int32_t> codes() const { return codes_; }
+
+ private:
+    bool isCategorical_ = false;
+    std::shared_ptr<ColumnCells> cells_;
+    std::shared_ptr<const std::vector<std::int32_t>> mapped_;
+    std::span<const double> numbers_;
+    std::span<const std::int32_t> codes_;
+};
+
+/// Features to fit on, with the schema that the model will keep.
+struct TrainingFeatures {
+    FittedSchema schema;
+    std::vector<FeatureColumn> columns;
+};
+
+/// Reads the features of a training table: all columns but index columns. Text columns are categorical, and
+/// so are the numeric ones listed.
+/// @param categoricalColumns  positions of columns of `features`.
+/// @throws TooFewNumRows, TooFewNumColumns; DuplicateName; ConstraintViolation for an infinite number.
+TrainingFeatures readTrainingFeatures(const DataFrame& features, const IntVector& categoricalColumns = {});
+
+/// Reads the same features from a table to score, by name. A categorical feature takes numbers by their text.
+/// @throws NotAValidColName for a missing feature, NonNumericData for text in a numeric one.
+std::vector<FeatureColumn> readFeatures(const FittedSchema& schema, const DataFrame& table);
+
+/// A classification target: distinct labels in order of first appearance, and the label of each row.
+struct ClassTarget {
+    WString name;
+    StringVector classes;
+    std::vector<std::int32_t> codes;
+    std::vector<double> counts;  // rows per class
+};
+
+/// @throws ConstraintViolation for a missing cell.
+ClassTarget readClassTarget(const DataFrameColumn& target);
+
+}  // namespace Tessel

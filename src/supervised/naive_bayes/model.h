@@ -1,0 +1,29 @@
+#pragma once
+
+#include "engine/nb/naive_bayes.h"
+#include "framework/classification.h"
+
+#include <vector>
+
+namespace Tessel::Classification::NaiveBayes {
+
+inline constexpr wchar_t kModelName[] = L"Naive Bayes";
+
+/// The columns of a table as the engine takes them.
+std::vector<Engine::NB::Input> engineInputs(const FittedSchema& schema,
+                                            const std::vector<FeatureColumn>& columns);
+
+class IModel : public IModelable {
+ public:
+    explicit IModel(Engine::NB::Fitted fitted) : IModelable(kModelName), fitted_(std::move(fitted)) {}
+
+ protected:
+    void score(const std::vector<FeatureColumn>& columns, Posteriors& posteriors) const override;
+    void describe(StringVector& labels, StringVector& values) const override;
+    void report(DataFrameVector& tables) const override;
+
+ private:
+    Engine::NB::Fitted fitted_;
+};
+
+}  // namespace Tessel::Classification::NaiveBayes

@@ -32,6 +32,26 @@ RowNames::Pointer RowNames::select(const Pointer& names, const std::shared_ptr<c
     return made;
 }
 
+RowNames::Pointer RowNames::concatenate(const Pointer& first, int numFirst, const Pointer& second,
+                                        int numSecond) {
+    if (!first && !second) return nullptr;
+    const bool hasTexts = (first && first->texts_) || (second && second->texts_);
+    if (hasTexts) {
+        StringVector texts = all(first, numFirst);
+        texts.append(all(second, numSecond));
+        return of(std::move(texts).elements());
+    }
+    RowIndexes rows;
+    rows.reserve(static_cast<std::size_t>(numFirst) + static_cast<std::size_t>(numSecond));
+    const auto add = [&](const Pointer& names, int numRows) {
+        for (int row = 0; row < numRows; ++row)
+            rows.push_back(names ? (*names->rows_)[static_cast<std::size_t>(row)] : row);
+    };
+    add(first, numFirst);
+    add(second, numSecond);
+    return select(nullptr, std::make_shared<const RowIndexes>(std::move(rows)));
+}
+
 WString RowNames::at(const Pointer& names, int row) {
     if (!names) return defaultName(row);
     const int source = names->rows_ ? (*names->rows_)[static_cast<std::size_t>(row)] : row;

@@ -22,6 +22,9 @@ class RowNames {
     /// The names of the listed rows, in that order. @pre every row exists
     static Pointer select(const Pointer& names, const std::shared_ptr<const RowIndexes>& rows);
 
+    /// The names of one table's rows and then those of another's.
+    static Pointer concatenate(const Pointer& first, int numFirst, const Pointer& second, int numSecond);
+
     static WString at(const Pointer& names, int row);
     static StringVector all(const Pointer& names, int numRows);
     /// The row of that name, or -1. @throws DuplicateName when several rows bear it.

@@ -40,7 +40,11 @@ TEST_F(FilesTest, FailuresLeaveNothingBehind) {
     EXPECT_THROW(readBytes(path(L"")), FileNotFound);
     EXPECT_THROW(writeBytes(path(L"no folder/file"), "x"), UnableToWriteFile);
     EXPECT_THROW(writeBytes(path(L""), "x"), UnableToWriteFile);
+    EXPECT_THROW(writeBytes(folder_.wstring(), "x"), UnableToWriteFile);
+    const fs::path before = fs::current_path();
+    fs::current_path(folder_);
     EXPECT_THROW(writeBytes(L"", "x"), UnableToWriteFile);
+    fs::current_path(before);
     EXPECT_EQ(numFiles(), 0);
 }
 

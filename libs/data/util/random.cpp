@@ -89,16 +89,16 @@ class AliasTable {
     /// @pre weights finite, >= 0, not all 0
     explicit AliasTable(const Vector& weights) : columns_(weights.size()) {
         const std::size_t size = weights.size();
-        const auto heaviest = std::max_element(weights.begin(), weights.end());
+        const double heaviest = *std::max_element(weights.begin(), weights.end());
         // Scaling by the largest weight first keeps the sum finite.
         double sum = 0.0;
-        for (const double weight : weights) sum += weight / *heaviest;
+        for (const double weight : weights) sum += weight / heaviest;
         std::vector<int> light, heavy;
         for (std::size_t i = 0; i < size; ++i) {
-            columns_[i].probability = weights[i] / *heaviest * (static_cast<double>(size) / sum);
-            // A column that rounding leaves unpaired passes its rest to the heaviest element: a weight of
-            // 0 is then never drawn, and nothing else changes beyond rounding.
-            columns_[i].alias = static_cast<int>(heaviest - weights.begin());
+            columns_[i].probability = weights[i] / heaviest * (static_cast<double>(size) / sum);
+            // Rounding may leave a column of almost 1 unpaired, which then keeps its rest; never one of 0,
+            // as the unpaired columns sum up to their number but for rounding.
+            columns_[i].alias = static_cast<int>(i);
             (columns_[i].probability < 1.0 ? light : heavy).push_back(static_cast<int>(i));
         }
         while (!light.empty() && !heavy.empty()) {

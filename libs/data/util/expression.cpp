@@ -240,6 +240,8 @@ std::string reasonOf(const mu::ParserError& error) {
             return "The expression is empty";
         case mu::ecUNEXPECTED_EOF:
             return "The expression ends too early";
+        case mu::ecEXPRESSION_TOO_LONG:
+            return "The expression is too long";
         case mu::ecMISSING_PARENS:
             return "A closing parenthesis is missing";
         case mu::ecTOO_MANY_PARAMS:

@@ -176,6 +176,7 @@ TEST(Expression, NamesTheFaultAndItsPlace) {
             EXPECT_NE(std::string(error.what()).find(reason), std::string::npos) << error.what();
         }
     }
+    EXPECT_THROW(calculateExpression(table, WString(100000, L'(')), InvalidExpression);
     EXPECT_THROW(calculateExpression(table, L"x + t"), NonNumericData);
     const DataFrame twice = tableOf({numbers(L"x", {1}), numbers(L"x", {1})});
     EXPECT_THROW(calculateExpression(twice, L"x"), DuplicateName);

@@ -32,7 +32,8 @@ TESSEL_API DataFrame rowBind(const DataFrame& a, const DataFrame& b);
 ///   base 1 is 1. A comparison with NaN is false, only != is true; as a condition NaN counts as true. Ask
 ///   x != x ? a : b to tell missing cells apart.
 ///
-/// There are no assignments; the table never changes.
+/// There are no assignments; the table never changes. The length of an expression is limited to about
+/// 20,000 characters.
 /// @throws InvalidExpression with the reason and the place, counted from 1, also for unknown names;
 /// NonNumericData for a text column; DuplicateName for a column name that several columns have.
 TESSEL_API DataFrameColumn calculateExpression(const DataFrame& table, const WString& expression);

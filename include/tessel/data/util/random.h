@@ -37,6 +37,12 @@ TESSEL_API IntVector sample(int populationSize, int sampleSize, int seed, Sampli
 TESSEL_API IntVector sample(int populationSize, int sampleSize, const Vector& weights, int seed,
                             Sampling::ReplaceType replacement);
 
+/// As many positions as there are weights, drawn with replacement: a weighted resample of a whole table.
+inline IntVector sample(const Vector& weights, int seed) {
+    const int size = static_cast<int>(weights.size());
+    return sample(size, size, weights, seed, Sampling::ReplaceType::WITH_REPLACEMENT);
+}
+
 /// Elements of a vector; the sample has the vector's name.
 TESSEL_API IntVector sample(const IntVector& population, int sampleSize, int seed,
                             Sampling::ReplaceType replacement);

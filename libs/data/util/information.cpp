@@ -12,11 +12,15 @@ namespace {
 
 double giniOf(std::span<const double> counts) {
     const std::size_t numClasses = counts.size();
-    const double total = Numeric::sumOf(numClasses, [&](std::size_t i) { return counts[i]; });
+    const Numeric::CompensatedSum sum =
+        Numeric::compensatedSumOf(numClasses, [&](std::size_t i) { return counts[i]; });
+    const double total = sum.value();
     if (total == 0.0) return Numeric::kNaN;
     // 1 - sum(p^2) as the sum of p (1 - p), which keeps its digits when one class has nearly all.
-    return Numeric::sumOf(numClasses,
-                          [&](std::size_t i) { return counts[i] / total * ((total - counts[i]) / total); });
+    return Numeric::sumOf(numClasses, [&](std::size_t i) {
+        const double others = (total - counts[i]) + sum.remainder();
+        return counts[i] / total * (others / total);
+    });
 }
 
 }  // namespace

@@ -36,12 +36,15 @@ Centre centreOf(std::span<const double> values) {
     Centre centre;
     if (values.empty()) return centre;
     const auto count = static_cast<double>(values.size());
-    centre.high = sumOf(values.size(), [&](std::size_t i) { return values[i]; }) / count;
-    // The sum of huge values may overflow although their mean does not.
-    if (!std::isfinite(centre.high))
+    const CompensatedSum sum = compensatedSumOf(values.size(), [&](std::size_t i) { return values[i]; });
+    centre.high = sum.value() / count;
+    if (std::isfinite(centre.high)) {
+        // The rest of a division is a double, so the fused product finds it exactly.
+        centre.low = (std::fma(-centre.high, count, sum.value()) + sum.remainder()) / count;
+    } else {
+        // The sum of huge values may overflow although their mean does not.
         centre.high = sumOf(values.size(), [&](std::size_t i) { return values[i] / count; });
-    if (!std::isfinite(centre.high)) return centre;
-    centre.low = sumOf(values.size(), [&](std::size_t i) { return values[i] - centre.high; }) / count;
+    }
     return centre;
 }
 

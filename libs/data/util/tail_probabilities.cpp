@@ -16,6 +16,23 @@ namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
+// Beyond this Boost.Math may choose a series that does not converge.
+constexpr double kManyDegreesOfFreedom = 1e8;
+
+/// P(X > x) of the gamma distribution with a large shape, by the first two terms of the uniform expansion of
+/// Temme (1979), SIAM Journal on Mathematical Analysis 10(4). From shape 5e7 on the next terms are
+/// below 1e-15 of the result.
+double gammaUpperTailOfLargeShape(double shape, double x) {
+    const double excess = (x - shape) / shape;
+    if (excess <= -1.0) return 1.0;
+    const double halfSquare = -boost::math::log1pmx(excess);
+    const double eta = std::copysign(std::sqrt(2.0 * halfSquare), excess);
+    const double coefficient =
+        -1.0 / 3.0 + eta * (1.0 / 12.0 + eta * (-2.0 / 135.0 + eta / 864.0)) - 1.0 / (540.0 * shape);
+    return 0.5 * boost::math::erfc(eta * std::sqrt(0.5 * shape)) +
+           std::exp(-shape * halfSquare) / std::sqrt(2.0 * std::numbers::pi * shape) * coefficient;
+}
+
 }  // namespace
 
 double normalUpperTail(double z) { return 0.5 * boost::math::erfc(z / std::numbers::sqrt2); }
@@ -34,6 +51,8 @@ double normalTwoSidedQuantile(double level) {
 
 double chiSquaredUpperTail(double statistic, double degreesOfFreedom) {
     if (std::isinf(statistic)) return 0.0;
+    if (degreesOfFreedom > kManyDegreesOfFreedom)
+        return gammaUpperTailOfLargeShape(0.5 * degreesOfFreedom, 0.5 * statistic);
     return boost::math::cdf(
         boost::math::complement(boost::math::chi_squared_distribution<double>(degreesOfFreedom), statistic));
 }

@@ -1,6 +1,6 @@
-#include <tessel/data/util.h>
-
 #include <benchmark/benchmark.h>
+
+#include <tessel/data/util.h>
 
 // Tables and samples at the size of a large project: a million rows, fifty columns.
 

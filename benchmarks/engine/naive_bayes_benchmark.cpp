@@ -1,8 +1,6 @@
 // Naive Bayes on 1,000,000 rows of 20 numeric or categorical inputs, 2 and 5 classes.
 // benchmarks/naive_bayes_vs_sklearn.py times the same work in scikit-learn beside it.
 
-#include "engine/nb/naive_bayes.h"
-
 #include <cmath>
 #include <cstdint>
 #include <random>
@@ -10,6 +8,8 @@
 #include <vector>
 
 #include <benchmark/benchmark.h>
+
+#include "engine/nb/naive_bayes.h"
 
 namespace {
 

@@ -1,11 +1,12 @@
 #pragma once
 
-#include "data/column_cells.h"
-#include "data/row_names.h"
-#include <tessel/data/data_frame.h>
-
 #include <memory>
 #include <vector>
+
+#include <tessel/data/data_frame.h>
+
+#include "data/column_cells.h"
+#include "data/row_names.h"
 
 namespace Tessel {
 

@@ -1,12 +1,12 @@
 #include "data/column_cells.h"
 
-#include <tessel/data/convert.h>
-#include <tessel/data/errors.h>
-
 #include <algorithm>
 #include <atomic>
 #include <cmath>
 #include <limits>
+
+#include <tessel/data/convert.h>
+#include <tessel/data/errors.h>
 
 namespace Tessel {
 namespace {

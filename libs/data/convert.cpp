@@ -1,10 +1,11 @@
-#include "data/column_access.h"
-#include <tessel/data/convert.h>
-
 #include <array>
 #include <charconv>
 #include <cmath>
 #include <limits>
+
+#include <tessel/data/convert.h>
+
+#include "data/column_access.h"
 
 namespace Tessel::Convert {
 namespace {

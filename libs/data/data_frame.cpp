@@ -1,10 +1,11 @@
-#include "data/column_access.h"
+#include <algorithm>
+#include <numeric>
+
 #include <tessel/data/convert.h>
 #include <tessel/data/data_frame.h>
 #include <tessel/data/matrix.h>
 
-#include <algorithm>
-#include <numeric>
+#include "data/column_access.h"
 
 namespace Tessel {
 namespace {

@@ -1,8 +1,9 @@
-#include "data/column_access.h"
-#include <tessel/data/convert.h>
-
 #include <cmath>
 #include <limits>
+
+#include <tessel/data/convert.h>
+
+#include "data/column_access.h"
 
 namespace Tessel {
 namespace {

@@ -1,7 +1,7 @@
+#include <algorithm>
+
 #include <tessel/data/convert.h>
 #include <tessel/data/data_frame_vector.h>
-
-#include <algorithm>
 
 namespace Tessel {
 namespace {

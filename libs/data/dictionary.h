@@ -1,13 +1,14 @@
 #pragma once
 
-#include "data/lazy.h"
-#include <tessel/data/types.h>
-
 #include <cstdint>
 #include <memory>
 #include <span>
 #include <unordered_set>
 #include <vector>
+
+#include <tessel/data/types.h>
+
+#include "data/lazy.h"
 
 namespace Tessel {
 

@@ -1,6 +1,6 @@
-#include <tessel/data/errors.h>
-
 #include <cstdio>
+
+#include <tessel/data/errors.h>
 
 namespace Tessel {
 namespace {

@@ -1,14 +1,14 @@
 #include "data/files.h"
 
-#include <tessel/data/convert.h>
-#include <tessel/data/errors.h>
-
 #include <array>
 #include <atomic>
 #include <cstdint>
 #include <fstream>
 #include <random>
 #include <system_error>
+
+#include <tessel/data/convert.h>
+#include <tessel/data/errors.h>
 
 namespace Tessel::Files {
 namespace {

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <tessel/data/types.h>
-
 #include <filesystem>
 #include <string>
 #include <string_view>
+
+#include <tessel/data/types.h>
 
 /// Whole files as bytes, under wide paths, on every platform.
 namespace Tessel::Files {

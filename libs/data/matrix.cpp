@@ -1,7 +1,7 @@
+#include <algorithm>
+
 #include <tessel/data/data_frame.h>
 #include <tessel/data/matrix.h>
-
-#include <algorithm>
 
 namespace Tessel {
 namespace {

@@ -1,13 +1,14 @@
 #pragma once
 
-#include "data/column_cells.h"
-#include "data/lazy.h"
-#include <tessel/data/types.h>
-#include <tessel/data/vectors.h>
-
 #include <memory>
 #include <unordered_map>
 #include <vector>
+
+#include <tessel/data/types.h>
+#include <tessel/data/vectors.h>
+
+#include "data/column_cells.h"
+#include "data/lazy.h"
 
 namespace Tessel {
 

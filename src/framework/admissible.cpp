@@ -1,11 +1,12 @@
 #include "framework/admissible.h"
 
-#include "data/json_text.h"
-#include <tessel/framework/errors.h>
-
 #include <algorithm>
 #include <cmath>
 #include <numeric>
+
+#include <tessel/framework/errors.h>
+
+#include "data/json_text.h"
 
 namespace Tessel {
 

@@ -1,10 +1,11 @@
 #pragma once
 
-#include "framework/parameter.h"
+#include <map>
+
 #include <tessel/framework/errors.h>
 #include <tessel/framework/supervised.h>
 
-#include <map>
+#include "framework/parameter.h"
 
 // The implementations behind the capability interfaces of estimators: the parameters and their checks.
 

@@ -1,26 +1,13 @@
 #include "framework/classification.h"
 
-#include "data/column_access.h"
+#include <algorithm>
+
 #include <tessel/data/convert.h>
 #include <tessel/framework/errors.h>
 
-#include <algorithm>
+#include "data/column_access.h"
 
 namespace Tessel::Classification {
-namespace {
-
-/// A one-column table of texts with named rows.
-DataFrame labelledTable(const WString& title, const WString& column, const StringVector& labels,
-                        const StringVector& values) {
-    DataFrame table(title);
-    table.append(DataFrameColumn(column, values));
-    table.setRowNames(labels);
-    return table;
-}
-
-WString count(double number) { return Convert::toString(number); }
-
-}  // namespace
 
 // ---- model
 
@@ -103,45 +90,28 @@ DataFrame IModelable::predictWithPosterior(const DataFrame& features) const {
     return table;
 }
 
-DataFrame IModelable::trainingSummary() const {
-    StringVector labels{L"#Training records", L"#Features", L"#Categorical features", L"Target"};
-    const auto numCategorical =
-        std::count_if(schema.features.begin(), schema.features.end(),
-                      [](const FeatureSchema& feature) { return feature.isCategorical; });
-    StringVector values{Convert::toString(schema.numRows),
-                        Convert::toString(static_cast<int>(schema.features.size())),
-                        Convert::toString(static_cast<int>(numCategorical)), schema.targetName};
-    for (std::size_t k = 0; k < classSchema.classes.size(); ++k) {
-        labels.push_back(L"#Records of class " + classSchema.classes[k]);
-        values.push_back(count(classCounts_[k]));
-    }
-    return labelledTable(L"Training Summary", L"Value", labels, values);
+void IModelable::describe(StringVector& labels, StringVector& values) const {
+    labels.push_back(L"#Classes");
+    values.push_back(Convert::toString(static_cast<int>(classSchema.classes.size())));
+    if (classSchema.successClass.empty()) return;
+    labels.append(StringVector{L"Success class", L"Success probability"});
+    values.append(StringVector{classSchema.successClass, Convert::toString(classSchema.successProbability)});
 }
 
-DataFrameVector IModelable::toDataFrameVector() const {
-    StringVector labels{L"#Classes"}, values{Convert::toString(static_cast<int>(classSchema.classes.size()))};
-    if (!classSchema.successClass.empty()) {
-        labels.append(StringVector{L"Success class", L"Success probability"});
-        values.append(
-            StringVector{classSchema.successClass, Convert::toString(classSchema.successProbability)});
+void IModelable::report(DataFrameVector& tables) const { tables.push_back(priorProbability()); }
+
+void IModelable::describeTraining(StringVector& labels, StringVector& values) const {
+    for (std::size_t k = 0; k < classSchema.classes.size(); ++k) {
+        labels.push_back(L"#Records of class " + classSchema.classes[k]);
+        values.push_back(Convert::toString(classSchema.counts[k]));
     }
-    describe(labels, values);
-    DataFrameVector tables;
-    tables.setName(getModelName());
-    tables.push_back(labelledTable(L"Model: " + getModelName(), L"Value", labels, values));
-    tables.push_back(priorProbability());
-    report(tables);
-    tables.push_back(trainingSummary());
-    return tables;
 }
 
 // ---- estimator
 
 TrainingSet IEstimator::checkedData(const DataFrame& features, const DataFrameColumn& target) const {
-    validate();
-    if (features.getNumRows() != target.getNumRows()) throw IncompatibleNumRows();
     TrainingSet data;
-    data.features = readTrainingFeatures(features);
+    data.features = checkedFeatures(features, target);
     data.target = readClassTarget(target);
     if (data.target.classes.size() < 2) throw TooFewClassLabels();
     if (!successClass.get().empty() && !data.target.classes.exists(successClass.get()))
@@ -163,8 +133,8 @@ std::shared_ptr<IModelable> IEstimator::fit(const DataFrame& features, const Dat
     // With two classes one of them is the success class: the one of the first row unless another was chosen.
     WString success = successClass.get();
     if (success.empty() && data.target.classes.size() == 2) success = data.target.classes.front();
-    model->classSchema = {data.target.classes, data.priors, success, successProbability.get()};
-    model->classCounts_ = std::move(data.target.counts);
+    model->classSchema = {data.target.classes, data.priors, data.target.counts, success,
+                          successProbability.get()};
     return model;
 }
 

@@ -1,12 +1,10 @@
 #pragma once
 
-#include "framework/admissible.h"
-#include "framework/estimatable.h"
-#include "framework/schema.h"
-#include <tessel/data/data_frame_vector.h>
-
 #include <memory>
 #include <vector>
+
+#include "framework/admissible.h"
+#include "framework/supervised.h"
 
 // The implementations that every classifier builds on.
 
@@ -15,7 +13,8 @@ namespace Tessel::Classification {
 /// The classes of a fitted model and the rule that chooses between two of them.
 struct ClassSchema {
     StringVector classes;
-    Vector priors;  ///< one per class
+    Vector priors;               ///< one per class
+    std::vector<double> counts;  ///< training rows per class
     WString successClass;
     double successProbability = 0.5;
 };
@@ -25,12 +24,10 @@ using Posteriors = std::vector<std::vector<double>>;
 
 /// The implementation of a fitted classifier. A family derives its IModel, adds the fitted state of its
 /// engine, and says how it scores and what it reports.
-class IModelable : public IIdentifiable {
+class IModelable : public Supervised::IModelable {
  public:
-    /// @param modelName  the kind of model, such as "Naive Bayes".
-    explicit IModelable(const WString& modelName) : IIdentifiable(modelName) { setModelName(modelName); }
+    using Supervised::IModelable::IModelable;
 
-    FittedSchema schema;
     ClassSchema classSchema;
 
     void setSuccessClass(const WString& label);
@@ -42,21 +39,14 @@ class IModelable : public IIdentifiable {
     DataFrame predict(const DataFrame& features) const;
     DataFrame posteriorProbability(const DataFrame& features) const;
     DataFrame predictWithPosterior(const DataFrame& features) const;
-    DataFrameVector toDataFrameVector() const;
 
  protected:
     /// Fills `posteriors`, which has its size, for rows whose columns stand in the order of the schema.
     virtual void score(const std::vector<FeatureColumn>& columns, Posteriors& posteriors) const = 0;
-    /// Rows of the model summary that are the family's own, behind the common ones: label and text.
-    virtual void describe(StringVector& labels, StringVector& values) const = 0;
-    /// The family's report tables between the summary with the priors and the training summary.
-    virtual void report(DataFrameVector& tables) const = 0;
-    /// The training summary: what the model gets right on which rows is for the evaluator; this tells of the
-    /// data.
-    DataFrame trainingSummary() const;
 
-    std::vector<double> classCounts_;
-    friend class IEstimator;
+    void describe(StringVector& labels, StringVector& values) const override;
+    void report(DataFrameVector& tables) const override;
+    void describeTraining(StringVector& labels, StringVector& values) const override;
 
  private:
     Posteriors posteriors(const DataFrame& features) const;
@@ -73,15 +63,15 @@ struct TrainingSet {
 
 /// The implementation of a classifier's estimator: parameters that all classifiers have, the checks of the
 /// data in their order, and the frame of the fit.
-class IEstimator : public IEstimatable, public PriorProbability::IAdmissible {
+class IEstimator : public Supervised::IEstimator, public PriorProbability::IAdmissible {
  public:
-    using IEstimatable::IEstimatable;
+    using Supervised::IEstimator::IEstimator;
 
     Parameter<WString> successClass{L"successClass", L"Success class"};
     BoundedParameter<double> successProbability{L"successProbability", L"Success probability", 0.5, 0.0, 1.0};
 
-    using IEstimatable::validate;
-    void validate(const DataFrame& features, const DataFrameColumn& target) const;
+    using Supervised::IEstimator::validate;
+    void validate(const DataFrame& features, const DataFrameColumn& target) const override;
     std::shared_ptr<IModelable> fit(const DataFrame& features, const DataFrameColumn& target) const;
 
  protected:

@@ -1,5 +1,6 @@
-#include "framework/classification.h"
 #include <tessel/framework/classifier.h>
+
+#include "framework/classification.h"
 
 namespace Tessel {
 

@@ -1,8 +1,9 @@
 #include "framework/estimatable.h"
 
-#include "data/json_text.h"
 #include <tessel/framework/errors.h>
 #include <tessel/framework/ladon.h>
+
+#include "data/json_text.h"
 
 namespace Tessel {
 namespace {

@@ -1,11 +1,12 @@
 #pragma once
 
-#include "framework/identifiable.h"
-#include "framework/parameter.h"
+#include <memory>
+
 #include <tessel/data/data_frame.h>
 #include <tessel/data/data_frame_vector.h>
 
-#include <memory>
+#include "framework/identifiable.h"
+#include "framework/parameter.h"
 
 namespace Tessel {
 

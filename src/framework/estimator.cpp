@@ -1,5 +1,6 @@
-#include "framework/estimatable.h"
 #include <tessel/framework/estimator.h>
+
+#include "framework/estimatable.h"
 
 namespace Tessel {
 

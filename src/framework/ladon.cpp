@@ -1,6 +1,7 @@
-#include "data/files.h"
 #include <tessel/data/convert.h>
 #include <tessel/framework/ladon.h>
+
+#include "data/files.h"
 
 namespace Tessel::Ladon {
 

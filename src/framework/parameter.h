@@ -1,8 +1,5 @@
 #pragma once
 
-#include <tessel/data/data_frame.h>
-#include <tessel/data/errors.h>
-
 #include <limits>
 #include <map>
 #include <optional>
@@ -12,6 +9,9 @@
 
 #include <boost/variant.hpp>
 #include <cpprest/json.h>
+
+#include <tessel/data/data_frame.h>
+#include <tessel/data/errors.h>
 
 // Parameters: a value with a key, a display name and a default, that knows how to describe, check, write and
 // read itself. An estimator declares each parameter once, as a member, and lists its members once; resetting,

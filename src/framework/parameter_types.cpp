@@ -1,9 +1,10 @@
-#include "data/json_text.h"
-#include "framework/parameter.h"
-#include <tessel/data/convert.h>
-
 #include <algorithm>
 #include <cmath>
+
+#include <tessel/data/convert.h>
+
+#include "data/json_text.h"
+#include "framework/parameter.h"
 
 namespace Tessel {
 namespace {

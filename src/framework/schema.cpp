@@ -1,12 +1,13 @@
 #include "framework/schema.h"
 
-#include "data/column_access.h"
-#include <tessel/data/convert.h>
-#include <tessel/framework/errors.h>
-
 #include <algorithm>
 #include <cmath>
 #include <limits>
+
+#include <tessel/data/convert.h>
+#include <tessel/framework/errors.h>
+
+#include "data/column_access.h"
 
 namespace Tessel {
 namespace {

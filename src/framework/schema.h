@@ -1,13 +1,14 @@
 #pragma once
 
-#include "data/column_cells.h"
-#include "data/row_names.h"
-#include <tessel/data/data_frame.h>
-
 #include <cstdint>
 #include <memory>
 #include <span>
 #include <vector>
+
+#include <tessel/data/data_frame.h>
+
+#include "data/column_cells.h"
+#include "data/row_names.h"
 
 // The border between tables and engines: what a fitted model remembers of its training data, and how the
 // columns of a table become the spans that engines work on.

@@ -1,10 +1,10 @@
 #include "data/files.h"
 
-#include <tessel/data/errors.h>
-
 #include <iterator>
 
 #include <gtest/gtest.h>
+
+#include <tessel/data/errors.h>
 
 namespace Tessel::Files {
 namespace {

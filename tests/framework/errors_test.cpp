@@ -1,10 +1,10 @@
-#include <tessel/framework/errors.h>
-
 #include <memory>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
+
+#include <tessel/framework/errors.h>
 
 namespace Tessel {
 namespace {

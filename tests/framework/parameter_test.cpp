@@ -1,12 +1,12 @@
 #include "framework/parameter.h"
 
-#include "data/json_text.h"
-#include "framework/admissible.h"
-
 #include <cmath>
 #include <limits>
 
 #include <gtest/gtest.h>
+
+#include "data/json_text.h"
+#include "framework/admissible.h"
 
 namespace Tessel {
 namespace {

@@ -1,11 +1,11 @@
 #include "framework/schema.h"
 
-#include <tessel/framework/errors.h>
-
 #include <cmath>
 #include <limits>
 
 #include <gtest/gtest.h>
+
+#include <tessel/framework/errors.h>
 
 namespace Tessel {
 namespace {

@@ -1,11 +1,12 @@
-#include "supervised/tables.h"
-#include <tessel/framework/errors.h>
-#include <tessel/naive_bayes.h>
-
 #include <cmath>
 #include <filesystem>
 
 #include <gtest/gtest.h>
+
+#include <tessel/framework/errors.h>
+#include <tessel/naive_bayes.h>
+
+#include "supervised/tables.h"
 
 // What holds for every classifier of the library; a new family joins by its name in the list of types.
 

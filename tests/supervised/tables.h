@@ -1,9 +1,9 @@
 #pragma once
 
-#include <tessel/data/data_frame.h>
-
 #include <cmath>
 #include <string>
+
+#include <tessel/data/data_frame.h>
 
 namespace Tessel::Testing {
 

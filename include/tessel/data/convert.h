@@ -1,9 +1,9 @@
 #pragma once
 
-#include <tessel/data/data_frame.h>
-
 #include <string>
 #include <string_view>
+
+#include <tessel/data/data_frame.h>
 
 /// Conversions between texts, numbers and containers. None depends on the locale.
 namespace Tessel::Convert {

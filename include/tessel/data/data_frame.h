@@ -1,13 +1,13 @@
 #pragma once
 
-#include <tessel/data/interfaces.h>
-#include <tessel/data/types.h>
-#include <tessel/data/vectors.h>
-
 #include <cstdint>
 #include <memory>
 #include <span>
 #include <vector>
+
+#include <tessel/data/interfaces.h>
+#include <tessel/data/types.h>
+#include <tessel/data/vectors.h>
 
 namespace Tessel {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <tessel/data/data_frame.h>
-
 #include <vector>
+
+#include <tessel/data/data_frame.h>
 
 namespace Tessel {
 

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <tessel/api.h>
-
 #include <cstdint>
 #include <exception>
 #include <string>
+
+#include <tessel/api.h>
 
 // The root of all errors, the errors about one named parameter, and the errors of the data library.
 //

@@ -1,9 +1,9 @@
 #pragma once
 
+#include <cstddef>
+
 #include <tessel/data/types.h>
 #include <tessel/data/vectors.h>
-
-#include <cstddef>
 
 namespace Tessel {
 

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <tessel/api.h>
-
 #include <cstdint>
 #include <string>
 #include <string_view>
+
+#include <tessel/api.h>
 
 namespace Tessel {
 

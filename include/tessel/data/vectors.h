@@ -1,8 +1,5 @@
 #pragma once
 
-#include <tessel/data/errors.h>
-#include <tessel/data/types.h>
-
 #include <algorithm>
 #include <cstddef>
 #include <initializer_list>
@@ -11,6 +8,9 @@
 #include <type_traits>
 #include <utility>
 #include <vector>
+
+#include <tessel/data/errors.h>
+#include <tessel/data/types.h>
 
 namespace Tessel {
 

@@ -1,9 +1,9 @@
 #pragma once
 
+#include <memory>
+
 #include <tessel/framework/estimator.h>
 #include <tessel/framework/supervised.h>
-
-#include <memory>
 
 // The handles of classification. `ClassifierEstimator` and `ClassifierModel` forward everything that
 // classifiers have in common to the implementation, compiled once; the templates below them only give setters

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <tessel/data/errors.h>
-
 #include <cstdint>
 #include <string>
+
+#include <tessel/data/errors.h>
 
 // The errors of the SDK above the data library. Message and code are fixed per class; three codes are shared
 // on purpose: 208, 215 and 232.

@@ -1,10 +1,10 @@
 #pragma once
 
+#include <memory>
+
 #include <tessel/data/data_frame_vector.h>
 #include <tessel/data/interfaces.h>
 #include <tessel/framework/ladon.h>
-
-#include <memory>
 
 namespace Tessel {
 

@@ -1,10 +1,10 @@
 #pragma once
 
+#include <memory>
+
 #include <tessel/data/data_frame.h>
 #include <tessel/framework/capabilities.h>
 #include <tessel/framework/ladon.h>
-
-#include <memory>
 
 // Learning with a target: what classifiers and regressors have in common, and how each kind is fitted and
 // used.

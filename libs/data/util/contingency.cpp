@@ -1,12 +1,13 @@
 #include "data/util/contingency.h"
 
+#include <algorithm>
+#include <cmath>
+
+#include <tessel/data/errors.h>
+
 #include "data/column_access.h"
 #include "data/util/compensated_sum.h"
 #include "data/util/sample.h"
-#include <tessel/data/errors.h>
-
-#include <algorithm>
-#include <cmath>
 
 namespace Tessel::Numeric {
 

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <tessel/data/data_frame.h>
-#include <tessel/data/matrix.h>
-
 #include <cstdint>
 #include <vector>
+
+#include <tessel/data/data_frame.h>
+#include <tessel/data/matrix.h>
 
 namespace Tessel::Numeric {
 

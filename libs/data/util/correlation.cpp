@@ -1,11 +1,12 @@
-#include "data/util/compensated_sum.h"
-#include "data/util/sample.h"
-#include <tessel/data/errors.h>
-#include <tessel/data/util/association.h>
-
 #include <algorithm>
 #include <cmath>
 #include <numeric>
+
+#include <tessel/data/errors.h>
+#include <tessel/data/util/association.h>
+
+#include "data/util/compensated_sum.h"
+#include "data/util/sample.h"
 
 namespace Tessel::Util {
 namespace {

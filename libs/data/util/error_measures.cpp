@@ -1,8 +1,9 @@
-#include "data/util/compensated_sum.h"
-#include "data/util/sample.h"
+#include <cmath>
+
 #include <tessel/data/util/error_measures.h>
 
-#include <cmath>
+#include "data/util/compensated_sum.h"
+#include "data/util/sample.h"
 
 namespace Tessel::Util {
 namespace {

@@ -1,7 +1,3 @@
-#include "data/column_access.h"
-#include <tessel/data/convert.h>
-#include <tessel/data/util/tables.h>
-
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -9,6 +5,11 @@
 #include <numeric>
 
 #include <muParser.h>
+
+#include <tessel/data/convert.h>
+#include <tessel/data/util/tables.h>
+
+#include "data/column_access.h"
 
 // The text is first rewritten into what muParser, which knows neither brackets nor letters beyond ASCII,
 // understands: columns become variables c0, c1, ...; every other name must be a function or a constant, so

@@ -1,13 +1,14 @@
-#include "data/util/compensated_sum.h"
-#include "data/util/contingency.h"
-#include "data/util/sample.h"
-#include "data/util/tail_probabilities.h"
+#include <algorithm>
+#include <cmath>
+
 #include <tessel/data/errors.h>
 #include <tessel/data/util/association.h>
 #include <tessel/data/util/statistics.h>
 
-#include <algorithm>
-#include <cmath>
+#include "data/util/compensated_sum.h"
+#include "data/util/contingency.h"
+#include "data/util/sample.h"
+#include "data/util/tail_probabilities.h"
 
 namespace Tessel::Util {
 namespace {

@@ -1,11 +1,12 @@
+#include <cmath>
+
+#include <tessel/data/errors.h>
+#include <tessel/data/util/association.h>
+
 #include "data/util/compensated_sum.h"
 #include "data/util/contingency.h"
 #include "data/util/sample.h"
 #include "data/util/tail_probabilities.h"
-#include <tessel/data/errors.h>
-#include <tessel/data/util/association.h>
-
-#include <cmath>
 
 namespace Tessel::Util {
 namespace {

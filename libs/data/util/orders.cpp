@@ -1,11 +1,12 @@
-#include "data/column_access.h"
-#include <tessel/data/util/sets.h>
-
 #include <algorithm>
 #include <array>
 #include <bit>
 #include <cmath>
 #include <limits>
+
+#include <tessel/data/util/sets.h>
+
+#include "data/column_access.h"
 
 namespace Tessel::Util {
 namespace {

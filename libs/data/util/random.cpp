@@ -1,8 +1,5 @@
 #include "data/random.h"
 
-#include <tessel/data/util/random.h>
-#include <tessel/data/util/sets.h>
-
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -10,6 +7,9 @@
 #include <string>
 #include <unordered_map>
 #include <vector>
+
+#include <tessel/data/util/random.h>
+#include <tessel/data/util/sets.h>
 
 namespace Tessel::Util {
 namespace {

@@ -1,12 +1,13 @@
 #include "data/util/sample.h"
 
-#include "data/column_access.h"
-#include "data/util/compensated_sum.h"
-#include <tessel/data/errors.h>
-
 #include <algorithm>
 #include <cmath>
 #include <iterator>
+
+#include <tessel/data/errors.h>
+
+#include "data/column_access.h"
+#include "data/util/compensated_sum.h"
 
 namespace Tessel::Numeric {
 

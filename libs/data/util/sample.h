@@ -1,10 +1,10 @@
 #pragma once
 
-#include <tessel/data/util/statistics.h>
-
 #include <cstddef>
 #include <span>
 #include <vector>
+
+#include <tessel/data/util/statistics.h>
 
 // What statistics, correlations and tests of a sample share: plain numbers without missing values.
 

@@ -1,12 +1,13 @@
-#include "data/case_folding.h"
-#include "data/column_access.h"
-#include "data/util/distinct_numbers.h"
-#include <tessel/data/convert.h>
-#include <tessel/data/util/sets.h>
-
 #include <cmath>
 #include <limits>
 #include <numeric>
+
+#include <tessel/data/convert.h>
+#include <tessel/data/util/sets.h>
+
+#include "data/case_folding.h"
+#include "data/column_access.h"
+#include "data/util/distinct_numbers.h"
 
 namespace Tessel::Util {
 namespace {

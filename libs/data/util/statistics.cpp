@@ -1,12 +1,13 @@
-#include "data/util/compensated_sum.h"
-#include "data/util/sample.h"
-#include "data/util/tail_probabilities.h"
-#include <tessel/data/errors.h>
-#include <tessel/data/util/statistics.h>
-
 #include <algorithm>
 #include <cmath>
 #include <functional>
+
+#include <tessel/data/errors.h>
+#include <tessel/data/util/statistics.h>
+
+#include "data/util/compensated_sum.h"
+#include "data/util/sample.h"
+#include "data/util/tail_probabilities.h"
 
 namespace Tessel::Util {
 namespace {

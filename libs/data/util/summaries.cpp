@@ -1,14 +1,15 @@
 // The tables of descriptive statistics: one row per variable, one column per statistic.
 
-#include "data/util/compensated_sum.h"
-#include "data/util/sample.h"
-#include "data/util/tail_probabilities.h"
+#include <algorithm>
+#include <cmath>
+
 #include <tessel/data/convert.h>
 #include <tessel/data/errors.h>
 #include <tessel/data/util/statistics.h>
 
-#include <algorithm>
-#include <cmath>
+#include "data/util/compensated_sum.h"
+#include "data/util/sample.h"
+#include "data/util/tail_probabilities.h"
 
 namespace Tessel::Util {
 namespace {

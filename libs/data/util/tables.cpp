@@ -1,9 +1,10 @@
-#include "data/column_access.h"
-#include "data/files.h"
+#include <algorithm>
+
 #include <tessel/data/convert.h>
 #include <tessel/data/util/tables.h>
 
-#include <algorithm>
+#include "data/column_access.h"
+#include "data/files.h"
 
 namespace Tessel::Util {
 namespace {

@@ -1,10 +1,10 @@
-#include "engine/nb/naive_bayes.h"
-
 #include <algorithm>
 #include <array>
 #include <cassert>
 #include <cmath>
 #include <cstddef>
+
+#include "engine/nb/naive_bayes.h"
 
 namespace Tessel::Engine::NB {
 namespace {

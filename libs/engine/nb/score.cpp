@@ -1,5 +1,3 @@
-#include "engine/nb/naive_bayes.h"
-
 #include <algorithm>
 #include <array>
 #include <cassert>
@@ -8,6 +6,8 @@
 #include <limits>
 
 #include <omp.h>
+
+#include "engine/nb/naive_bayes.h"
 
 namespace Tessel::Engine::NB {
 namespace {

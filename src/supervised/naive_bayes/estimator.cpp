@@ -1,8 +1,9 @@
 #include "supervised/naive_bayes/estimator.h"
 
-#include "supervised/naive_bayes/model.h"
 #include <tessel/framework/ladon.h>
 #include <tessel/naive_bayes.h>
+
+#include "supervised/naive_bayes/model.h"
 
 namespace Tessel::Classification::NaiveBayes {
 

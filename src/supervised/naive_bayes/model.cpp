@@ -1,8 +1,8 @@
 #include "supervised/naive_bayes/model.h"
 
-#include <tessel/data/convert.h>
-
 #include <cmath>
+
+#include <tessel/data/convert.h>
 
 namespace Tessel::Classification::NaiveBayes {
 namespace {
@@ -63,11 +63,13 @@ void IModel::score(const std::vector<FeatureColumn>& columns, Posteriors& poster
 }
 
 void IModel::describe(StringVector& labels, StringVector& values) const {
+    IModelable::describe(labels, values);
     labels.push_back(L"Laplace smoothing");
     values.push_back(Convert::toString(fitted_.laplace));
 }
 
 void IModel::report(DataFrameVector& tables) const {
+    IModelable::report(tables);
     for (std::size_t i = 0; i < schema.features.size(); ++i) {
         const FittedInput& input = fitted_.inputs[i];
         if (const auto* gaussian = std::get_if<GaussianInput>(&input))

@@ -1,9 +1,9 @@
 #pragma once
 
+#include <vector>
+
 #include "engine/nb/naive_bayes.h"
 #include "framework/classification.h"
-
-#include <vector>
 
 namespace Tessel::Classification::NaiveBayes {
 

@@ -1,11 +1,11 @@
-#include <tessel/data/errors.h>
-#include <tessel/data/util/association.h>
-
 #include <cmath>
 #include <cstdint>
 #include <limits>
 
 #include <gtest/gtest.h>
+
+#include <tessel/data/errors.h>
+#include <tessel/data/util/association.h>
 
 using namespace Tessel;
 

@@ -1,10 +1,10 @@
-#include <tessel/data/errors.h>
-#include <tessel/data/util/error_measures.h>
-
 #include <cmath>
 #include <limits>
 
 #include <gtest/gtest.h>
+
+#include <tessel/data/errors.h>
+#include <tessel/data/util/error_measures.h>
 
 using namespace Tessel;
 

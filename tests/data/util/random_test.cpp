@@ -1,8 +1,5 @@
 #include "data/random.h"
 
-#include <tessel/data/errors.h>
-#include <tessel/data/util/random.h>
-
 #include <algorithm>
 #include <cmath>
 #include <functional>
@@ -11,6 +8,9 @@
 
 #include <boost/math/distributions/chi_squared.hpp>
 #include <gtest/gtest.h>
+
+#include <tessel/data/errors.h>
+#include <tessel/data/util/random.h>
 
 namespace Tessel {
 namespace {

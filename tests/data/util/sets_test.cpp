@@ -1,13 +1,14 @@
-#include "data/random.h"
-#include <tessel/data/errors.h>
-#include <tessel/data/util/sets.h>
-
 #include <algorithm>
 #include <cmath>
 #include <limits>
 #include <numeric>
 
 #include <gtest/gtest.h>
+
+#include <tessel/data/errors.h>
+#include <tessel/data/util/sets.h>
+
+#include "data/random.h"
 
 namespace Tessel::Util {
 namespace {

@@ -1,10 +1,10 @@
-#include <tessel/data/errors.h>
-#include <tessel/data/util/statistics.h>
-
 #include <cmath>
 #include <limits>
 
 #include <gtest/gtest.h>
+
+#include <tessel/data/errors.h>
+#include <tessel/data/util/statistics.h>
 
 using namespace Tessel;
 

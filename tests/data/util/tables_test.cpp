@@ -1,11 +1,12 @@
-#include "data/files.h"
-#include <tessel/data/errors.h>
-#include <tessel/data/util/tables.h>
-
 #include <cmath>
 #include <limits>
 
 #include <gtest/gtest.h>
+
+#include <tessel/data/errors.h>
+#include <tessel/data/util/tables.h>
+
+#include "data/files.h"
 
 namespace Tessel::Util {
 namespace {

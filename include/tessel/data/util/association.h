@@ -1,10 +1,10 @@
 #pragma once
 
+#include <numbers>
+
 #include <tessel/data/data_frame.h>
 #include <tessel/data/matrix.h>
 #include <tessel/data/vectors.h>
-
-#include <numbers>
 
 /// Correlation, tests of hypotheses and information measures.
 ///

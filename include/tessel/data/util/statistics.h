@@ -1,9 +1,9 @@
 #pragma once
 
+#include <limits>
+
 #include <tessel/data/data_frame.h>
 #include <tessel/data/vectors.h>
-
-#include <limits>
 
 /// Descriptive statistics.
 ///

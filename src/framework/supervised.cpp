@@ -1,0 +1,48 @@
+#include "framework/supervised.h"
+
+#include <algorithm>
+
+#include <tessel/data/convert.h>
+#include <tessel/framework/errors.h>
+
+namespace Tessel::Supervised {
+namespace {
+
+DataFrame summaryTable(const WString& title, const StringVector& labels, const StringVector& values) {
+    DataFrame table(title);
+    table.append(DataFrameColumn(L"Value", values));
+    table.setRowNames(labels);
+    return table;
+}
+
+WString count(std::ptrdiff_t number) { return Convert::toString(static_cast<int>(number)); }
+
+}  // namespace
+
+DataFrameVector IModelable::toDataFrameVector() const {
+    DataFrameVector tables;
+    tables.setName(getModelName());
+    StringVector labels, values;
+    describe(labels, values);
+    tables.push_back(summaryTable(L"Model: " + getModelName(), labels, values));
+    report(tables);
+
+    const auto numCategorical =
+        std::count_if(schema.features.begin(), schema.features.end(),
+                      [](const FeatureSchema& feature) { return feature.isCategorical; });
+    labels = {L"#Training records", L"#Features", L"#Categorical features", L"Target"};
+    values = {count(schema.numRows), count(std::ssize(schema.features)), count(numCategorical),
+              schema.targetName};
+    describeTraining(labels, values);
+    tables.push_back(summaryTable(L"Training Summary", labels, values));
+    return tables;
+}
+
+TrainingFeatures IEstimator::checkedFeatures(const DataFrame& features, const DataFrameColumn& target) const {
+    validate();
+    if (features.getNumRows() != target.getNumRows()) throw IncompatibleNumRows();
+    validateAgainst(features);
+    return readTrainingFeatures(features, categoricalColumns(features));
+}
+
+}  // namespace Tessel::Supervised

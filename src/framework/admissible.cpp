@@ -6,7 +6,6 @@
 
 #include <tessel/framework/errors.h>
 
-#include "data/json_text.h"
 
 namespace Tessel {
 
@@ -32,7 +31,7 @@ WString ParameterType<PriorProbs>::text(const PriorProbs& priors) {
 web::json::value ParameterType<PriorProbs>::toJSON(const PriorProbs& priors) {
     web::json::value object = web::json::value::object(true);
     for (const auto& [label, prior] : priors)
-        object[JSONText::toJSONString(label)] = ParameterType<double>::toJSON(prior);
+        object[JSON::toNative(label)] = ParameterType<double>::toJSON(prior);
     return object;
 }
 
@@ -42,7 +41,7 @@ std::optional<PriorProbs> ParameterType<PriorProbs>::fromJSON(const web::json::v
     for (const auto& [label, member] : json.as_object()) {
         const auto prior = ParameterType<double>::fromJSON(member);
         if (!prior) return std::nullopt;
-        priors[JSONText::fromJSONString(label)] = *prior;
+        priors[JSON::fromNative(label)] = *prior;
     }
     return priors;
 }

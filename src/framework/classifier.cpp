@@ -48,44 +48,28 @@ std::shared_ptr<Classification::IModelable> ClassifierEstimator::fitImplementati
 
 // ---- model
 
-ClassifierModel::ClassifierModel(std::shared_ptr<Classification::IModelable> implementation)
-    : implementation_(std::move(implementation)) {}
-ClassifierModel::ClassifierModel(const ClassifierModel&) = default;
-ClassifierModel& ClassifierModel::operator=(const ClassifierModel&) = default;
+using Classification::IModelable;
+
+ClassifierModel::ClassifierModel(std::shared_ptr<IModelable> implementation)
+    : SupervisedModel(std::move(implementation)) {}
 ClassifierModel::~ClassifierModel() = default;
 
-const WString& ClassifierModel::getName() const { return implementation_->getName(); }
-void ClassifierModel::assignName(const WString& name) { implementation_->setName(name); }
-const WString& ClassifierModel::getModelName() const { return implementation_->getModelName(); }
-void ClassifierModel::assignModelName(const WString& modelName) { implementation_->setModelName(modelName); }
-
-StringVector ClassifierModel::getColNames() const { return implementation_->schema.featureNames(); }
-StringVector ClassifierModel::getIndexColNames() const { return implementation_->schema.indexColNames; }
-const WString& ClassifierModel::getTargetColName() const { return implementation_->schema.targetName; }
-StringVector ClassifierModel::getRowNames() const { return implementation_->schema.trainingRowNames(); }
-const StringVector& ClassifierModel::getClasses() const { return implementation_->classSchema.classes; }
-
-DataFrame ClassifierModel::priorProbability() const { return implementation_->priorProbability(); }
-const WString& ClassifierModel::getSuccessClass() const { return implementation_->classSchema.successClass; }
-void ClassifierModel::assignSuccessClass(const WString& label) { implementation_->setSuccessClass(label); }
+const StringVector& ClassifierModel::getClasses() const { return as<IModelable>().classSchema.classes; }
+DataFrame ClassifierModel::priorProbability() const { return as<IModelable>().priorProbability(); }
+const WString& ClassifierModel::getSuccessClass() const { return as<IModelable>().classSchema.successClass; }
+void ClassifierModel::assignSuccessClass(const WString& label) { as<IModelable>().setSuccessClass(label); }
 double ClassifierModel::getSuccessProbability() const {
-    return implementation_->classSchema.successProbability;
+    return as<IModelable>().classSchema.successProbability;
 }
-void ClassifierModel::assignSuccessProbability(double cutOff) {
-    implementation_->setSuccessProbability(cutOff);
-}
-void ClassifierModel::validate() const { implementation_->validate(); }
+void ClassifierModel::assignSuccessProbability(double cutOff) { as<IModelable>().setSuccessProbability(cutOff); }
+void ClassifierModel::validate() const { as<IModelable>().validate(); }
 
-DataFrame ClassifierModel::predict(const DataFrame& features) const {
-    return implementation_->predict(features);
-}
+DataFrame ClassifierModel::predict(const DataFrame& features) const { return as<IModelable>().predict(features); }
 DataFrame ClassifierModel::posteriorProbability(const DataFrame& features) const {
-    return implementation_->posteriorProbability(features);
+    return as<IModelable>().posteriorProbability(features);
 }
 DataFrame ClassifierModel::predictWithPosterior(const DataFrame& features) const {
-    return implementation_->predictWithPosterior(features);
+    return as<IModelable>().predictWithPosterior(features);
 }
-DataFrameVector ClassifierModel::toDataFrameVector() const { return implementation_->toDataFrameVector(); }
-WString ClassifierModel::toString() const { return toDataFrameVector().toString(); }
 
 }  // namespace Tessel

@@ -3,7 +3,6 @@
 #include <tessel/framework/errors.h>
 #include <tessel/framework/ladon.h>
 
-#include "data/json_text.h"
 
 namespace Tessel {
 namespace {
@@ -12,7 +11,7 @@ web::json::value jsonText(WStringView text) { return ParameterType<WString>::toJ
 
 /// The member of an object whose key is exactly this one. @throws UnsupportedJSONModel when there is none.
 const web::json::value& requireMember(const web::json::value& object, WStringView key) {
-    const utility::string_t narrow = JSONText::toJSONString(key);
+    const utility::string_t narrow = JSON::toNative(key);
     if (!object.is_object() || !object.has_field(narrow)) throw UnsupportedJSONModel();
     return object.at(narrow);
 }
@@ -71,21 +70,21 @@ WString IEstimatable::toLadon() const {
     web::json::value parameters = web::json::value::object(true);
     for (const ParameterRef& parameter : constParameters())
         if (const auto named = parameter.toNamedJSONIfSet())
-            parameters[JSONText::toJSONString(named->first)] = named->second;
+            parameters[JSON::toNative(named->first)] = named->second;
 
     const LadonIdentity identity = ladonIdentity();
     web::json::value description = web::json::value::object(true);
-    description[JSONText::toJSONString(Ladon::Keyword::OBJECT_TYPE)] = jsonText(identity.objectType);
-    description[JSONText::toJSONString(Ladon::Keyword::MODEL_TYPE)] = jsonText(identity.taskKind);
-    description[JSONText::toJSONString(Ladon::Keyword::MODEL_ALGORITHM)] = jsonText(identity.algorithm);
-    description[JSONText::toJSONString(Ladon::Keyword::PARAMETERS)] = parameters;
-    return JSONText::serialize(description);
+    description[JSON::toNative(Ladon::Keyword::OBJECT_TYPE)] = jsonText(identity.objectType);
+    description[JSON::toNative(Ladon::Keyword::MODEL_TYPE)] = jsonText(identity.taskKind);
+    description[JSON::toNative(Ladon::Keyword::MODEL_ALGORITHM)] = jsonText(identity.algorithm);
+    description[JSON::toNative(Ladon::Keyword::PARAMETERS)] = parameters;
+    return JSON::serialize(description);
 }
 
 void IEstimatable::fromLadonString(const WString& text) {
     web::json::value description;
     try {
-        description = JSONText::parse(text);
+        description = JSON::parse(text);
     } catch (const MalformedJSON&) {
         throw UnsupportedJSONModel();
     }

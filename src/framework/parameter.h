@@ -8,10 +8,12 @@
 #include <vector>
 
 #include <boost/variant.hpp>
-#include <cpprest/json.h>
+
 
 #include <tessel/data/data_frame.h>
 #include <tessel/data/errors.h>
+
+#include "data/json_value.h"
 
 // Parameters: a value with a key, a display name and a default, that knows how to describe, check, write and
 // read itself. An estimator declares each parameter once, as a member, and lists its members once; resetting,

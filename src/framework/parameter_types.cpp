@@ -3,7 +3,6 @@
 
 #include <tessel/data/convert.h>
 
-#include "data/json_text.h"
 #include "framework/parameter.h"
 
 namespace Tessel {
@@ -45,7 +44,7 @@ std::optional<Sequence> sequenceOf(const value& json) {
 const value* findMember(const value& object, const WString& name) {
     if (!object.is_object()) return nullptr;
     for (const auto& [key, member] : object.as_object())
-        if (sameIgnoringCase(JSONText::fromJSONString(key), name)) return &member;
+        if (sameIgnoringCase(JSON::fromNative(key), name)) return &member;
     return nullptr;
 }
 
@@ -74,11 +73,11 @@ std::optional<double> ParameterType<double>::fromJSON(const value& json) {
 
 WString ParameterType<WString>::text(const WString& text) { return text; }
 value ParameterType<WString>::toJSON(const WString& text) {
-    return value::string(JSONText::toJSONString(text));
+    return value::string(JSON::toNative(text));
 }
 std::optional<WString> ParameterType<WString>::fromJSON(const value& json) {
     if (!json.is_string()) return std::nullopt;
-    return JSONText::fromJSONString(json.as_string());
+    return JSON::fromNative(json.as_string());
 }
 
 WString ParameterType<StringVector>::text(const StringVector& texts) { return texts.toString(); }
@@ -134,7 +133,7 @@ WString ParameterType<VariantMap>::text(const VariantMap& map) {
 value ParameterType<VariantMap>::toJSON(const VariantMap& map) {
     value object = value::object(true);
     for (const auto& [key, variant] : map)
-        object[JSONText::toJSONString(key)] = ParameterType<VariantValue>::toJSON(variant);
+        object[JSON::toNative(key)] = ParameterType<VariantValue>::toJSON(variant);
     return object;
 }
 std::optional<VariantMap> ParameterType<VariantMap>::fromJSON(const value& json) {
@@ -143,7 +142,7 @@ std::optional<VariantMap> ParameterType<VariantMap>::fromJSON(const value& json)
     for (const auto& [key, member] : json.as_object()) {
         const auto variant = ParameterType<VariantValue>::fromJSON(member);
         if (!variant) return std::nullopt;
-        map[JSONText::fromJSONString(key)] = *variant;
+        map[JSON::fromNative(key)] = *variant;
     }
     return map;
 }

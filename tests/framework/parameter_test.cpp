@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "data/json_text.h"
+#include "data/json_value.h"
 #include "framework/admissible.h"
 
 namespace Tessel {
@@ -19,7 +19,7 @@ EnumParameter<Colour> colour() {
     return {L"colour", L"Colour of the line", Colour::RED, {{Colour::RED, L"RED"}, {Colour::BLUE, L"BLUE"}}};
 }
 
-web::json::value json(const WString& text) { return JSONText::parse(text); }
+web::json::value json(const WString& text) { return JSON::parse(text); }
 
 template <class Violation>
 std::string messageOf(Violation&& violation) {
@@ -111,7 +111,7 @@ T throughJSON(const T& value) {
     Parameter<T> written(L"p", L"P"), read(L"p", L"P");
     written.set(value);
     web::json::value object = web::json::value::object();
-    object[JSONText::toJSONString(L"p")] = json(JSONText::serialize(written.toJSON()));
+    object[JSON::toNative(L"p")] = json(JSON::serialize(written.toJSON()));
     read.fromJSON(object);
     EXPECT_TRUE(read.isSet());
     return read.get();

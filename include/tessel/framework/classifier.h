@@ -4,6 +4,7 @@
 
 #include <tessel/framework/estimator.h>
 #include <tessel/framework/supervised.h>
+#include <tessel/framework/supervised_model.h>
 
 // The handles of classification. `ClassifierEstimator` and `ClassifierModel` forward everything that
 // classifiers have in common to the implementation, compiled once; the templates below them only give setters
@@ -58,24 +59,15 @@ class TESSEL_API ClassifierEstimator : public Supervised::Validatable,
     void assignPriorProb(const WString& classLabel, double probability) override;
 };
 
-/// What all fitted classifiers have in common. Copies share the fitted model: a success class or cut-off set
-/// on one holds for all of them.
-class TESSEL_API ClassifierModel : public Supervised::Classification::Modelable {
+/// What all fitted classifiers have in common. Copies share the fitted model: a success class or cut-off set on
+/// one holds for all of them.
+class TESSEL_API ClassifierModel : public SupervisedModel<Supervised::Classification::Modelable> {
  public:
     explicit ClassifierModel(std::shared_ptr<Classification::IModelable> implementation);
     ~ClassifierModel() override;
 
-    const WString& getName() const override;
-    const WString& getModelName() const override;
-    /// Columns that the model was trained on, without index columns.
-    StringVector getColNames() const;
-    StringVector getIndexColNames() const;
-    const WString& getTargetColName() const;
-    /// Names of the training rows.
-    StringVector getRowNames() const;
     /// The class labels, in the order of the posterior columns: by first appearance in the training data.
     const StringVector& getClasses() const;
-
     DataFrame priorProbability() const override;
     const WString& getSuccessClass() const override;
     double getSuccessProbability() const override;
@@ -86,28 +78,13 @@ class TESSEL_API ClassifierModel : public Supervised::Classification::Modelable 
     DataFrame posteriorProbability(const DataFrame& features) const override;
     DataFrame predictWithPosterior(const DataFrame& features) const override;
 
-    /// Model summary, prior probabilities, the family's tables and the training summary.
-    DataFrameVector toDataFrameVector() const override;
-    /// Those tables as text.
-    WString toString() const override;
-
  protected:
-    ClassifierModel(const ClassifierModel&);
-    ClassifierModel& operator=(const ClassifierModel&);
-
-    /// The implementation as the family's own class.
-    template <class Implementation>
-    const Implementation& as() const {
-        return static_cast<const Implementation&>(*implementation_);
-    }
+    ClassifierModel(const ClassifierModel&) = default;
+    ClassifierModel& operator=(const ClassifierModel&) = default;
 
  private:
-    void assignName(const WString& name) override;
-    void assignModelName(const WString& modelName) override;
     void assignSuccessClass(const WString& label) override;
     void assignSuccessProbability(double cutOff) override;
-
-    std::shared_ptr<Classification::IModelable> implementation_;
 };
 
 /// Gives a family's estimator chaining setters, copying and fits.

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <memory>
+
+#include <tessel/data/data_frame_vector.h>
+#include <tessel/framework/supervised.h>
+
+namespace Tessel {
+namespace Supervised {
+class IModelable;  // private: the implementation of any fitted supervised model
+}
+
+/// What the handles of fitted classifiers and of fitted regressors have in common. Copies share the fitted
+/// model; moving copies too, so that there is never a handle without a model.
+/// @tparam Interface  what the kind of model offers: a `Modelable` of supervised.h.
+template <class Interface>
+class SupervisedModel : public Interface {
+ public:
+    ~SupervisedModel() override;
+
+    const WString& getName() const override;
+    const WString& getModelName() const override;
+    /// Columns that the model was trained on, without index columns.
+    StringVector getColNames() const;
+    StringVector getIndexColNames() const;
+    const WString& getTargetColName() const;
+    /// Names of the training rows.
+    StringVector getRowNames() const;
+
+    /// Model summary, the tables of the kind and of the family, training summary.
+    DataFrameVector toDataFrameVector() const override;
+    /// Those tables as text.
+    WString toString() const override;
+
+ protected:
+    explicit SupervisedModel(std::shared_ptr<Supervised::IModelable> implementation);
+    SupervisedModel(const SupervisedModel&);
+    SupervisedModel& operator=(const SupervisedModel&);
+
+    /// The implementation as the kind's or the family's own class.
+    template <class Implementation>
+    Implementation& as() const {
+        return static_cast<Implementation&>(*implementation_);
+    }
+
+ private:
+    void assignName(const WString& name) override;
+    void assignModelName(const WString& modelName) override;
+
+    std::shared_ptr<Supervised::IModelable> implementation_;
+};
+
+extern template class TESSEL_API SupervisedModel<Supervised::Classification::Modelable>;
+extern template class TESSEL_API SupervisedModel<Supervised::Regression::Modelable>;
+
+}  // namespace Tessel

@@ -1,0 +1,45 @@
+#include "framework/regression.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include <tessel/data/convert.h>
+
+#include "data/column_access.h"
+
+namespace Tessel::Regression {
+
+DataFrame IModelable::predict(const DataFrame& features) const {
+    const std::vector<FeatureColumn> columns = readFeatures(schema, features);
+    std::vector<double> predictions(static_cast<std::size_t>(features.getNumRows()));
+    if (!predictions.empty()) score(columns, predictions);
+    DataFrame table(L"Scores");
+    table.append(ColumnAccess::makeColumn(L"Prediction: " + schema.targetName,
+                                          ColumnCells::ofNumbers(std::move(predictions)),
+                                          ColumnAccess::rowNames(features)));
+    return table;
+}
+
+TrainingSet IEstimator::checkedData(const DataFrame& features, const DataFrameColumn& target) const {
+    TrainingSet data{checkedFeatures(features, target), target.values()};
+    const auto isFinite = [](double value) { return std::isfinite(value); };
+    if (!std::all_of(data.target.begin(), data.target.end(), isFinite))
+        throw ConstraintViolation(Convert::toUtf8Lossy(target.getColName()),
+                                  "The target has missing or infinite cells; remove these rows or fill the cells.");
+    return data;
+}
+
+void IEstimator::validate(const DataFrame& features, const DataFrameColumn& target) const {
+    checkedData(features, target);
+}
+
+std::shared_ptr<IModelable> IEstimator::fit(const DataFrame& features, const DataFrameColumn& target) const {
+    TrainingSet data = checkedData(features, target);
+    std::shared_ptr<IModelable> model = fitEngine(data);
+    model->setName(getName());
+    model->schema = std::move(data.features.schema);
+    model->schema.targetName = target.getColName();
+    return model;
+}
+
+}  // namespace Tessel::Regression

@@ -1,0 +1,63 @@
+#include <tessel/framework/supervised_model.h>
+
+#include "framework/supervised.h"
+
+namespace Tessel {
+
+template <class Interface>
+SupervisedModel<Interface>::SupervisedModel(std::shared_ptr<Supervised::IModelable> implementation)
+    : implementation_(std::move(implementation)) {}
+template <class Interface>
+SupervisedModel<Interface>::SupervisedModel(const SupervisedModel&) = default;
+template <class Interface>
+SupervisedModel<Interface>& SupervisedModel<Interface>::operator=(const SupervisedModel&) = default;
+template <class Interface>
+SupervisedModel<Interface>::~SupervisedModel() = default;
+
+template <class Interface>
+const WString& SupervisedModel<Interface>::getName() const {
+    return implementation_->getName();
+}
+template <class Interface>
+void SupervisedModel<Interface>::assignName(const WString& name) {
+    implementation_->setName(name);
+}
+template <class Interface>
+const WString& SupervisedModel<Interface>::getModelName() const {
+    return implementation_->getModelName();
+}
+template <class Interface>
+void SupervisedModel<Interface>::assignModelName(const WString& modelName) {
+    implementation_->setModelName(modelName);
+}
+
+template <class Interface>
+StringVector SupervisedModel<Interface>::getColNames() const {
+    return implementation_->schema.featureNames();
+}
+template <class Interface>
+StringVector SupervisedModel<Interface>::getIndexColNames() const {
+    return implementation_->schema.indexColNames;
+}
+template <class Interface>
+const WString& SupervisedModel<Interface>::getTargetColName() const {
+    return implementation_->schema.targetName;
+}
+template <class Interface>
+StringVector SupervisedModel<Interface>::getRowNames() const {
+    return implementation_->schema.trainingRowNames();
+}
+
+template <class Interface>
+DataFrameVector SupervisedModel<Interface>::toDataFrameVector() const {
+    return implementation_->toDataFrameVector();
+}
+template <class Interface>
+WString SupervisedModel<Interface>::toString() const {
+    return toDataFrameVector().toString();
+}
+
+template class SupervisedModel<Supervised::Classification::Modelable>;
+template class SupervisedModel<Supervised::Regression::Modelable>;
+
+}  // namespace Tessel

@@ -16,5 +16,6 @@ install(FILES ${PROJECT_BINARY_DIR}/TesselSDKConfig.cmake ${PROJECT_BINARY_DIR}/
 
 # The prefix is told relative to the .pc file, so that an installed tree may be moved.
 file(RELATIVE_PATH TESSEL_PC_PREFIX "/prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/prefix")
+string(REGEX REPLACE "/$" "" TESSEL_PC_PREFIX "${TESSEL_PC_PREFIX}")
 configure_file(cmake/TesselSDK.pc.in TesselSDK.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/TesselSDK.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

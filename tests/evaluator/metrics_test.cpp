@@ -131,7 +131,8 @@ TEST(RegressionMetrics, AgreeWithScikitLearn) {
 }
 
 TEST(RegressionMetrics, EdgesAreDefined) {
-    EXPECT_TRUE(std::isnan(R2(Vector(10, 0.1), Vector(10, 0.2))));  // ten times 0.1 does not add up to 1
+    // The sum of 1003 times 0.1 is not 1003 times 0.1 in doubles.
+    EXPECT_TRUE(std::isnan(R2(Vector(1003, 0.1), Vector(1003, 0.2))));
     EXPECT_EQ(R2(Vector{1, 2, 3}, Vector{1, 2, 3}), 1.0);
     EXPECT_EQ(MAPE(Vector{0, 2, 4}, Vector{1, 3, 5}), 0.375);
     EXPECT_TRUE(std::isnan(MAPE(Vector{0, 0}, Vector{1, 3})));
@@ -184,6 +185,10 @@ TEST(LogLoss, ChecksTheTableOfPosteriors) {
     };
     const StringVector label = letters(L"a");
     EXPECT_NEAR(logLoss(label, table(L"a", L"b", 0.0)), 52 * std::log(2.0), 1e-12);
+    DataFrame halved;  // a row that adds up to 1/2 is scaled to 1
+    halved.append(DataFrameColumn(L"a", Vector{0.125}));
+    halved.append(DataFrameColumn(L"b", Vector{0.375}));
+    EXPECT_NEAR(logLoss(label, halved), std::log(4.0), 1e-15);
     EXPECT_THROW(logLoss(label, table(L"b", L"c", 0.5)), NotAValidColName);
     EXPECT_THROW(logLoss(label, table(L"a", L"Posterior Probability: a", 0.5)), DuplicateName);
     EXPECT_THROW(logLoss(label, table(L"a", L"b", 1.5)), ValueOutOfRange);

@@ -25,8 +25,9 @@ RankCodes rank(std::span<const double> numbers) {
     };
     std::vector<Cell> cells;
     cells.reserve(numbers.size());
+    // The added zero makes -0.0 the 0.0 that it ties with; else the sort would decide which of them stays.
     for (std::size_t row = 0; row < numbers.size(); ++row)
-        if (!std::isnan(numbers[row])) cells.push_back({numbers[row], static_cast<std::uint32_t>(row)});
+        if (!std::isnan(numbers[row])) cells.push_back({numbers[row] + 0.0, static_cast<std::uint32_t>(row)});
     std::sort(cells.begin(), cells.end(), [](const Cell& a, const Cell& b) { return a.value < b.value; });
 
     RankCodes ranks;
@@ -144,15 +145,18 @@ void ColumnCells::assign(std::shared_ptr<ColumnCells>& cells, int row, const WSt
         return assign(cells, row, number);
     }
     std::int32_t code = text.empty() ? kMissingCode : cells->dictionary().find(text);
-    std::shared_ptr<const Dictionary> grown;
-    if (code == kMissingCode && !text.empty()) {
-        TextEncoder encoder(cells->dictionary());
-        code = encoder.encode(text);
-        grown = encoder.finish();
-    }
     detach(cells);
+    if (code == kMissingCode && !text.empty()) code = cells->addLevel(text);
     cells->codes_[static_cast<std::size_t>(row)] = code;
-    if (grown) cells->dictionary_ = std::move(grown);
+}
+
+std::int32_t ColumnCells::addLevel(const WString& text) {
+    const bool isUnshared = grownDictionary_ && grownDictionary_.use_count() == 2;  // here and dictionary_
+    if (!isUnshared) {
+        grownDictionary_ = std::make_shared<Dictionary>(dictionary_->levels());
+        dictionary_ = grownDictionary_;
+    }
+    return grownDictionary_->add(text);
 }
 
 std::shared_ptr<ColumnCells> RowSelector::select(const std::shared_ptr<ColumnCells>& cells) {

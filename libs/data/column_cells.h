@@ -76,12 +76,14 @@ class ColumnCells {
         return selection_ ? static_cast<std::size_t>((*selection_)[position]) : position;
     }
     static void detach(std::shared_ptr<ColumnCells>& cells);
+    std::int32_t addLevel(const WString& text);
 
     TypeCode type_;
     int numRows_;
     std::vector<double> numbers_;
     std::vector<std::int32_t> codes_;
     std::shared_ptr<const Dictionary> dictionary_;
+    std::shared_ptr<Dictionary> grownDictionary_;  // the same, once a written cell made a copy that can grow
     std::shared_ptr<const ColumnCells> root_;
     std::shared_ptr<const RowIndexes> selection_;
     Lazy<std::vector<double>> gatheredNumbers_;

@@ -1,3 +1,8 @@
+#include "data/column_access.h"
+#include "data/number_text.h"
+#include <tessel/data/convert.h>
+
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -9,11 +14,6 @@
 
 namespace Tessel::Convert {
 namespace {
-
-/// Room for any double in shortest or 17-digit form; fixed form needs 309 digits more.
-constexpr std::size_t kNumberLength = 32;
-
-WString widen(const char* first, const char* last) { return WString(first, last); }
 
 bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\f' || c == '\v'; }
 
@@ -41,16 +41,40 @@ WString numberText(double value, Format... format) {
         const std::string_view text = nonFinite(value);
         return WString(text.begin(), text.end());
     }
-    std::array<char, kNumberLength> buffer;
-    const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, format...);
-    return widen(buffer.data(), end.ptr);
+    const NumberText text(value, format...);
+    return WString(text.begin(), text.end());
+}
+
+bool isDigit(char c) { return c >= '0' && c <= '9'; }
+
+/// Whether a decimal number, given without sign, is at least 1: its first significant digit stands before
+/// the point after the exponent has moved it. @pre the text is a number in fixed or exponent form
+bool isAtLeastOne(std::string_view number) {
+    const std::size_t exponentMark = std::min(number.find_first_of("eE"), number.size());
+    const std::string_view digits = number.substr(0, exponentMark);
+    const std::size_t first = digits.find_first_of("123456789");
+    if (first == std::string_view::npos) return false;
+    const std::size_t point = std::min(digits.find('.'), digits.size());
+    // 1 for the digit left of the point, 0 for the digit right of it.
+    const auto place = first < point ? static_cast<std::int64_t>(point - first)
+                                     : 1 - static_cast<std::int64_t>(first - point);
+
+    // An exponent beyond the length of any text decides alone, whatever its further digits.
+    constexpr std::int64_t kLargeExponent = 1'000'000'000'000'000;
+    std::string_view exponentText = number.substr(exponentMark);
+    std::int64_t exponent = 0;
+    for (const char c : exponentText)
+        if (isDigit(c)) exponent = std::min(kLargeExponent, exponent * 10 + (c - '0'));
+    if (exponentText.find('-') != std::string_view::npos) exponent = -exponent;
+    return place + exponent >= 1;
 }
 
 }  // namespace
 
 WString toString(int value) {
-    std::array<char, kNumberLength> buffer;
-    return widen(buffer.data(), std::to_chars(buffer.data(), buffer.data() + buffer.size(), value).ptr);
+    std::array<char, 16> digits;
+    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value);
+    return WString(digits.data(), end.ptr);
 }
 
 WString toString(double value) { return numberText(value); }
@@ -58,11 +82,7 @@ WString toDigits(double value) { return numberText(value, std::chars_format::gen
 
 WString toString(double value, int numDecimals) {
     if (numDecimals < 0 || numDecimals > 17) throw ValueOutOfRange("Number of decimals", 0, 17);
-    if (!std::isfinite(value)) return toString(value);
-    std::array<char, kNumberLength + 310> buffer;
-    const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
-                                   std::chars_format::fixed, numDecimals);
-    return widen(buffer.data(), end.ptr);
+    return numberText(value, std::chars_format::fixed, numDecimals);
 }
 
 WString toString(const DataFrameElement& cell) { return cell.toString(); }
@@ -89,12 +109,10 @@ bool tryToDouble(std::string_view text, double& value) noexcept {
     if (std::isnan(parsed) && text.back() == ')') return false;  // the C form nan(payload) is no number text
     if (error == std::errc::result_out_of_range) {
         // from_chars leaves the value alone; IEEE reading rounds to zero or infinity.
-        const std::size_t exponent = text.find_first_of("eE");
-        const bool isTiny = exponent != std::string_view::npos
-                                ? text[exponent + 1] == '-'
-                                : text.front() == '0' || text.starts_with("-0") || text.starts_with('.');
-        parsed = isTiny ? 0.0 : std::numeric_limits<double>::infinity();
-        if (text.front() == '-') parsed = -parsed;
+        const bool isNegative = text.front() == '-';
+        parsed =
+            isAtLeastOne(text.substr(isNegative ? 1 : 0)) ? std::numeric_limits<double>::infinity() : 0.0;
+        if (isNegative) parsed = -parsed;
     } else if (error != std::errc()) {
         return false;
     }

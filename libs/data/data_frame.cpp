@@ -145,9 +145,7 @@ StringVector DataFrame::getRowNames(const IntVector& rows) const {
 }
 
 void DataFrame::setRowName(int row, const WString& name) {
-    StringVector names = RowNames::all(rowNames_, getNumRows());
-    names[static_cast<std::size_t>(checkedRow(row))] = name;
-    setRowNames(names);
+    RowNames::assign(rowNames_, getNumRows(), checkedRow(row), name);
 }
 
 void DataFrame::setRowNames(const StringVector& names) {
@@ -282,13 +280,12 @@ const DataFrameElement DataFrame::operator()(const WString& row, const WString& 
 void DataFrame::insertColumns(int position, std::vector<Column> columns, const RowNames::Pointer& rowNames) {
     if (position < 0 || position > getNumCols()) throw ColumnIndexOutOfRange(position, getNumCols());
     if (columns.empty()) return;
-    if (columns_.empty()) {
-        rowNames_ = rowNames;
-    } else if (const int numRows = columns.front().cells->numRows(); numRows != getNumRows()) {
-        throw NumRowsMismatch(getNumRows(), numRows);
-    }
+    const bool wasEmpty = columns_.empty();
+    const int numRows = columns.front().cells->numRows();
+    if (!wasEmpty && numRows != getNumRows()) throw NumRowsMismatch(getNumRows(), numRows);
     columns_.insert(columns_.begin() + position, std::make_move_iterator(columns.begin()),
                     std::make_move_iterator(columns.end()));
+    if (wasEmpty) rowNames_ = rowNames;
 }
 
 void DataFrame::append(const DataFrame& columns) { insert(getNumCols(), columns); }

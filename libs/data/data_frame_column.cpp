@@ -50,6 +50,10 @@ DataFrameElement& DataFrameElement::operator=(const WString& text) {
     return *this;
 }
 
+DataFrameElement& DataFrameElement::operator=(const DataFrameElement& cell) {
+    return (*cell.cells_)->isNumeric() ? *this = cell.toDouble() : *this = cell.toString();
+}
+
 // ---- one column
 
 DataFrameColumn::DataFrameColumn() : DataFrameColumn(WString(), Vector()) {}

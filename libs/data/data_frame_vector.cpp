@@ -29,9 +29,8 @@ auto& tableAt(Tables& tables, std::size_t position) {
 }  // namespace
 
 void DataFrameVector::append(const DataFrameVector& tables) {
-    const std::size_t count = tables.size();
-    tables_.reserve(size() + count);
-    for (std::size_t i = 0; i < count; ++i) tables_.push_back(tables.tables_[i]);
+    if (&tables == this) return append(DataFrameVector(tables));
+    tables_.insert(tables_.end(), tables.begin(), tables.end());
 }
 
 void DataFrameVector::remove(const WString& name) {

@@ -2,17 +2,27 @@
 
 namespace Tessel {
 
-std::int32_t Dictionary::find(WStringView text) const {
-    const auto& index = index_.get([this] {
+TextIndex& Dictionary::index() const {
+    return *index_.get([this] {
         auto made = std::make_shared<TextIndex>(levels_);
         made->reserve(levels_.size());
         for (std::int32_t code = 0; code < size(); ++code) made->insert(code);
         return made;
     });
-    return index->find(text);
+}
+
+std::int32_t Dictionary::find(WStringView text) const { return index().find(text); }
+
+std::int32_t Dictionary::add(const WString& text) {
+    TextIndex& known = index();
+    const std::int32_t code = size();
+    levels_.push_back(text);
+    known.insert(code);
+    return code;
 }
 
 TextEncoder::TextEncoder(const Dictionary& dictionary) : levels_(dictionary.levels()), index_(levels_) {
+    index_.reserve(levels_.size());
     for (std::int32_t code = 0; code < dictionary.size(); ++code) index_.insert(code);
 }
 

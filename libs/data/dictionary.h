@@ -53,6 +53,7 @@ class TextIndex {
 
 /// The distinct non-empty texts of a column, in order of first appearance. Immutable, shared by all
 /// columns cut from one; so it may hold texts that a column of selected rows no longer has.
+/// Only the column that made a dictionary for itself may add to it, while nobody else sees it.
 class Dictionary {
  public:
     Dictionary() = default;
@@ -66,8 +67,12 @@ class Dictionary {
     const std::vector<WString>& levels() const { return levels_; }
     /// The code of a text, `kMissingCode` when it is no level. The index is built at the first call.
     std::int32_t find(WStringView text) const;
+    /// Adds a level and returns its code. @pre the text is not empty and no level; no other thread reads
+    std::int32_t add(const WString& text);
 
  private:
+    TextIndex& index() const;
+
     std::vector<WString> levels_;
     Lazy<std::shared_ptr<TextIndex>> index_;
 };

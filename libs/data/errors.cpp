@@ -1,14 +1,19 @@
-#include <cstdio>
+#include <tessel/data/errors.h>
+
+#include <array>
+#include <charconv>
 
 #include <tessel/data/errors.h>
 
 namespace Tessel {
 namespace {
 
+/// The C format "%f", whatever the locale.
 std::string fixed(double value) {
-    char text[400];  // the longest double in "%f" form has 317 characters
-    const int length = std::snprintf(text, sizeof text, "%f", value);
-    return std::string(text, static_cast<std::size_t>(length));
+    std::array<char, 320> text;  // the longest double in this form has 317 characters
+    const auto end =
+        std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed, 6);
+    return std::string(text.data(), end.ptr);
 }
 
 std::string range(const std::string& lower, const std::string& upper) {

@@ -2,6 +2,8 @@
 
 #include <tessel/data/convert.h>
 
+#include <atomic>
+
 namespace Tessel {
 namespace {
 
@@ -14,7 +16,7 @@ WString defaultName(int row) { return kDefaultPrefix + std::to_wstring(static_ca
 
 RowNames::Pointer RowNames::of(std::vector<WString> names) {
     auto made = std::make_shared<RowNames>();
-    made->texts_ = std::make_shared<const std::vector<WString>>(std::move(names));
+    made->texts_ = std::make_shared<std::vector<WString>>(std::move(names));
     return made;
 }
 
@@ -52,6 +54,17 @@ RowNames::Pointer RowNames::concatenate(const Pointer& first, int numFirst, cons
     return select(nullptr, std::make_shared<const RowIndexes>(std::move(rows)));
 }
 
+void RowNames::assign(Pointer& names, int numRows, int row, const WString& name) {
+    const bool isUnshared =
+        names && names.use_count() == 1 && !names->rows_ && names->texts_.use_count() == 1;
+    if (!isUnshared) names = of(all(names, numRows).elements());
+    // Pairs with the release of the last other owner, so that its reads are over.
+    std::atomic_thread_fence(std::memory_order_acquire);
+    const auto own = std::const_pointer_cast<RowNames>(names);
+    (*own->texts_)[static_cast<std::size_t>(row)] = name;
+    own->index_.reset();
+}
+
 WString RowNames::at(const Pointer& names, int row) {
     if (!names) return defaultName(row);
     const int source = names->rows_ ? (*names->rows_)[static_cast<std::size_t>(row)] : row;
@@ -70,7 +83,8 @@ int RowNames::find(const Pointer& names, int numRows, const WString& name) {
         const std::size_t prefix = std::char_traits<wchar_t>::length(kDefaultPrefix);
         if (name.compare(0, prefix, kDefaultPrefix) != 0) return -1;
         try {
-            const int row = Convert::toInt(name.substr(prefix)) - 1;
+            const int number = Convert::toInt(name.substr(prefix));
+            const int row = number > 0 ? number - 1 : -1;
             return row >= 0 && row < numRows && defaultName(row) == name ? row : -1;
         } catch (const ConversionFailure&) {
             return -1;

@@ -25,6 +25,8 @@ class RowNames {
 
     /// The names of one table's rows and then those of another's.
     static Pointer concatenate(const Pointer& first, int numFirst, const Pointer& second, int numSecond);
+    /// Renames one row; names that others share are first replaced by a copy. @pre the row exists
+    static void assign(Pointer& names, int numRows, int row, const WString& name);
 
     static WString at(const Pointer& names, int row);
     static StringVector all(const Pointer& names, int numRows);
@@ -34,8 +36,8 @@ class RowNames {
  private:
     using RowOfName = std::unordered_map<WString, int>;
 
-    std::shared_ptr<const std::vector<WString>> texts_;  // null: default names
-    std::shared_ptr<const RowIndexes> rows_;             // null: all rows in order
+    std::shared_ptr<std::vector<WString>> texts_;  // null: default names
+    std::shared_ptr<const RowIndexes> rows_;       // null: all rows in order
     Lazy<RowOfName> index_;
 };
 

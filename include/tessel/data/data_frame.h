@@ -61,6 +61,10 @@ class TESSEL_API DataFrameElement {
     DataFrameElement& operator=(double value);
     /// Stores a text. @throws ConversionFailure in a numeric column when the text is not a number.
     DataFrameElement& operator=(const WString& text);
+    /// Stores the value of another cell, as a number or as a text like that cell's column.
+    DataFrameElement& operator=(const DataFrameElement& cell);
+    /// A copy points to the same cell.
+    DataFrameElement(const DataFrameElement&) = default;
 
  private:
     friend class DataFrame;
@@ -228,12 +232,16 @@ class TESSEL_API DataFrame : public JSON::StringExportable, public JSON::StringI
 
     /// All columns as one matrix, column-major. @throws NonNumericData
     Matrix toMatrix() const;
-    /// The table with aligned columns for people; rows beyond `maxRows` are counted, not shown.
+    /// The table with aligned columns for people: its name, the column names, and in each row its name and
+    /// cells, numbers with at most 6 significant digits. Rows beyond `maxRows` are counted, not shown.
+    /// @throws ValueOutOfRange when `maxRows` is negative.
     WString toString(int maxRows = 60) const;
-    /// An object with the members "name", "rowNames" (absent for default names), "indexColumns" and
-    /// "columns", each column an object of "name", "type" and "values".
+    /// An object with the members "name", "rowNames" (absent for default names), "indexColumns"
+    /// (their positions) and "columns", each column an object of "name", "type" (see `getTypeName`) and
+    /// "values": numbers as `Vector::toJson` writes them, or strings with null for missing cells.
     WString toJson() const override;
-    /// Reads what `toJson` writes. @throws MalformedJSON; the table is then unchanged.
+    /// Reads what `toJson` writes; other members are ignored. @throws MalformedJSON; the table is then
+    /// unchanged.
     void fromJsonString(const WString& json) override;
 
  private:

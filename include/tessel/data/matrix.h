@@ -49,9 +49,10 @@ class TESSEL_API Matrix {
     double* data() { return values_.data(); }
     const double* data() const { return values_.data(); }
 
-    /// Rows as lines of texts for people.
+    /// The rows as aligned lines for people, under the name when there is one; see `DataFrame::toString`.
     WString toString() const;
     /// A JSON array of rows, each an array of numbers (see `Vector::toJson` for NaN and infinities).
+    /// A matrix without rows is written as [], so it comes back without columns too.
     WString toJson() const;
     /// Replaces shape and cells; the memory order and the name stay.
     /// @throws MalformedJSON when the text is not an array of equally long arrays of numbers.

@@ -45,9 +45,8 @@ class NamedSequence {
     void push_back(T value) { elements_.push_back(std::move(value)); }
     /// Adds the elements of `other`, which may be this sequence itself, behind the last one.
     void append(const NamedSequence& other) {
-        const std::size_t count = other.size();
-        elements_.reserve(size() + count);
-        for (std::size_t i = 0; i < count; ++i) elements_.push_back(other.elements_[i]);
+        if (&other == this) return append(NamedSequence(*this));
+        elements_.insert(elements_.end(), other.begin(), other.end());
     }
 
     /// Unchecked access; `at` checks.

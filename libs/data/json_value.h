@@ -3,6 +3,10 @@
 #include <tessel/data/types.h>
 #include <tessel/data/vectors.h>
 
+// Else cpprestsdk defines a macro U, which breaks the templates of others.
+#ifndef _TURN_OFF_PLATFORM_STRING
+#define _TURN_OFF_PLATFORM_STRING
+#endif
 #include <cpprest/json.h>
 
 // Trees of JSON values by cpprestsdk, whose heavy header this is the only one to include: for reading texts
@@ -19,8 +23,7 @@ namespace Tessel::JSON {
 utility::string_t toNative(WStringView text);
 WString fromNative(const utility::string_t& text);
 
-/// @throws MalformedJSON with the place of the fault, also for texts that are no Unicode and for duplicate
-/// members of an object that `Members` reads.
+/// @throws MalformedJSON with the place of the fault, also for texts that are no Unicode.
 web::json::value parse(WStringView text);
 /// The text of a tree, without blanks; numbers and strings as in "data/json_text.h".
 WString serialize(const web::json::value& value);

@@ -42,6 +42,8 @@ Matrix::Matrix(const DataFrame& table)
     }
 }
 
+Matrix DataFrame::toMatrix() const { return Matrix(*this); }
+
 Vector Matrix::getRow(int row) const {
     if (row < 0 || row >= numRows_) throw IndexOutOfRange(row, numRows_);
     Vector values(static_cast<std::size_t>(numCols_));

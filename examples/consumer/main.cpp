@@ -1,6 +1,6 @@
-#include <tessel/tessel.h>
-
 #include <iostream>
+
+#include <tessel/tessel.h>
 
 // Builds a small table, takes rows and columns out of it, and shows that a copy is independent.
 int main() {

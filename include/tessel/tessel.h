@@ -10,4 +10,16 @@
 #include <tessel/data/interfaces.h>
 #include <tessel/data/matrix.h>
 #include <tessel/data/types.h>
+#include <tessel/data/util.h>
 #include <tessel/data/vectors.h>
+#include <tessel/evaluator/evaluator.h>
+#include <tessel/evaluator/metrics.h>
+#include <tessel/framework/capabilities.h>
+#include <tessel/framework/classifier.h>
+#include <tessel/framework/errors.h>
+#include <tessel/framework/estimator.h>
+#include <tessel/framework/fitable.h>
+#include <tessel/framework/ladon.h>
+#include <tessel/framework/supervised.h>
+#include <tessel/framework/supervised_model.h>
+#include <tessel/naive_bayes.h>

@@ -1,7 +1,3 @@
-#include "data/column_access.h"
-#include "data/number_text.h"
-#include <tessel/data/convert.h>
-
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -11,6 +7,7 @@
 #include <tessel/data/convert.h>
 
 #include "data/column_access.h"
+#include "data/number_text.h"
 
 namespace Tessel::Convert {
 namespace {

@@ -1,12 +1,13 @@
+#include <algorithm>
+#include <limits>
+
+#include <tessel/data/convert.h>
+#include <tessel/data/data_frame.h>
+
 #include "data/column_access.h"
 #include "data/json_text.h"
 #include "data/json_value.h"
 #include "data/text_table.h"
-#include <tessel/data/convert.h>
-#include <tessel/data/data_frame.h>
-
-#include <algorithm>
-#include <limits>
 
 // Tables as text for people and as JSON.
 

@@ -1,5 +1,3 @@
-#include <tessel/data/errors.h>
-
 #include <array>
 #include <charconv>
 

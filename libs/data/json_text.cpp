@@ -1,9 +1,10 @@
 #include "data/json_text.h"
 
-#include "data/number_text.h"
+#include <cmath>
+
 #include <tessel/data/convert.h>
 
-#include <cmath>
+#include "data/number_text.h"
 
 namespace Tessel::JSON {
 namespace {

@@ -1,15 +1,16 @@
 #include "data/json_value.h"
 
-#include "data/json_text.h"
-#include <tessel/data/convert.h>
-#include <tessel/data/errors.h>
-
 #include <algorithm>
 #include <cmath>
 #include <limits>
 #include <stdexcept>
 #include <string_view>
 #include <type_traits>
+
+#include <tessel/data/convert.h>
+#include <tessel/data/errors.h>
+
+#include "data/json_text.h"
 
 namespace Tessel::JSON {
 namespace {

@@ -1,8 +1,9 @@
+#include <tessel/data/data_frame.h>
+#include <tessel/data/matrix.h>
+
 #include "data/json_text.h"
 #include "data/json_value.h"
 #include "data/text_table.h"
-#include <tessel/data/data_frame.h>
-#include <tessel/data/matrix.h>
 
 namespace Tessel {
 namespace {

@@ -1,8 +1,8 @@
 #include "data/row_names.h"
 
-#include <tessel/data/convert.h>
-
 #include <atomic>
+
+#include <tessel/data/convert.h>
 
 namespace Tessel {
 namespace {

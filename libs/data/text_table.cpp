@@ -1,11 +1,12 @@
 #include "data/text_table.h"
 
-#include "data/number_text.h"
-#include <tessel/data/convert.h>
-
 #include <algorithm>
 #include <cmath>
 #include <utility>
+
+#include <tessel/data/convert.h>
+
+#include "data/number_text.h"
 
 namespace Tessel {
 namespace {

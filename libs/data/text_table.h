@@ -1,9 +1,9 @@
 #pragma once
 
-#include <tessel/data/types.h>
-
 #include <cstddef>
 #include <vector>
+
+#include <tessel/data/types.h>
 
 namespace Tessel {
 

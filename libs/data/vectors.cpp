@@ -1,9 +1,10 @@
-#include "data/json_text.h"
-#include "data/json_value.h"
+#include <algorithm>
+
 #include <tessel/data/convert.h>
 #include <tessel/data/vectors.h>
 
-#include <algorithm>
+#include "data/json_text.h"
+#include "data/json_value.h"
 
 namespace Tessel {
 namespace {

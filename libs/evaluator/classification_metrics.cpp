@@ -1,12 +1,13 @@
-#include "data/column_access.h"
-#include "evaluator/label_pairs.h"
-#include "evaluator/score_groups.h"
-#include <tessel/data/convert.h>
-#include <tessel/evaluator/metrics.h>
-
 #include <algorithm>
 #include <cmath>
 #include <limits>
+
+#include <tessel/data/convert.h>
+#include <tessel/evaluator/metrics.h>
+
+#include "data/column_access.h"
+#include "evaluator/label_pairs.h"
+#include "evaluator/score_groups.h"
 
 namespace Tessel::Metrics {
 namespace {

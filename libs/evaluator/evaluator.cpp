@@ -1,10 +1,11 @@
 // Confusion, summaries and residuals; the tables that rank rows by score are in rank_tables.cpp.
 
-#include "evaluator/label_pairs.h"
-#include "evaluator/table_builder.h"
+#include <cmath>
+
 #include <tessel/evaluator/evaluator.h>
 
-#include <cmath>
+#include "evaluator/label_pairs.h"
+#include "evaluator/table_builder.h"
 
 namespace Tessel::Evaluator {
 namespace {

@@ -1,7 +1,5 @@
 #include "evaluator/label_pairs.h"
 
-#include <tessel/data/convert.h>
-
 #include <algorithm>
 #include <bit>
 #include <cmath>
@@ -9,6 +7,8 @@
 #include <numeric>
 #include <string>
 #include <unordered_map>
+
+#include <tessel/data/convert.h>
 
 namespace Tessel {
 namespace {

@@ -1,13 +1,14 @@
 #pragma once
 
-#include "data/column_access.h"
-#include "evaluator/row_weights.h"
-#include <tessel/evaluator/metrics.h>
-
 #include <cstdint>
 #include <memory>
 #include <span>
 #include <vector>
+
+#include <tessel/evaluator/metrics.h>
+
+#include "data/column_access.h"
+#include "evaluator/row_weights.h"
 
 namespace Tessel {
 

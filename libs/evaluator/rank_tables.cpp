@@ -1,13 +1,14 @@
 // Tables over rows ranked by score: ROC by threshold, gains and lift by decile.
 
-#include "evaluator/label_pairs.h"
-#include "evaluator/score_groups.h"
-#include "evaluator/table_builder.h"
+#include <array>
+#include <limits>
+
 #include <tessel/data/convert.h>
 #include <tessel/evaluator/evaluator.h>
 
-#include <array>
-#include <limits>
+#include "evaluator/label_pairs.h"
+#include "evaluator/score_groups.h"
+#include "evaluator/table_builder.h"
 
 namespace Tessel::Evaluator {
 namespace {

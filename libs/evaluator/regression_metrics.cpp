@@ -1,7 +1,8 @@
-#include "evaluator/row_weights.h"
+#include <cmath>
+
 #include <tessel/evaluator/metrics.h>
 
-#include <cmath>
+#include "evaluator/row_weights.h"
 
 namespace Tessel::Metrics {
 namespace {

@@ -1,11 +1,12 @@
 #pragma once
 
-#include "evaluator/sums.h"
-#include <tessel/data/vectors.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <vector>
+
+#include <tessel/data/vectors.h>
+
+#include "evaluator/sums.h"
 
 namespace Tessel {
 

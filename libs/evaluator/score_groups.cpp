@@ -1,13 +1,13 @@
 #include "evaluator/score_groups.h"
 
-#include "evaluator/label_pairs.h"
-
 #include <array>
 #include <bit>
 #include <cmath>
 #include <cstdint>
 #include <limits>
 #include <utility>
+
+#include "evaluator/label_pairs.h"
 
 namespace Tessel {
 namespace {

@@ -1,10 +1,11 @@
 #pragma once
 
-#include "evaluator/row_weights.h"
-#include <tessel/evaluator/metrics.h>
-
 #include <span>
 #include <vector>
+
+#include <tessel/evaluator/metrics.h>
+
+#include "evaluator/row_weights.h"
 
 namespace Tessel {
 

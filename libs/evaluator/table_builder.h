@@ -1,10 +1,10 @@
 #pragma once
 
-#include <tessel/data/data_frame.h>
-
 #include <initializer_list>
 #include <utility>
 #include <vector>
+
+#include <tessel/data/data_frame.h>
 
 namespace Tessel {
 

@@ -6,7 +6,6 @@
 
 #include <tessel/framework/errors.h>
 
-
 namespace Tessel {
 
 WString getPriorProbMethodTypeName(PriorProbMethodType method) {

@@ -61,10 +61,14 @@ void ClassifierModel::assignSuccessClass(const WString& label) { as<IModelable>(
 double ClassifierModel::getSuccessProbability() const {
     return as<IModelable>().classSchema.successProbability;
 }
-void ClassifierModel::assignSuccessProbability(double cutOff) { as<IModelable>().setSuccessProbability(cutOff); }
+void ClassifierModel::assignSuccessProbability(double cutOff) {
+    as<IModelable>().setSuccessProbability(cutOff);
+}
 void ClassifierModel::validate() const { as<IModelable>().validate(); }
 
-DataFrame ClassifierModel::predict(const DataFrame& features) const { return as<IModelable>().predict(features); }
+DataFrame ClassifierModel::predict(const DataFrame& features) const {
+    return as<IModelable>().predict(features);
+}
 DataFrame ClassifierModel::posteriorProbability(const DataFrame& features) const {
     return as<IModelable>().posteriorProbability(features);
 }

@@ -3,7 +3,6 @@
 #include <tessel/framework/errors.h>
 #include <tessel/framework/ladon.h>
 
-
 namespace Tessel {
 namespace {
 

@@ -9,7 +9,6 @@
 
 #include <boost/variant.hpp>
 
-
 #include <tessel/data/data_frame.h>
 #include <tessel/data/errors.h>
 

@@ -72,9 +72,7 @@ std::optional<double> ParameterType<double>::fromJSON(const value& json) {
 }
 
 WString ParameterType<WString>::text(const WString& text) { return text; }
-value ParameterType<WString>::toJSON(const WString& text) {
-    return value::string(JSON::toNative(text));
-}
+value ParameterType<WString>::toJSON(const WString& text) { return value::string(JSON::toNative(text)); }
 std::optional<WString> ParameterType<WString>::fromJSON(const value& json) {
     if (!json.is_string()) return std::nullopt;
     return JSON::fromNative(json.as_string());

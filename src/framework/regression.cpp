@@ -24,8 +24,9 @@ TrainingSet IEstimator::checkedData(const DataFrame& features, const DataFrameCo
     TrainingSet data{checkedFeatures(features, target), target.values()};
     const auto isFinite = [](double value) { return std::isfinite(value); };
     if (!std::all_of(data.target.begin(), data.target.end(), isFinite))
-        throw ConstraintViolation(Convert::toUtf8Lossy(target.getColName()),
-                                  "The target has missing or infinite cells; remove these rows or fill the cells.");
+        throw ConstraintViolation(
+            Convert::toUtf8Lossy(target.getColName()),
+            "The target has missing or infinite cells; remove these rows or fill the cells.");
     return data;
 }
 

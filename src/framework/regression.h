@@ -9,8 +9,8 @@
 
 namespace Tessel::Regression {
 
-/// The implementation of a fitted regressor. A family derives its IModel, adds the fitted state of its engine,
-/// and says how it scores and what it reports.
+/// The implementation of a fitted regressor. A family derives its IModel, adds the fitted state of its
+/// engine, and says how it scores and what it reports.
 class IModelable : public Supervised::IModelable {
  public:
     using Supervised::IModelable::IModelable;
@@ -29,7 +29,8 @@ struct TrainingSet {
     std::span<const double> target;
 };
 
-/// The implementation of a regressor's estimator: the checks of the data in their order, and the frame of the fit.
+/// The implementation of a regressor's estimator: the checks of the data in their order, and the frame of the
+/// fit.
 class IEstimator : public Supervised::IEstimator {
  public:
     using Supervised::IEstimator::IEstimator;
@@ -43,8 +44,8 @@ class IEstimator : public Supervised::IEstimator {
     virtual std::shared_ptr<IModelable> fitEngine(const TrainingSet& data) const = 0;
 
  private:
-    /// @throws what `checkedFeatures` throws, NonNumericData for a text target, ConstraintViolation for missing
-    /// and infinite cells.
+    /// @throws what `checkedFeatures` throws, NonNumericData for a text target, ConstraintViolation for
+    /// missing and infinite cells.
     TrainingSet checkedData(const DataFrame& features, const DataFrameColumn& target) const;
 };
 

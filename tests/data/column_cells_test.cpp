@@ -1,12 +1,12 @@
 #include "data/column_cells.h"
 
-#include "data/column_access.h"
-
 #include <cmath>
 #include <limits>
 #include <thread>
 
 #include <gtest/gtest.h>
+
+#include "data/column_access.h"
 
 namespace Tessel {
 namespace {

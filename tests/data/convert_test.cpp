@@ -1,11 +1,11 @@
-#include <tessel/data/convert.h>
-
 #include <bit>
 #include <cmath>
 #include <limits>
 #include <random>
 
 #include <gtest/gtest.h>
+
+#include <tessel/data/convert.h>
 
 namespace Tessel {
 namespace {

@@ -1,12 +1,13 @@
-#include "data/column_access.h"
-#include <tessel/data/convert.h>
-#include <tessel/data/data_frame.h>
-#include <tessel/data/data_frame_vector.h>
-
 #include <cmath>
 #include <limits>
 
 #include <gtest/gtest.h>
+
+#include <tessel/data/convert.h>
+#include <tessel/data/data_frame.h>
+#include <tessel/data/data_frame_vector.h>
+
+#include "data/column_access.h"
 
 namespace Tessel {
 namespace {

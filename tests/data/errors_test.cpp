@@ -1,5 +1,3 @@
-#include <tessel/data/errors.h>
-
 #include <map>
 #include <memory>
 #include <set>
@@ -7,6 +5,8 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+
+#include <tessel/data/errors.h>
 
 namespace Tessel {
 namespace {

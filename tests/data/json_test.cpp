@@ -1,15 +1,16 @@
-#include "data/json_text.h"
-#include "data/json_value.h"
-#include <tessel/data/convert.h>
-#include <tessel/data/data_frame.h>
-#include <tessel/data/matrix.h>
-
 #include <bit>
 #include <cmath>
 #include <limits>
 #include <random>
 
 #include <gtest/gtest.h>
+
+#include <tessel/data/convert.h>
+#include <tessel/data/data_frame.h>
+#include <tessel/data/matrix.h>
+
+#include "data/json_text.h"
+#include "data/json_value.h"
 
 namespace Tessel {
 namespace {

@@ -1,9 +1,9 @@
-#include <tessel/data/data_frame.h>
-#include <tessel/data/matrix.h>
-
 #include <limits>
 
 #include <gtest/gtest.h>
+
+#include <tessel/data/data_frame.h>
+#include <tessel/data/matrix.h>
 
 namespace Tessel {
 namespace {

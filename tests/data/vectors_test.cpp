@@ -1,8 +1,8 @@
-#include <tessel/data/vectors.h>
-
 #include <limits>
 
 #include <gtest/gtest.h>
+
+#include <tessel/data/vectors.h>
 
 namespace Tessel {
 namespace {

@@ -1,12 +1,13 @@
-#include "evaluator/samples.h"
-#include <tessel/data/matrix.h>
-#include <tessel/evaluator/evaluator.h>
-
 #include <cmath>
 #include <limits>
 #include <vector>
 
 #include <gtest/gtest.h>
+
+#include <tessel/data/matrix.h>
+#include <tessel/evaluator/evaluator.h>
+
+#include "evaluator/samples.h"
 
 namespace Tessel {
 namespace {

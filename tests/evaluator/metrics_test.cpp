@@ -1,10 +1,10 @@
-#include "evaluator/samples.h"
-
 #include <cmath>
 #include <functional>
 #include <limits>
 
 #include <gtest/gtest.h>
+
+#include "evaluator/samples.h"
 
 namespace Tessel {
 namespace {

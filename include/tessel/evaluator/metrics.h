@@ -1,9 +1,9 @@
 #pragma once
 
+#include <span>
+
 #include <tessel/api.h>
 #include <tessel/data/data_frame.h>
-
-#include <span>
 
 /// Measures of how well predictions agree with what really happened.
 ///

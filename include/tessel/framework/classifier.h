@@ -59,8 +59,8 @@ class TESSEL_API ClassifierEstimator : public Supervised::Validatable,
     void assignPriorProb(const WString& classLabel, double probability) override;
 };
 
-/// What all fitted classifiers have in common. Copies share the fitted model: a success class or cut-off set on
-/// one holds for all of them.
+/// What all fitted classifiers have in common. Copies share the fitted model: a success class or cut-off set
+/// on one holds for all of them.
 class TESSEL_API ClassifierModel : public SupervisedModel<Supervised::Classification::Modelable> {
  public:
     explicit ClassifierModel(std::shared_ptr<Classification::IModelable> implementation);

@@ -90,5 +90,3 @@ BENCHMARK(fit)->Apply(arguments);
 BENCHMARK(posteriorProbability)->Apply(arguments);
 
 }  // namespace
-
-BENCHMARK_MAIN();

@@ -65,9 +65,12 @@ double sum(std::size_t count, Term term) {
     return ((lanes[0] + lanes[1]) + (lanes[2] + lanes[3])) + ((lanes[4] + lanes[5]) + (lanes[6] + lanes[7]));
 }
 
+/// The mean is kept as an exact value of the data and a small rest, so that merging loses no digits where
+/// all values are far from 0.
 struct Moments {
     double count = 0.0;
-    double mean = 0.0;
+    double shift = 0.0;
+    double center = 0.0;   ///< Mean - shift.
     double squares = 0.0;  ///< Sum of squared deviations from the mean.
 
     void merge(const Moments& other) {
@@ -76,11 +79,12 @@ struct Moments {
             *this = other;
             return;
         }
-        const double total = count + other.count, delta = other.mean - mean;
+        const double total = count + other.count, delta = (other.shift - shift) + (other.center - center);
         squares += other.squares + delta * delta * (count * other.count / total);
-        mean += delta * (other.count / total);
+        center += delta * (other.count / total);
         count = total;
     }
+    double mean() const { return shift + center; }
     double variance() const { return squares / (count - 1.0); }
 };
 
@@ -105,7 +109,7 @@ Moments momentsOf(const double* block, std::span<const std::uint16_t> offsets) {
         const double deviation = deviations[i] - center;
         return deviation * deviation;
     });
-    return {static_cast<double>(count), shift + center, squares};
+    return {static_cast<double>(count), shift, center, squares};
 }
 
 /// Fills the densities from the moments of the classes, by the rules told at GaussianInput.
@@ -127,7 +131,7 @@ void settle(const std::vector<Moments>& classes, GaussianInput& fitted) {
     for (std::size_t code = 0; code < classes.size(); ++code) {
         const Moments& own = classes[code];
         fitted.count[code] = own.count;
-        fitted.mean[code] = own.count > 0.0 ? own.mean : column.mean;
+        fitted.mean[code] = own.count > 0.0 ? own.mean() : column.mean();
         if (!isInformative) continue;
         const double variance = own.count > 1.0   ? own.variance()
                                 : own.count > 0.0 ? pooled

@@ -126,7 +126,7 @@ TEST(RegressionMetrics, AgreeWithScikitLearn) {
         expectClose(RMSE(a, p, c.weights), c.RMSE, "RMSE");
         expectClose(MAD(a, p, c.weights), c.MAD, "MAD");
         expectClose(R2(a, p, c.weights), c.R2, "R2");
-        expectClose(MAPE(a, p, c.weights), c.MAPE, "MAPE");
+        expectClose(MAPE(a, p, c.weights), 100.0 * c.MAPE, "MAPE");
     }
 }
 
@@ -134,7 +134,7 @@ TEST(RegressionMetrics, EdgesAreDefined) {
     // The sum of 1003 times 0.1 is not 1003 times 0.1 in doubles.
     EXPECT_TRUE(std::isnan(R2(Vector(1003, 0.1), Vector(1003, 0.2))));
     EXPECT_EQ(R2(Vector{1, 2, 3}, Vector{1, 2, 3}), 1.0);
-    EXPECT_EQ(MAPE(Vector{0, 2, 4}, Vector{1, 3, 5}), 0.375);
+    EXPECT_EQ(MAPE(Vector{0, 2, 4}, Vector{1, 3, 5}), 37.5);
     EXPECT_TRUE(std::isnan(MAPE(Vector{0, 0}, Vector{1, 3})));
     EXPECT_EQ(MSE(Vector{1, kNaN, 5}, Vector{2, 3, kNaN}), 1.0);
     EXPECT_EQ(SSE(Vector{1, kInfinity}, Vector{2, 0}), kInfinity);

@@ -111,8 +111,8 @@ TESSEL_API double MAD(const Numbers& actual, const Numbers& predicted, const Vec
 /// 1 - SSE / sum w (a - mean)^2 with the weighted mean of the actual values; negative when the predictions
 /// are worse than that mean. NaN when the actual values are constant.
 TESSEL_API double R2(const Numbers& actual, const Numbers& predicted, const Vector& weights = {});
-/// The mean absolute percentage error as a fraction (0.1 is 10 %): sum w |a - p| / |a|, divided by sum w,
-/// over the rows with a != 0; NaN when there is no such row.
+/// The mean absolute percentage error in percent: 100 sum w |a - p| / |a|, divided by sum w, over the rows
+/// with a != 0; NaN when there is no such row.
 TESSEL_API double MAPE(const Numbers& actual, const Numbers& predicted, const Vector& weights = {});
 
 }  // namespace Tessel::Metrics

@@ -2,25 +2,24 @@
 
 #include <tessel/tessel.h>
 
-// Builds a small table, takes rows and columns out of it, and shows that a copy is independent.
+// A host: fits a classifier on a small table through the installed SDK and checks what it learned.
 int main() {
+    using namespace Tessel;
     try {
-        Tessel::DataFrame flowers(L"flowers");
-        flowers.append(Tessel::DataFrameColumn(L"length", Tessel::Vector{5.1, 4.9, 6.3}));
-        flowers.append(
-            Tessel::DataFrameColumn(L"species", Tessel::StringVector{L"setosa", L"setosa", L"virginica"}));
+        DataFrame features(L"weather");
+        features.append(DataFrameColumn(L"temperature", Vector{29, 27, 28, 21, 20, 18, 22, 24}));
+        features.append(DataFrameColumn(L"outlook", StringVector{L"sunny", L"sunny", L"overcast", L"rainy",
+                                                                 L"rainy", L"overcast", L"sunny", L"rainy"}));
+        const DataFrameColumn played(
+            L"played", StringVector{L"no", L"no", L"yes", L"yes", L"yes", L"yes", L"no", L"yes"});
 
-        Tessel::DataFrame longest = flowers(Tessel::IntVector{2}, Tessel::Util::all);
-        longest(0, L"length") = 6.4;
-
-        for (int row = 0; row < flowers.getNumRows(); ++row) {
-            std::cout << Tessel::Convert::toUtf8(flowers.getRowName(row)) << ": "
-                      << flowers(row, L"length").toDouble() << ' '
-                      << Tessel::Convert::toUtf8(flowers(row, L"species").toString()) << '\n';
-        }
-        std::cout << "changed copy: " << longest(0, L"length").toDouble() << '\n';
-        return flowers(2, L"length").toDouble() == 6.3 ? 0 : 1;
-    } catch (const Tessel::Exception& error) {
+        const auto model = Classification::NaiveBayes::Estimator().setLaplaceSmoothing(1.0).fit(features, played);
+        const Supervised::Classification::Modelable& anyClassifier = model;
+        const DataFrameColumn predicted = anyClassifier.predict(features)(Util::all, 0);
+        const double accuracy = Metrics::accuracy(played, predicted);
+        std::cout << Convert::toUtf8(model.toString()) << "accuracy " << accuracy << '\n';
+        return accuracy == 1.0 ? 0 : 1;
+    } catch (const Exception& error) {
         std::cerr << "error " << error.code() << ": " << error.what() << '\n';
         return 1;
     }

@@ -9,6 +9,7 @@
 #include <tessel/data/errors.h>
 #include <tessel/data/interfaces.h>
 #include <tessel/data/matrix.h>
+#include <tessel/data/reader.h>
 #include <tessel/data/types.h>
 #include <tessel/data/util.h>
 #include <tessel/data/vectors.h>

@@ -143,7 +143,8 @@ TEST(RegressionTables, ShowMetricsAndResiduals) {
     a.setRowNames({L"p", L"q", L"r", L"s"});
     const DataFrameColumn p(L"forecast", Vector{2, 3, 4, 4});
     const DataFrame metrics = Evaluator::regressionMetrics(a, p);  // errors -1, 2, -2
-    expectNear(Matrix(metrics).getRow(0), {9, 3, std::sqrt(3.), 5. / 3, 1 - 9 / (26. / 3), (1 + .4 + 1) / 3},
+    expectNear(Matrix(metrics).getRow(0),
+               {9, 3, std::sqrt(3.), 5. / 3, 1 - 9 / (26. / 3), 100 * (1 + .4 + 1) / 3},
                "SSE, MSE, RMSE, MAD, R2, MAPE");
 
     const DataFrame table = Evaluator::regressionResiduals(a, p, true);

@@ -14,8 +14,8 @@ void print(const WString& text) { std::cout << Convert::toUtf8(text) << '\n'; }
 
 void run(const WString& path, const WString& target) {
     const DataFrame table = Reader::readText(path);
-    const IntVector trainingRows =
-        Util::sample(table.getNumRows(), table.getNumRows() * 7 / 10, 12345, Sampling::ReplaceType::WITHOUT_REPLACEMENT);
+    const IntVector trainingRows = Util::sample(table.getNumRows(), table.getNumRows() * 7 / 10, 12345,
+                                                Sampling::ReplaceType::WITHOUT_REPLACEMENT);
     const DataFrame training = table(trainingRows, Util::all);
     const DataFrame heldOut = table(Util::except(trainingRows), Util::all);
     const Except features = Util::except(StringVector{target});
@@ -32,7 +32,8 @@ void run(const WString& path, const WString& target) {
     const DataFrame scored = model.predictWithPosterior(heldOut);
     print(scored.toString(10));
     print(Evaluator::confusion(actual, scored(Util::all, 0)).toString());
-    print(L"Accuracy on held-out rows: " + Convert::toString(Metrics::accuracy(actual, scored(Util::all, 0)), 4));
+    print(L"Accuracy on held-out rows: " +
+          Convert::toString(Metrics::accuracy(actual, scored(Util::all, 0)), 4));
 }
 
 }  // namespace

@@ -13,7 +13,8 @@ int main() {
         const DataFrameColumn played(
             L"played", StringVector{L"no", L"no", L"yes", L"yes", L"yes", L"yes", L"no", L"yes"});
 
-        const auto model = Classification::NaiveBayes::Estimator().setLaplaceSmoothing(1.0).fit(features, played);
+        const auto model =
+            Classification::NaiveBayes::Estimator().setLaplaceSmoothing(1.0).fit(features, played);
         const Supervised::Classification::Modelable& anyClassifier = model;
         const DataFrameColumn predicted = anyClassifier.predict(features)(Util::all, 0);
         const double accuracy = Metrics::accuracy(played, predicted);

@@ -82,7 +82,8 @@ double R2(const Numbers& actual, const Numbers& predicted, const Vector& weights
 double MAPE(const Numbers& actual, const Numbers& predicted, const Vector& weights) {
     const Pairs pairs(actual, predicted, weights);
     const double total = pairs.sum([](double a, double) { return a == 0.0 ? 0.0 : 1.0; });
-    const double errors = pairs.sum([](double a, double p) { return a == 0.0 ? 0.0 : std::abs((a - p) / a); });
+    const double errors =
+        pairs.sum([](double a, double p) { return a == 0.0 ? 0.0 : std::abs((a - p) / a); });
     return 100.0 * ratio(errors, total);
 }
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <tessel/data/data_frame.h>
-
 #include <map>
 #include <string_view>
+
+#include <tessel/data/data_frame.h>
 
 namespace Tessel {
 

@@ -1,13 +1,13 @@
 #include "data/io/file_view.h"
 
-#include "data/files.h"
-
 #include <exception>
 #include <filesystem>
 #include <system_error>
 
 #include <boost/interprocess/file_mapping.hpp>
 #include <boost/interprocess/mapped_region.hpp>
+
+#include "data/files.h"
 
 namespace Tessel::IO {
 namespace {

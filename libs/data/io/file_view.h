@@ -1,10 +1,10 @@
 #pragma once
 
-#include <tessel/data/types.h>
-
 #include <memory>
 #include <string>
 #include <string_view>
+
+#include <tessel/data/types.h>
 
 namespace Tessel::IO {
 

@@ -1,14 +1,15 @@
-#include "data/files.h"
-#include "data/io/file_view.h"
-#include "data/io/text_parser.h"
-#include <tessel/data/convert.h>
-#include <tessel/data/errors.h>
-#include <tessel/data/reader.h>
-
 #include <algorithm>
 #include <filesystem>
 #include <string>
 #include <system_error>
+
+#include <tessel/data/convert.h>
+#include <tessel/data/errors.h>
+#include <tessel/data/reader.h>
+
+#include "data/files.h"
+#include "data/io/file_view.h"
+#include "data/io/text_parser.h"
 
 namespace Tessel {
 namespace {

@@ -1,10 +1,10 @@
 #include "data/io/text_chunks.h"
 
-#include "data/io/parallel.h"
-
 #include <algorithm>
 #include <array>
 #include <cstring>
+
+#include "data/io/parallel.h"
 
 namespace Tessel::IO {
 namespace {

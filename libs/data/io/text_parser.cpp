@@ -1,14 +1,15 @@
 #include "data/io/text_parser.h"
 
-#include "data/column_access.h"
-#include "data/io/number_reader.h"
-#include "data/io/parallel.h"
-#include <tessel/data/convert.h>
-#include <tessel/data/errors.h>
-
 #include <algorithm>
 #include <limits>
 #include <optional>
+
+#include <tessel/data/convert.h>
+#include <tessel/data/errors.h>
+
+#include "data/column_access.h"
+#include "data/io/number_reader.h"
+#include "data/io/parallel.h"
 
 namespace Tessel::IO {
 namespace {

@@ -1,17 +1,18 @@
 #pragma once
 
-#include "data/io/cell_levels.h"
-#include "data/io/text_cells.h"
-#include "data/io/text_chunks.h"
-#include <tessel/data/data_frame.h>
-#include <tessel/data/reader.h>
-
 #include <array>
 #include <atomic>
 #include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include <tessel/data/data_frame.h>
+#include <tessel/data/reader.h>
+
+#include "data/io/cell_levels.h"
+#include "data/io/text_cells.h"
+#include "data/io/text_chunks.h"
 
 namespace Tessel::IO {
 

@@ -41,7 +41,8 @@ DataFrame& DataFrame::operator=(DataFrame&&) noexcept = default;
 DataFrame::~DataFrame() = default;
 
 DataFrame::DataFrame(const Matrix& matrix) : name_(matrix.getName()) {
-    for (int column = 0; column < matrix.getNumCols(); ++column) append(matrix.getColumn(column));
+    for (int column = 0; column < matrix.getNumCols(); ++column)
+        append(DataFrameColumn(columnNameOf(WString(), column), matrix.getColumn(column)));
 }
 
 void DataFrame::clear() {

@@ -11,8 +11,9 @@ namespace Tessel {
 class NumberText {
  public:
     template <class... Format>
-    explicit NumberText(double value, Format... format)
-        : end_(std::to_chars(digits_.data(), digits_.data() + digits_.size(), value, format...).ptr) {}
+    explicit NumberText(double value, Format... format) {
+        end_ = std::to_chars(digits_.data(), digits_.data() + digits_.size(), value, format...).ptr;
+    }
     NumberText(const NumberText&) = delete;
     NumberText& operator=(const NumberText&) = delete;
 
@@ -22,7 +23,7 @@ class NumberText {
  private:
     /// Sign, 309 digits before the point, the point and up to 17 decimals.
     std::array<char, 344> digits_;
-    const char* end_;
+    char* end_;
 };
 
 }  // namespace Tessel

@@ -42,10 +42,8 @@ void DataFrameVector::remove(const WString& name) {
 bool DataFrameVector::exists(const WString& name) const { return findTable(tables_, name) != tables_.end(); }
 DataFrame& DataFrameVector::at(const WString& name) { return tableNamed(tables_, name); }
 const DataFrame& DataFrameVector::at(const WString& name) const { return tableNamed(tables_, name); }
-DataFrame& DataFrameVector::operator[](std::size_t position) { return tableAt(tables_, position); }
-const DataFrame& DataFrameVector::operator[](std::size_t position) const {
-    return tableAt(tables_, position);
-}
+DataFrame& DataFrameVector::at(std::size_t position) { return tableAt(tables_, position); }
+const DataFrame& DataFrameVector::at(std::size_t position) const { return tableAt(tables_, position); }
 
 WString DataFrameVector::toString() const {
     WString text;

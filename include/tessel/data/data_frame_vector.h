@@ -34,8 +34,10 @@ class TESSEL_API DataFrameVector {
     DataFrame& operator[](const WString& name) { return at(name); }
     const DataFrame& operator[](const WString& name) const { return at(name); }
     /// @throws IndexOutOfRange
-    DataFrame& operator[](std::size_t position);
-    const DataFrame& operator[](std::size_t position) const;
+    DataFrame& at(std::size_t position);
+    const DataFrame& at(std::size_t position) const;
+    DataFrame& operator[](std::size_t position) { return at(position); }
+    const DataFrame& operator[](std::size_t position) const { return at(position); }
 
     iterator begin() { return tables_.begin(); }
     iterator end() { return tables_.end(); }

@@ -91,6 +91,7 @@ void logPosterior(const Fitted& fitted, std::span<const double> logPriors, std::
                   std::span<const std::span<double>> result);
 
 /// P(class | row) into `result`, one span of n numbers per class; the classes of a row sum to 1.
+/// Probabilities below the smallest normal number, 2e-308, are 0.
 void posteriorProbability(const Fitted& fitted, std::span<const double> logPriors,
                           std::span<const Input> inputs, std::span<const std::span<double>> result);
 

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cassert>
 #include <cmath>
 #include <cstddef>
@@ -13,9 +14,9 @@ namespace Tessel::Engine::NB {
 namespace {
 
 /// Rows are scored in blocks whose scores of all classes stay in the cache while the inputs are added.
-constexpr std::size_t kMaxBlockRows = 512;
+constexpr std::size_t kMaxBlockRows = 2048;
 constexpr std::size_t kMinBlockRows = 64;
-constexpr std::size_t kBlockScores = 8192;
+constexpr std::size_t kBlockScores = 16384;
 /// Cells times classes below which starting threads costs more than it gains.
 constexpr std::size_t kParallelTerms = 100'000;
 /// Numbers farther away than this many deviations of the widest class are drawn in to that distance.
@@ -26,7 +27,7 @@ constexpr double kFarthestDeviations = 1e7;
 struct NumericTerm {
     std::span<const double> cells;
     std::vector<double> mean, halfPrecision, halfLogVariance;
-    double lowest, highest;
+    double center, reach;  ///< Numbers are drawn in to center - reach .. center + reach.
 };
 
 /// A categorical input made ready: logProbability[class * (numCategories + 1) + category + 1]; the first slot
@@ -58,9 +59,8 @@ NumericTerm prepare(const GaussianInput& input, std::span<const double> cells) {
     }
     const auto [least, greatest] = std::minmax_element(input.mean.begin(), input.mean.end());
     const double widest = *std::max_element(input.variance.begin(), input.variance.end());
-    const double reach = kFarthestDeviations * std::sqrt(widest);
-    term.lowest = *least - reach;
-    term.highest = *greatest + reach;
+    term.center = *least + (*greatest - *least) / 2;
+    term.reach = (*greatest - *least) / 2 + kFarthestDeviations * std::sqrt(widest);
     return term;
 }
 
@@ -96,12 +96,13 @@ Terms prepare(const Fitted& fitted, std::span<const double> logPriors, std::span
     return terms;
 }
 
-/// False when a number is missing or out of bounds.
-bool allWithin(const double* numbers, std::size_t count, double lowest, double highest) {
-    std::uint64_t within = 0;
-    for (std::size_t i = 0; i < count; ++i)
-        within += static_cast<std::uint64_t>((numbers[i] >= lowest) & (numbers[i] <= highest));
-    return within == count;
+/// False when a number is missing or out of reach. (Counting in doubles is what vectorises everywhere.)
+bool allWithinReach(const NumericTerm& term, const double* numbers, std::size_t count) {
+    const double center = term.center, reach = term.reach;
+    double numWithin = 0.0;
+#pragma omp simd reduction(+ : numWithin)
+    for (std::size_t i = 0; i < count; ++i) numWithin += std::fabs(numbers[i] - center) <= reach ? 1.0 : 0.0;
+    return numWithin == static_cast<double>(count);
 }
 
 /// Scores of a block of rows: one column of `stride` numbers per class, the first `count` of them in use.
@@ -116,11 +117,13 @@ struct Block {
 
 void add(const NumericTerm& term, std::size_t numClasses, const Block& block) {
     const double* numbers = term.cells.data() + block.firstRow;
-    const bool isOrdinary = allWithin(numbers, block.count, term.lowest, term.highest);
+    const bool isOrdinary = allWithinReach(term, numbers, block.count);
     std::array<double, kMaxBlockRows> drawnIn;
     if (!isOrdinary) {
         std::transform(numbers, numbers + block.count, drawnIn.begin(), [&](double number) {
-            return std::isnan(number) ? number : std::clamp(number, term.lowest, term.highest);
+            return std::isnan(number)
+                       ? number
+                       : std::clamp(number, term.center - term.reach, term.center + term.reach);
         });
         numbers = drawnIn.data();
     }
@@ -191,10 +194,42 @@ std::array<double, kMaxBlockRows> largestScores(std::size_t numClasses, const Bl
     std::copy_n(block.of(0), block.count, largest.begin());
     for (std::size_t code = 1; code < numClasses; ++code) {
         const double* scores = block.of(code);
+#pragma omp simd
         for (std::size_t row = 0; row < block.count; ++row)
-            largest[row] = std::max(largest[row], scores[row]);
+            largest[row] = largest[row] < scores[row] ? scores[row] : largest[row];
     }
     return largest;
+}
+
+/// exp of this and of anything less is taken as 0: normal numbers end at -708.4.
+constexpr double kLeastExponent = -709.0;
+
+/// exp(x) for kLeastExponent <= x <= 0 within 1 unit in the last place. Without branches and calls, so that
+/// compilers make it a vector operation, which the library's is not here; and the same on every platform.
+/// With x = n log 2 + r, |r| <= log(2) / 2, it is 2^n times the Taylor polynomial of r, whose first term left
+/// out is below 5e-18.
+inline double expOfNonPositive(double x) {
+    constexpr double kLog2High = 0x1.62e42fefa3800p-1, kLog2Low = 0x1.ef35793c76730p-45;  // n * high is exact
+    constexpr double kLog2OfE = 0x1.71547652b82fep+0;
+    // Adding 1.5 * 2^52 rounds to an integer and leaves it in the low bits.
+    constexpr double kRound = 0x1.8p52;
+    const double rounded = x * kLog2OfE + kRound, n = rounded - kRound;
+    const double r = (x - n * kLog2High) - n * kLog2Low;
+    double series = 1.0 / 6227020800;
+    series = series * r + 1.0 / 479001600;
+    series = series * r + 1.0 / 39916800;
+    series = series * r + 1.0 / 3628800;
+    series = series * r + 1.0 / 362880;
+    series = series * r + 1.0 / 40320;
+    series = series * r + 1.0 / 5040;
+    series = series * r + 1.0 / 720;
+    series = series * r + 1.0 / 120;
+    series = series * r + 1.0 / 24;
+    series = series * r + 1.0 / 6;
+    series = series * r + 0.5;
+    // This is 0 at n = -1023, the least.
+    const double powerOfTwo = std::bit_cast<double>((std::bit_cast<std::uint64_t>(rounded) + 1023) << 52);
+    return (1.0 + (r + r * r * series)) * powerOfTwo;
 }
 
 std::size_t numRowsOf(std::span<const std::span<double>> result) {
@@ -234,8 +269,15 @@ void posteriorProbability(const Fitted& fitted, std::span<const double> logPrior
         std::array<double, kMaxBlockRows> totals{};
         for (std::size_t code = 0; code < terms.numClasses; ++code) {
             double* scores = block.of(code);
+            // A loop of its own: together with exp, compilers make the bound a branch and do not vectorise.
+#pragma omp simd
             for (std::size_t row = 0; row < block.count; ++row) {
-                scores[row] = std::exp(scores[row] - largest[row]);
+                const double difference = scores[row] - largest[row];
+                scores[row] = difference < kLeastExponent ? kLeastExponent : difference;
+            }
+#pragma omp simd
+            for (std::size_t row = 0; row < block.count; ++row) {
+                scores[row] = expOfNonPositive(scores[row]);
                 totals[row] += scores[row];
             }
         }

@@ -194,6 +194,20 @@ TEST(NaiveBayes, KeepsItsDigitsFarFromZeroAndOverManyInputs) {
     EXPECT_NEAR(posterior[1][0], 1 / (1 + std::exp(-1.0)), 1e-7);  // eps * 1,000 inputs * score of 800,000
 }
 
+TEST(NaiveBayes, GivesPosteriorsOfAnySizeToTheLastDigits) {
+    // Without inputs the posteriors are 1 / (1 + exp(-x)) and exp(-x) / (1 + exp(-x)) for log priors 0 and
+    // -x.
+    for (double x = 0.0; x < 800.0; x += 0.0371) {
+        const auto posterior = scores(posteriorProbability, Fitted{{1, 1}, {}}, {0.0, -x}, {}, 1);
+        const auto logarithm = scores(logPosterior, Fitted{{1, 1}, {}}, {0.0, -x}, {}, 1);
+        const double expected = x < 708.3 ? std::exp(-x) / (1.0 + std::exp(-x)) : 0.0;
+        // Each exp is off by up to 1 unit in the last place, sum and quotient by half of one.
+        ASSERT_NEAR(posterior[1][0], expected, 4 * 0x1p-52 * expected + 1e-307) << x;
+        ASSERT_NEAR(posterior[0][0], 1.0 / (1.0 + std::exp(-x)), 3 * 0x1p-53) << x;
+        ASSERT_DOUBLE_EQ(logarithm[0][0], -std::log1p(std::exp(-x))) << x;
+    }
+}
+
 TEST(NaiveBayes, DrawsInExtremeNumbersAndBreaksTiesForTheFirstClass) {
     const Fitted fitted{{1, 1, 1}, {GaussianInput{{0, 0, 5}, {1, 4, 4}, {2, 2, 2}}}};
     const Numbers cells{kInfinity, -kInfinity, 1e300, kMissing};

@@ -157,7 +157,7 @@ TEST(NaiveBayes, ReplacesZeroFrequenciesAndIgnoresUnknownCells) {  // expected v
             categoryProbabilities(fitted, std::get<CategoricalInput>(fitted.inputs[0]));
         for (std::size_t i = 0; i < 9; ++i) EXPECT_DOUBLE_EQ(probabilities[i], test.probabilities[i]) << i;
 
-        const Codes scored{-1, 3, 1};
+        const Codes scored{-1, 4, 1};
         const Numbers logPriors{std::log(0.5), std::log(0.5), -kInfinity};
         const auto posterior = scores(posteriorProbability, fitted, logPriors, {categorical(scored, 3)}, 3);
         const double odds = test.probabilities[3] / test.probabilities[4];

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <atomic>
+#include <bit>
 #include <cmath>
 #include <limits>
+#include <numeric>
 
 #include <tessel/data/convert.h>
 #include <tessel/data/errors.h>
@@ -18,25 +20,70 @@ std::vector<T> gather(const std::vector<T>& source, const RowIndexes& rows) {
     return gathered;
 }
 
-RankCodes rank(std::span<const double> numbers) {
-    struct Cell {
-        double value;
-        std::uint32_t row;
+/// A number with its row. Keys compare as unsigned integers in the order of the numbers.
+struct RankedCell {
+    std::uint64_t key;
+    std::uint32_t row;
+};
+
+constexpr std::uint64_t kSignBit = std::uint64_t{1} << 63;
+
+/// Bits of a number so that they ascend with it: negative numbers are turned over, both zeros are one.
+std::uint64_t orderedBits(double number) {
+    const auto bits = std::bit_cast<std::uint64_t>(number == 0.0 ? 0.0 : number);
+    return (bits & kSignBit) != 0 ? ~bits : bits | kSignBit;
+}
+
+double fromOrderedBits(std::uint64_t key) {
+    return std::bit_cast<double>((key & kSignBit) != 0 ? key & ~kSignBit : ~key);
+}
+
+/// Sorts by key, equal keys by row. Long columns by digits of 11 bits, the lowest first (Knuth, The Art of
+/// Computer Programming 3, section 5.2.5); a digit that all keys share is passed over.
+void sortCells(std::vector<RankedCell>& cells) {
+    constexpr std::size_t kMinSizeForDigits = 512, kNumDigits = 6, kNumBuckets = 2048;
+    if (cells.size() < kMinSizeForDigits) {
+        std::sort(cells.begin(), cells.end(), [](const RankedCell& a, const RankedCell& b) {
+            return a.key != b.key ? a.key < b.key : a.row < b.row;
+        });
+        return;
+    }
+    const auto digit = [](std::uint64_t key, std::size_t place) {
+        return key >> (11 * place) & (kNumBuckets - 1);
     };
-    std::vector<Cell> cells;
+    std::vector<std::uint32_t> counts(kNumDigits * kNumBuckets, 0);
+    for (const RankedCell& cell : cells)
+        for (std::size_t place = 0; place < kNumDigits; ++place)
+            ++counts[place * kNumBuckets + digit(cell.key, place)];
+    std::vector<RankedCell> sorted(cells.size());
+    for (std::size_t place = 0; place < kNumDigits; ++place) {
+        std::uint32_t* const next = counts.data() + place * kNumBuckets;
+        if (next[digit(cells.front().key, place)] == cells.size()) continue;
+        std::exclusive_scan(next, next + kNumBuckets, next, std::uint32_t{0});
+        for (const RankedCell& cell : cells) sorted[next[digit(cell.key, place)]++] = cell;
+        cells.swap(sorted);
+    }
+}
+
+RankCodes rank(std::span<const double> numbers) {
+    std::vector<RankedCell> cells;
     cells.reserve(numbers.size());
-    // The added zero makes -0.0 the 0.0 that it ties with; else the sort would decide which of them stays.
     for (std::size_t row = 0; row < numbers.size(); ++row)
-        if (!std::isnan(numbers[row])) cells.push_back({numbers[row] + 0.0, static_cast<std::uint32_t>(row)});
-    std::sort(cells.begin(), cells.end(), [](const Cell& a, const Cell& b) { return a.value < b.value; });
+        if (!std::isnan(numbers[row]))
+            cells.push_back({orderedBits(numbers[row]), static_cast<std::uint32_t>(row)});
+    sortCells(cells);
 
     RankCodes ranks;
     ranks.codes.resize(numbers.size());
-    for (const Cell& cell : cells) {
-        if (ranks.distinct.empty() || ranks.distinct.back() < cell.value)
-            ranks.distinct.push_back(cell.value);
-        ranks.codes[cell.row] = static_cast<std::uint32_t>(ranks.distinct.size() - 1);
+    std::size_t numDistinct = 0;
+    for (std::size_t i = 0; i < cells.size(); ++i) {
+        if (i == 0 || cells[i - 1].key != cells[i].key) ++numDistinct;
+        ranks.codes[cells[i].row] = static_cast<std::uint32_t>(numDistinct - 1);
     }
+    ranks.distinct.reserve(numDistinct);
+    for (std::size_t i = 0; i < cells.size(); ++i)
+        if (i == 0 || cells[i - 1].key != cells[i].key)
+            ranks.distinct.push_back(fromOrderedBits(cells[i].key));
     if (cells.size() < numbers.size())
         for (std::size_t row = 0; row < numbers.size(); ++row)
             if (std::isnan(numbers[row]))

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "engine/dt/split_search.h"
+#include "engine/dt/training_data.h"
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace Tessel::Engine::DT {
+
+/// The cells of a feature by record, in the form that growth reads.
+struct FeatureLists {
+    enum class Form { SORTED, NUMBERS, CATEGORIES };
+
+    Form form = Form::SORTED;
+    std::vector<SortedRecord> sorted;  ///< SORTED: the records of each node are a range, sorted by rank
+    std::vector<std::uint32_t> codes;  ///< else by record, `numCodes` when missing
+    std::uint32_t numCodes = 0;
+    const RankCodes* ranks = nullptr;
+
+    BinnedFeature binned() const { return {codes, numCodes}; }
+};
+
+FeatureLists makeLists(const TrainingFeature& feature, std::span<const std::uint32_t> tableRows);
+
+/// Moves the entries of a range that go left before the others; both keep their order.
+/// @param keepLeft,keepRight  whether the entries of that side will be read again.
+void part(std::span<SortedRecord> range, std::size_t numLeft, const std::vector<std::uint8_t>& goesLeft,
+          bool keepLeft, bool keepRight, std::vector<SortedRecord>& scratch);
+
+}  // namespace Tessel::Engine::DT

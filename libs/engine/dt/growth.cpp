@@ -1,0 +1,370 @@
+#include "engine/dt/growth.h"
+
+#include "data/random.h"
+#include "engine/dt/feature_lists.h"
+#include "engine/dt/split_search.h"
+#include <tessel/data/errors.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cmath>
+#include <exception>
+#include <queue>
+
+#include <omp.h>
+
+namespace Tessel::Engine::DT {
+
+namespace {
+
+// Below this many cells a loop over features is not worth waking the threads.
+constexpr std::size_t kMinCellsInParallel = 20000;
+
+/// A node that may still be split. Its records are the range [begin, end) of every list.
+struct OpenNode {
+    std::int32_t node = 0;
+    std::uint32_t begin = 0, end = 0;
+    int level = 0;
+    std::uint64_t position = 0;  // names the way from the root; seeds the draw of features
+};
+
+/// The best split of a node, with its children measured and the node's records parted.
+struct Split {
+    Candidate candidate;
+    std::uint32_t middle = 0;
+    double gain = 0.0;
+    Node left, right;
+    std::vector<double> classWeights;  // of the left child, then of the right one
+
+    bool exists() const { return gain > 0.0; }
+};
+
+struct PendingSplit {
+    OpenNode open;
+    Split split;
+};
+
+/// The first among equals is the node made first.
+struct LesserGain {
+    bool operator()(const PendingSplit& a, const PendingSplit& b) const {
+        return a.split.gain != b.split.gain ? a.split.gain < b.split.gain : a.open.node > b.open.node;
+    }
+};
+
+std::uint64_t childPosition(std::uint64_t parent, bool isRight) {
+    return Random(parent, isRight ? 2 : 1).nextUInt64();
+}
+
+/// Keeps the first exception out of a parallel region for the thread that started it.
+class ExceptionCarrier {
+ public:
+    template <class Work>
+    void run(Work&& work) {
+        try {
+            work();
+        } catch (...) {
+            if (!isSet_.exchange(true)) exception_ = std::current_exception();
+        }
+    }
+    void rethrow() const {
+        if (exception_) std::rethrow_exception(exception_);
+    }
+
+ private:
+    std::atomic<bool> isSet_{false};
+    std::exception_ptr exception_;
+};
+
+class Grower {
+ public:
+    Grower(const TrainingData& data, const PreparedRecords& prepared, const Limits& limits);
+    Tree grow();
+
+ private:
+    void growBestFirst(Tree& tree, const OpenNode& root, std::int64_t maxNumSplits);
+    void growWhole(Tree& tree, const OpenNode& root);
+    void growDepthFirst(Tree& tree, OpenNode root, Scratch& scratch, std::size_t deferBelow,
+                        std::vector<OpenNode>* deferred);
+
+    bool isSplittable(const Node& node, int level) const;
+    std::vector<std::int32_t> drawFeatures(std::uint64_t position) const;
+    Split findSplit(const Tree& tree, const OpenNode& open, Scratch* own);
+    Candidate searchFeature(std::size_t feature, const OpenNode& open, const Totals& totals,
+                            Scratch& scratch) const;
+    std::uint32_t partRecords(const OpenNode& open, const Candidate& candidate);
+    double gainOf(const Node& node, const double* classWeights, const Split& split) const;
+    void applySplit(Tree& tree, const OpenNode& open, Split& split, Scratch* own, OpenNode children[2]);
+
+    /// Runs work(i, scratch) for i below n: by all threads when there is much to do and nobody gave memory of
+    /// their own (a thread that grows a subtree does so).
+    template <class Work>
+    void forEachFeature(std::size_t n, std::size_t numRecords, Scratch* own, Work&& work);
+
+    const Records& records_;
+    const Limits limits_;
+    const std::size_t numClasses_;
+    std::unique_ptr<SplitSearch> search_;
+    std::vector<FeatureLists> features_;
+    std::vector<std::uint32_t> members_;  // the records of each node are a range, ascending
+    std::vector<std::uint8_t> goesLeft_;  // by record, in the split found last for its node
+    std::vector<Scratch> scratches_;      // by thread
+};
+
+Grower::Grower(const TrainingData& data, const PreparedRecords& prepared, const Limits& limits)
+    : records_(prepared.records),
+      limits_(limits),
+      numClasses_(static_cast<std::size_t>(prepared.records.numClasses)),
+      search_(SplitSearch::make(records_, std::max(1, limits.minNumRecordsInLeaves))),
+      features_(data.features.size()),
+      members_(records_.size),
+      goesLeft_(records_.size),
+      scratches_(static_cast<std::size_t>(omp_get_max_threads())) {
+    for (std::uint32_t record = 0; record < members_.size(); ++record) members_[record] = record;
+    forEachFeature(features_.size(), records_.size, nullptr, [&](std::size_t feature, Scratch&) {
+        features_[feature] = makeLists(data.features[feature], prepared.tableRows);
+    });
+}
+
+template <class Work>
+void Grower::forEachFeature(std::size_t n, std::size_t numRecords, Scratch* own, Work&& work) {
+    if (own || scratches_.size() == 1 || n * numRecords < kMinCellsInParallel) {
+        for (std::size_t i = 0; i < n; ++i) work(i, own ? *own : scratches_[0]);
+        return;
+    }
+    ExceptionCarrier carrier;
+#pragma omp parallel for schedule(dynamic) num_threads(static_cast <int>(scratches_.size()))
+    for (std::size_t i = 0; i < n; ++i)
+        carrier.run([&] { work(i, scratches_[static_cast<std::size_t>(omp_get_thread_num())]); });
+    carrier.rethrow();
+}
+
+Tree Grower::grow() {
+    Tree tree;
+    tree.numClasses = records_.numClasses;
+    tree.nodes.emplace_back();
+    tree.classWeights.resize(numClasses_);
+    summarize(records_, members_, tree.nodes[0], tree.classWeights.data());
+    const OpenNode root{.end = static_cast<std::uint32_t>(records_.size),
+                        .position = static_cast<std::uint64_t>(limits_.featureSelectionSeed)};
+    if (!isSplittable(tree.nodes[0], 0)) return tree;
+    const auto maxNumSplits = std::min<std::int64_t>(limits_.maxNumSplits, (limits_.maxNumNodes - 1) / 2);
+    if (maxNumSplits < static_cast<std::int64_t>(records_.size) - 1)
+        growBestFirst(tree, root, maxNumSplits);
+    else
+        growWhole(tree, root);
+    return tree;
+}
+
+void Grower::growBestFirst(Tree& tree, const OpenNode& root, std::int64_t maxNumSplits) {
+    std::vector<PendingSplit> pending;
+    const auto consider = [&](const OpenNode& open) {
+        Split split = findSplit(tree, open, nullptr);
+        if (!split.exists()) return;
+        pending.push_back({open, std::move(split)});
+        std::push_heap(pending.begin(), pending.end(), LesserGain());
+    };
+    if (maxNumSplits > 0) consider(root);
+    for (std::int64_t numSplits = 0; numSplits < maxNumSplits && !pending.empty();) {
+        std::pop_heap(pending.begin(), pending.end(), LesserGain());
+        PendingSplit next = std::move(pending.back());
+        pending.pop_back();
+        OpenNode children[2];
+        applySplit(tree, next.open, next.split, nullptr, children);
+        if (++numSplits == maxNumSplits) break;
+        for (const OpenNode& child : children)
+            if (isSplittable(tree.nodes[static_cast<std::size_t>(child.node)], child.level)) consider(child);
+    }
+}
+
+/// Large nodes first, each by all threads; then the subtrees below them, each by one.
+void Grower::growWhole(Tree& tree, const OpenNode& root) {
+    if (scratches_.size() == 1 || records_.size * features_.size() < kMinCellsInParallel) {
+        growDepthFirst(tree, root, scratches_[0], 0, nullptr);
+        return;
+    }
+    std::vector<OpenNode> deferred;
+    growDepthFirst(tree, root, scratches_[0],
+                   std::max<std::size_t>(64, records_.size / (8 * scratches_.size())), &deferred);
+    std::stable_sort(deferred.begin(), deferred.end(),
+                     [](const OpenNode& a, const OpenNode& b) { return a.end - a.begin > b.end - b.begin; });
+    std::vector<Tree> subtrees(deferred.size());
+    ExceptionCarrier carrier;
+#pragma omp parallel for schedule(dynamic) num_threads(static_cast <int>(scratches_.size()))
+    for (std::size_t i = 0; i < deferred.size(); ++i)
+        carrier.run([&] {
+            OpenNode open = deferred[i];
+            subtrees[i].numClasses = tree.numClasses;
+            subtrees[i].nodes.push_back(tree.nodes[static_cast<std::size_t>(open.node)]);
+            const double* classWeights = tree.classWeightsOf(open.node);
+            subtrees[i].classWeights.assign(classWeights, classWeights + numClasses_);
+            open.node = 0;
+            growDepthFirst(subtrees[i], open, scratches_[static_cast<std::size_t>(omp_get_thread_num())], 0,
+                           nullptr);
+        });
+    carrier.rethrow();
+    for (std::size_t i = 0; i < deferred.size(); ++i) graft(tree, deferred[i].node, subtrees[i]);
+}
+
+void Grower::growDepthFirst(Tree& tree, OpenNode root, Scratch& scratch, std::size_t deferBelow,
+                            std::vector<OpenNode>* deferred) {
+    Scratch* const own = deferred ? nullptr : &scratch;
+    std::vector<OpenNode> stack{root};
+    while (!stack.empty()) {
+        const OpenNode open = stack.back();
+        stack.pop_back();
+        if (deferred && open.end - open.begin < deferBelow) {
+            deferred->push_back(open);
+            continue;
+        }
+        Split split = findSplit(tree, open, own);
+        if (!split.exists()) continue;
+        OpenNode children[2];
+        applySplit(tree, open, split, own, children);
+        for (const bool isLeft : {false, true}) {
+            const OpenNode& child = children[isLeft ? 0 : 1];
+            if (isSplittable(tree.nodes[static_cast<std::size_t>(child.node)], child.level))
+                stack.push_back(child);
+        }
+    }
+}
+
+bool Grower::isSplittable(const Node& node, int level) const {
+    return node.impurity > 0.0 && level < limits_.maxNumLevels &&
+           node.numRecords >= 2 * std::int64_t{std::max(1, limits_.minNumRecordsInLeaves)};
+}
+
+/// A fresh draw of features without repetition, ascending.
+std::vector<std::int32_t> Grower::drawFeatures(std::uint64_t position) const {
+    std::vector<std::int32_t> features(features_.size());
+    for (std::size_t i = 0; i < features.size(); ++i) features[i] = static_cast<std::int32_t>(i);
+    const auto numDrawn = static_cast<std::size_t>(std::max(1, limits_.numSelectedFeatures));
+    if (numDrawn >= features.size()) return features;
+    Random random(position);
+    for (std::size_t i = 0; i < numDrawn; ++i)
+        std::swap(features[i], features[i + random.nextBelow(features.size() - i)]);
+    features.resize(numDrawn);
+    std::sort(features.begin(), features.end());
+    return features;
+}
+
+Split Grower::findSplit(const Tree& tree, const OpenNode& open, Scratch* own) {
+    const Node& node = tree.nodes[static_cast<std::size_t>(open.node)];
+    const Totals totals{.numRecords = node.numRecords,
+                        .weight = node.weight,
+                        .mean = node.response,
+                        .classWeights = tree.classWeightsOf(open.node)};
+    const std::vector<std::int32_t> features = drawFeatures(open.position);
+    const std::size_t numRecords = open.end - open.begin;
+    std::vector<Candidate> candidates(features.size());
+    forEachFeature(features.size(), numRecords, own, [&](std::size_t i, Scratch& scratch) {
+        candidates[i] = searchFeature(static_cast<std::size_t>(features[i]), open, totals, scratch);
+        candidates[i].feature = features[i];
+    });
+    Split split;
+    for (Candidate& candidate : candidates)
+        if (candidate.score > split.candidate.score) split.candidate = std::move(candidate);
+    if (!split.candidate.exists()) return split;
+
+    split.middle = partRecords(open, split.candidate);
+    split.classWeights.resize(2 * numClasses_);
+    const auto members = std::span<const std::uint32_t>(members_);
+    summarize(records_, members.subspan(open.begin, split.middle - open.begin), split.left,
+              split.classWeights.data());
+    summarize(records_, members.subspan(split.middle, open.end - split.middle), split.right,
+              split.classWeights.data() + numClasses_);
+    split.gain = gainOf(node, totals.classWeights, split);
+    return split;
+}
+
+Candidate Grower::searchFeature(std::size_t feature, const OpenNode& open, const Totals& totals,
+                                Scratch& scratch) const {
+    const FeatureLists& lists = features_[feature];
+    const std::size_t numRecords = open.end - open.begin;
+    if (lists.form == FeatureLists::Form::SORTED)
+        return search_->searchSorted(std::span(lists.sorted).subspan(open.begin, numRecords), totals,
+                                     scratch);
+    const auto members = std::span(members_).subspan(open.begin, numRecords);
+    return lists.form == FeatureLists::Form::NUMBERS
+               ? search_->searchNumbers(members, lists.binned(), totals, scratch)
+               : search_->searchCategories(members, lists.binned(), totals, scratch);
+}
+
+/// Marks the side of each record of the node and parts its range of members; returns where the right begins.
+std::uint32_t Grower::partRecords(const OpenNode& open, const Candidate& candidate) {
+    const FeatureLists& lists = features_[static_cast<std::size_t>(candidate.feature)];
+    if (lists.form == FeatureLists::Form::SORTED) {
+        for (std::uint32_t i = open.begin; i < open.end; ++i)
+            goesLeft_[lists.sorted[i].record] = lists.sorted[i].rank <= candidate.lowerCode + 1;
+    } else {
+        std::vector<std::uint8_t> codeGoesLeft(std::size_t{lists.numCodes} + 1, 0);
+        codeGoesLeft[lists.numCodes] = 1;
+        if (lists.form == FeatureLists::Form::NUMBERS)
+            std::fill_n(codeGoesLeft.begin(), candidate.lowerCode + 1, std::uint8_t{1});
+        for (const std::int32_t category : candidate.leftCategories)
+            codeGoesLeft[static_cast<std::size_t>(category)] = 1;
+        for (std::uint32_t i = open.begin; i < open.end; ++i)
+            goesLeft_[members_[i]] = codeGoesLeft[lists.codes[members_[i]]];
+    }
+    const auto middle =
+        std::stable_partition(members_.begin() + open.begin, members_.begin() + open.end,
+                              [this](std::uint32_t member) { return goesLeft_[member] != 0; });
+    return static_cast<std::uint32_t>(middle - members_.begin());
+}
+
+/// Of classes by the differences of their shares, which are exact zeros where the sides are alike.
+double Grower::gainOf(const Node& node, const double* classWeights, const Split& split) const {
+    const double product = split.left.weight * split.right.weight;
+    if (numClasses_ == 0) {
+        const double difference = split.left.response - split.right.response;
+        return difference * difference * (product / node.weight);
+    }
+    double squares = 0.0;
+    for (std::size_t k = 0; k < numClasses_; ++k) {
+        const double difference = node.weight * split.classWeights[k] - split.left.weight * classWeights[k];
+        squares += difference * difference;
+    }
+    return squares / (product * node.weight);
+}
+
+void Grower::applySplit(Tree& tree, const OpenNode& open, Split& split, Scratch* own, OpenNode children[2]) {
+    const auto left = static_cast<std::int32_t>(tree.nodes.size());
+    const FeatureLists& splitLists = features_[static_cast<std::size_t>(split.candidate.feature)];
+    {
+        Node& node = tree.nodes[static_cast<std::size_t>(open.node)];
+        node.left = left;
+        node.feature = split.candidate.feature;
+        node.gain = split.gain;
+        if (splitLists.form == FeatureLists::Form::CATEGORIES) {
+            node.categorySet = static_cast<std::int32_t>(tree.categorySets.size());
+            tree.categorySets.push_back(std::move(split.candidate.leftCategories));
+        } else {
+            node.threshold = thresholdBetween(splitLists.ranks->distinct[split.candidate.lowerCode],
+                                              splitLists.ranks->distinct[split.candidate.upperCode]);
+        }
+    }
+    split.left.parent = split.right.parent = open.node;
+    tree.nodes.push_back(split.left);
+    tree.nodes.push_back(split.right);
+    tree.classWeights.insert(tree.classWeights.end(), split.classWeights.begin(), split.classWeights.end());
+
+    children[0] = {left, open.begin, split.middle, open.level + 1, childPosition(open.position, false)};
+    children[1] = {left + 1, split.middle, open.end, open.level + 1, childPosition(open.position, true)};
+    const bool keepLeft = isSplittable(split.left, open.level + 1);
+    const bool keepRight = isSplittable(split.right, open.level + 1);
+    if (!keepLeft && !keepRight) return;
+    const std::size_t numRecords = open.end - open.begin;
+    forEachFeature(features_.size(), numRecords, own, [&](std::size_t feature, Scratch& scratch) {
+        FeatureLists& lists = features_[feature];
+        if (lists.form != FeatureLists::Form::SORTED || &lists == &splitLists) return;
+        part(std::span(lists.sorted).subspan(open.begin, numRecords), split.middle - open.begin, goesLeft_,
+             keepLeft, keepRight, scratch.moved);
+    });
+}
+
+}  // namespace
+
+Tree grow(const TrainingData& data, const PreparedRecords& prepared, const Limits& limits) {
+    return inLevelOrder(Grower(data, prepared, limits).grow());
+}
+
+}  // namespace Tessel::Engine::DT

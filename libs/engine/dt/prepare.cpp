@@ -1,0 +1,85 @@
+#include "engine/dt/growth.h"
+#include <tessel/data/errors.h>
+
+#include <cmath>
+
+namespace Tessel::Engine::DT {
+
+namespace {
+
+void requireLength(std::size_t expected, std::size_t actual) {
+    if (expected != actual)
+        throw NumElementsMismatch(static_cast<std::int64_t>(expected), static_cast<std::int64_t>(actual));
+}
+
+/// How often each row of the table is a record.
+std::vector<std::uint32_t> countRecords(const TrainingData& data) {
+    const auto numRows = static_cast<std::size_t>(data.numRows);
+    if (!data.rows.empty()) {
+        std::vector<std::uint32_t> counts(numRows, 0);
+        for (const std::int32_t row : data.rows) {
+            if (row < 0 || row >= data.numRows) throw IndexOutOfRange(row, data.numRows);
+            ++counts[static_cast<std::size_t>(row)];
+        }
+        return counts;
+    }
+    if (data.multiplicities.empty()) return std::vector<std::uint32_t>(numRows, 1);
+    requireLength(numRows, data.multiplicities.size());
+    std::vector<std::uint32_t> counts;
+    counts.reserve(numRows);
+    for (const std::int32_t count : data.multiplicities) {
+        if (count < 0) throw ConstraintViolation("multiplicities", "must not be negative");
+        counts.push_back(static_cast<std::uint32_t>(count));
+    }
+    return counts;
+}
+
+void checkFeatures(const TrainingData& data) {
+    const auto numRows = static_cast<std::size_t>(data.numRows);
+    for (const TrainingFeature& feature : data.features) {
+        if (!feature.isCategorical()) {
+            requireLength(numRows,
+                          feature.selection ? feature.selection->size() : feature.ranks->codes.size());
+            continue;
+        }
+        requireLength(numRows, feature.codes.size());
+        for (const std::int32_t code : feature.codes)
+            if (code < -1 || code >= feature.numCategories)
+                throw IndexOutOfRange(code, feature.numCategories);
+    }
+}
+
+}  // namespace
+
+PreparedRecords prepareRecords(const TrainingData& data, std::size_t numTargets) {
+    if (data.features.empty()) throw TooFewNumColumns(0);
+    if (data.numRows <= 0) throw TooFewNumRows(0);
+    const auto numRows = static_cast<std::size_t>(data.numRows);
+    requireLength(numRows, numTargets);
+    checkFeatures(data);
+    if (!data.weights.empty()) requireLength(numRows, data.weights.size());
+    for (const double weight : data.weights)
+        if (!(weight >= 0.0) || std::isinf(weight))
+            throw ConstraintViolation("weights", "must be finite and not negative");
+
+    const std::vector<std::uint32_t> counts = countRecords(data);
+    PreparedRecords prepared;
+    bool isUnit = true;
+    for (std::uint32_t row = 0; row < counts.size(); ++row) {
+        const double weight = data.weights.empty() ? 1.0 : data.weights[row];
+        if (counts[row] == 0 || weight == 0.0) continue;
+        prepared.tableRows.push_back(row);
+        isUnit = isUnit && counts[row] == 1 && weight == 1.0;
+    }
+    if (prepared.tableRows.empty()) throw TooFewNumRows(0);
+    Records& records = prepared.records;
+    records.size = prepared.tableRows.size();
+    if (isUnit) return prepared;
+    for (const std::uint32_t row : prepared.tableRows) {
+        records.counts.push_back(counts[row]);
+        records.weights.push_back((data.weights.empty() ? 1.0 : data.weights[row]) * counts[row]);
+    }
+    return prepared;
+}
+
+}  // namespace Tessel::Engine::DT

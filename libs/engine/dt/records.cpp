@@ -1,0 +1,64 @@
+#include "engine/dt/records.h"
+
+#include <algorithm>
+
+namespace Tessel::Engine::DT {
+
+namespace {
+
+void summarizeClasses(const Records& records, std::span<const std::uint32_t> members, Node& node,
+                      double* classWeights) {
+    const auto numClasses = static_cast<std::size_t>(records.numClasses);
+    std::fill_n(classWeights, numClasses, 0.0);
+    for (const std::uint32_t member : members)
+        classWeights[records.classes[member]] += records.weight(member);
+    std::size_t most = 0;
+    double squares = 0.0;
+    for (std::size_t k = 0; k < numClasses; ++k) {
+        node.weight += classWeights[k];
+        squares += classWeights[k] * classWeights[k];
+        if (classWeights[k] > classWeights[most]) most = k;
+    }
+    node.response = static_cast<double>(most);
+    const bool isPure = classWeights[most] == node.weight;
+    node.error = isPure ? 0.0 : node.weight - classWeights[most];
+    node.impurity = isPure ? 0.0 : std::max(0.0, node.weight - squares / node.weight);
+}
+
+/// Two passes, the second about the mean; a node of equal targets has impurity 0 exactly.
+void summarizeTargets(const Records& records, std::span<const std::uint32_t> members, Node& node) {
+    const double origin = records.targets[members.front()];
+    double sum = 0.0;
+    bool isConstant = true;
+    for (const std::uint32_t member : members) {
+        const double deviation = records.targets[member] - origin;
+        isConstant = isConstant && deviation == 0.0;
+        node.weight += records.weight(member);
+        sum += records.weight(member) * deviation;
+    }
+    node.response = origin + sum / node.weight;
+    if (isConstant) return;
+    for (const std::uint32_t member : members) {
+        const double deviation = records.targets[member] - node.response;
+        node.impurity += records.weight(member) * deviation * deviation;
+    }
+    node.error = node.impurity;
+}
+
+}  // namespace
+
+void summarize(const Records& records, std::span<const std::uint32_t> members, Node& node,
+               double* classWeights) {
+    node.weight = node.impurity = node.error = node.response = 0.0;
+    node.numRecords = static_cast<std::int64_t>(members.size());
+    if (!records.isUnit()) {
+        node.numRecords = 0;
+        for (const std::uint32_t member : members) node.numRecords += records.counts[member];
+    }
+    if (records.numClasses > 0)
+        summarizeClasses(records, members, node, classWeights);
+    else
+        summarizeTargets(records, members, node);
+}
+
+}  // namespace Tessel::Engine::DT

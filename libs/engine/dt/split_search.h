@@ -1,0 +1,72 @@
+#pragma once
+
+#include "data/column_cells.h"
+#include "engine/dt/records.h"
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <vector>
+
+// The search for the best split of a node by one feature.
+
+namespace Tessel::Engine::DT {
+
+/// A record in the list of a feature, which is sorted by rank: 0 for missing, else 1 + code.
+struct SortedRecord {
+    std::uint32_t record;
+    std::uint32_t rank;
+};
+
+/// Above this number of categories present in a node the subsets of three and more classes are not all tried.
+inline constexpr std::size_t kMaxCategoriesTriedExhaustively = 10;
+
+/// A split found for one feature. Missing records are on the left side.
+struct Candidate {
+    double score = -1.0;  ///< -1: there is no split
+    std::int32_t feature = -1;
+    std::uint32_t lowerCode = 0;  ///< numbers: the largest code on the left ...
+    std::uint32_t upperCode = 0;  ///< ... and the smallest on the right
+    std::vector<std::int32_t> leftCategories;
+
+    bool exists() const { return score >= 0.0; }
+};
+
+/// Working memory of one thread; `bins` and `present` are all zero between uses.
+struct Scratch {
+    std::vector<SortedRecord> moved;
+    std::vector<double> bins;
+    std::vector<std::uint64_t> present;  // a bit per code met
+    std::vector<double> classSums;
+    std::vector<std::int32_t> categories;
+    std::vector<double> order;
+};
+
+/// A feature whose records are found by their code rather than by a sorted list.
+struct BinnedFeature {
+    std::span<const std::uint32_t> codes;  ///< by record; `numCodes` when missing
+    std::uint32_t numCodes = 0;
+};
+
+class SplitSearch {
+ public:
+    static std::unique_ptr<SplitSearch> make(const Records& records, std::int64_t minNumRecordsInLeaves);
+    virtual ~SplitSearch() = default;
+
+    virtual Candidate searchSorted(std::span<const SortedRecord> list, const Totals& totals,
+                                   Scratch& scratch) const = 0;
+    virtual Candidate searchNumbers(std::span<const std::uint32_t> members, const BinnedFeature& feature,
+                                    const Totals& totals, Scratch& scratch) const = 0;
+    virtual Candidate searchCategories(std::span<const std::uint32_t> members, const BinnedFeature& feature,
+                                       const Totals& totals, Scratch& scratch) const = 0;
+};
+
+/// The first principal component of the class proportions of categories, as an order of the categories
+/// (Coppersmith, Hong & Hosking, Partitioning nominal attributes in decision trees, Data Mining and Knowledge
+/// Discovery 3, 1999).
+/// @param bins    by category: count of records, then the weights of the classes.
+/// @param scores  receives the coordinate of each listed category on the component.
+void principalOrder(std::span<const double> bins, std::size_t numClasses,
+                    std::span<const std::int32_t> categories, std::vector<double>& scores);
+
+}  // namespace Tessel::Engine::DT

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "data/column_cells.h"
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace Tessel::Engine::DT {
+
+/// A feature to train on: numbers by their ranks, or categories by their codes.
+struct TrainingFeature {
+    /// A numeric feature; `selection` lists the rows of the ranked column that make the table, null for all.
+    static TrainingFeature numeric(const RankCodes& ranks, const RowIndexes* selection = nullptr) {
+        return {.ranks = &ranks, .selection = selection};
+    }
+    /// A categorical feature: codes 0 .. numCategories - 1, or -1 when missing.
+    static TrainingFeature categorical(std::span<const std::int32_t> codes, std::int32_t numCategories) {
+        return {.codes = codes, .numCategories = numCategories};
+    }
+
+    bool isCategorical() const { return ranks == nullptr; }
+
+    const RankCodes* ranks = nullptr;
+    const RowIndexes* selection = nullptr;
+    std::span<const std::int32_t> codes = {};
+    std::int32_t numCategories = 0;
+};
+
+/// What a tree is grown on. Everything is borrowed, nothing is copied, so that many trees share one table.
+struct TrainingData {
+    std::vector<TrainingFeature> features;
+    int numRows = 0;  ///< rows of the table
+
+    /// The records: rows of the table, in any order and as often as wanted; empty for each row once.
+    std::span<const std::int32_t> rows = {};
+    /// How often each row of the table is a record; empty for once. Not together with `rows`.
+    std::span<const std::int32_t> multiplicities = {};
+    /// One weight >= 0 a row of the table, empty for 1. A row of weight 0 is no record.
+    std::span<const double> weights = {};
+};
+
+/// The cells of a feature of records to score: numbers (NaN = missing), or codes (-1 = missing; any other
+/// code that training did not have is an unseen category).
+struct Cells {
+    std::span<const double> numbers = {};
+    std::span<const std::int32_t> codes = {};
+};
+
+}  // namespace Tessel::Engine::DT

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <vector>
+
+namespace Tessel::Engine::DT {
+
+/// Limits of growth. None is the default of each.
+struct Limits {
+    static constexpr int kNone = std::numeric_limits<int>::max();
+
+    int minNumRecordsInLeaves = 1;    ///< training records of a leaf at least; record weights do not count
+    int maxNumNodes = kNone;          ///< nodes of the tree, decision nodes and leaves; the root counts
+    int maxNumLevels = kNone;         ///< splits on the way from the root to a leaf; the root counts not
+    int maxNumSplits = kNone;         ///< decision nodes of the tree
+    int numSelectedFeatures = kNone;  ///< features drawn afresh for the split of each node
+    int featureSelectionSeed = 12345;
+};
+
+/// One node. The children of a node are neighbours: the right child is `left + 1`.
+struct Node {
+    std::int32_t parent = -1;
+    std::int32_t left = -1;         ///< -1 in a leaf
+    std::int32_t feature = -1;      ///< the feature of the split; -1 in a leaf
+    std::int32_t categorySet = -1;  ///< split by categories: position in `Tree::categorySets`, else -1
+    double threshold = 0.0;         ///< split by a number: values up to it go left
+    double gain = 0.0;              ///< decrease of impurity by the split
+    double weight = 0.0;            ///< sum of the weights of the training records, altered by priors
+    double impurity = 0.0;          ///< `weight` times Gini's index; sum of squares about the mean
+    double error = 0.0;             ///< as a leaf: weight of misclassified records; sum of squares
+    double response = 0.0;          ///< code of the class of greatest weight (ties: the lowest); mean
+    std::int64_t numRecords = 0;    ///< training records
+
+    bool isLeaf() const { return left < 0; }
+    std::int32_t right() const { return left + 1; }
+};
+
+/// A grown tree as plain vectors. Nodes stand level by level, the root first, so that children follow their
+/// parents; nothing points, so that a tree of any depth is copied and destroyed like any vector.
+struct Tree {
+    std::vector<Node> nodes;
+    std::vector<std::vector<std::int32_t>> categorySets;  ///< codes that go left, ascending
+    int numClasses = 0;                                   ///< 0 in a regression tree
+    std::vector<double> classWeights;                     ///< node by node, the weight of each class
+
+    const double* classWeightsOf(std::int32_t node) const {
+        return classWeights.data() + static_cast<std::size_t>(node) * static_cast<std::size_t>(numClasses);
+    }
+    std::size_t numDecisionNodes() const { return nodes.size() / 2; }
+};
+
+/// The same tree with its nodes level by level.
+Tree inLevelOrder(const Tree& tree);
+
+/// Replaces a leaf of `tree` by the tree that was grown from it.
+void graft(Tree& tree, std::int32_t leaf, Tree& subtree);
+
+/// The midpoint of two neighbouring values, or the lower one where no double lies between them so that
+/// lower <= threshold < upper always holds.
+double thresholdBetween(double lower, double upper);
+
+}  // namespace Tessel::Engine::DT

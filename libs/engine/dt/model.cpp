@@ -1,0 +1,171 @@
+#include "engine/dt/model.h"
+
+#include <tessel/data/errors.h>
+
+#include <algorithm>
+
+namespace Tessel::Engine::DT {
+
+void Model::adopt(Tree tree, std::size_t numFeatures) {
+    Scorer scorer(tree, {});
+    std::vector<double> trainingLog = errorBySplit(tree);
+    tree_ = std::move(tree);
+    numFeatures_ = numFeatures;
+    trainingLog_ = std::move(trainingLog);
+    pruning_ = {};
+    standardError_ = 0.0;
+    numValidationRecords_.clear();
+    manualNumDecisionNodes_ = Limits::kNone;
+    isCut_.clear();
+    scorer_ = std::move(scorer);
+}
+
+void Model::restore(Tree tree, int numFeatures) { adopt(std::move(tree), static_cast<std::size_t>(numFeatures)); }
+
+void Model::select(TreeType type) {
+    if (type == TreeType::MANUAL) return selectManual(manualNumDecisionNodes_);
+    if (type == TreeType::FULL_GROWN) {
+        isCut_.clear();
+        scorer_ = Scorer(tree_, isCut_);
+        return;
+    }
+    if (numValidationRecords_.empty())
+        throw ConstraintViolation("Selected pruned tree type", "needs a tree pruned with validation data");
+    std::size_t step = bestStep(pruning_);
+    if (type == TreeType::BEST_PRUNED) {
+        const double limit = pruning_.steps[step].validationError + standardError_;
+        for (std::size_t i = step; i < pruning_.steps.size(); ++i)
+            if (pruning_.steps[i].validationError <= limit) step = i;
+    }
+    selectStep(step);
+}
+
+void Model::selectManual(int numDecisionNodes) {
+    if (pruning_.steps.empty() && isFitted()) pruning_ = pruningSequence(tree_);
+    manualNumDecisionNodes_ = numDecisionNodes;
+    std::size_t step = 0;
+    while (step + 1 < pruning_.steps.size() && pruning_.steps[step].numDecisionNodes > numDecisionNodes) ++step;
+    selectStep(step);
+}
+
+void Model::selectStep(std::size_t step) {
+    isCut_ = pruning_.cutsOf(static_cast<std::int32_t>(step));
+    scorer_ = Scorer(tree_, isCut_);
+}
+
+bool Model::isLeaf(std::int32_t node) const {
+    const auto position = static_cast<std::size_t>(node);
+    return tree_.nodes[position].isLeaf() || (!isCut_.empty() && isCut_[position] != 0);
+}
+
+std::int32_t Model::numDecisionNodes() const {
+    std::int32_t count = 0;
+    std::vector<std::uint8_t> isThere(tree_.nodes.size(), 0);
+    for (std::size_t i = 0; i < tree_.nodes.size(); ++i) {
+        const auto node = static_cast<std::int32_t>(i);
+        isThere[i] = i == 0 || isThere[i] != 0;
+        if (isThere[i] == 0 || isLeaf(node)) continue;
+        ++count;
+        const auto left = static_cast<std::size_t>(tree_.nodes[i].left);
+        isThere[left] = isThere[left + 1] = 1;
+    }
+    return count;
+}
+
+void Model::checkCells(std::span<const Cells> features, std::size_t numRecords) const {
+    if (features.size() != numFeatures_)
+        throw NumColumnsMismatch(static_cast<std::int32_t>(numFeatures_),
+                                 static_cast<std::int32_t>(features.size()));
+    std::vector<std::uint8_t> isCategorical(numFeatures_, 0), isNumeric(numFeatures_, 0);
+    for (const Node& node : tree_.nodes)
+        if (!node.isLeaf())
+            (node.categorySet >= 0 ? isCategorical : isNumeric)[static_cast<std::size_t>(node.feature)] = 1;
+    for (std::size_t i = 0; i < features.size(); ++i) {
+        if (isCategorical[i] != 0 && features[i].codes.size() < numRecords)
+            throw NumElementsMismatch(static_cast<std::int64_t>(numRecords),
+                                      static_cast<std::int64_t>(features[i].codes.size()));
+        if (isNumeric[i] != 0 && features[i].numbers.size() < numRecords)
+            throw NumElementsMismatch(static_cast<std::int64_t>(numRecords),
+                                      static_cast<std::int64_t>(features[i].numbers.size()));
+    }
+}
+
+std::vector<std::int32_t> Model::findNodes(std::span<const Cells> features, std::size_t numRecords) const {
+    checkCells(features, numRecords);
+    std::vector<std::int32_t> leaves(numRecords);
+    scorer_.findLeaves(features, leaves);
+    return leaves;
+}
+
+std::int32_t Model::findNode(std::span<const Cells> features, std::size_t record) const {
+    return scorer_.findLeaf(features, record);
+}
+
+std::vector<double> Model::featureImportance() const {
+    std::vector<double> importance(numFeatures_, 0.0);
+    std::vector<std::uint8_t> isThere(tree_.nodes.size(), 0);
+    for (std::size_t i = 0; i < tree_.nodes.size(); ++i) {
+        if ((i > 0 && isThere[i] == 0) || isLeaf(static_cast<std::int32_t>(i))) continue;
+        importance[static_cast<std::size_t>(tree_.nodes[i].feature)] += tree_.nodes[i].gain;
+        const auto left = static_cast<std::size_t>(tree_.nodes[i].left);
+        isThere[left] = isThere[left + 1] = 1;
+    }
+    return importance;
+}
+
+PruningSequence Model::judge(const std::vector<double>& leafErrors, double total) const {
+    PruningSequence sequence = pruningSequence(tree_);
+    const std::vector<double> errors = sumOverLeaves(tree_, sequence, leafErrors);
+    for (std::size_t step = 0; step < errors.size(); ++step)
+        sequence.steps[step].validationError = errors[step] / total;
+    return sequence;
+}
+
+std::size_t Model::bestStep(const PruningSequence& sequence) const {
+    std::size_t best = 0;
+    for (std::size_t step = 1; step < sequence.steps.size(); ++step)
+        if (sequence.steps[step].validationError <= sequence.steps[best].validationError) best = step;
+    return best;
+}
+
+void Model::adoptPruning(PruningSequence sequence, double standardError, std::vector<std::int64_t> numRecords) {
+    pruning_ = std::move(sequence);
+    standardError_ = standardError;
+    numValidationRecords_ = std::move(numRecords);
+}
+
+std::vector<double> errorBySplit(const Tree& tree) {
+    // Nodes by number would not do for ties: they are numbered by level, while here they are made in pairs.
+    struct Open {
+        double gain;
+        std::size_t made;
+        std::size_t node;
+        bool operator<(const Open& other) const {
+            return gain != other.gain ? gain < other.gain : made > other.made;
+        }
+    };
+    std::vector<Open> open;
+    std::size_t numMade = 0;
+    const auto make = [&](std::size_t node) {
+        const std::size_t made = numMade++;
+        if (tree.nodes[node].isLeaf()) return;
+        open.push_back({tree.nodes[node].gain, made, node});
+        std::push_heap(open.begin(), open.end());
+    };
+    std::vector<double> log{tree.nodes[0].error / tree.nodes[0].weight};
+    double error = tree.nodes[0].error;
+    make(0);
+    while (!open.empty()) {
+        std::pop_heap(open.begin(), open.end());
+        const Node& node = tree.nodes[open.back().node];
+        open.pop_back();
+        const auto left = static_cast<std::size_t>(node.left);
+        error += tree.nodes[left].error + tree.nodes[left + 1].error - node.error;
+        log.push_back(std::max(0.0, error / tree.nodes[0].weight));
+        make(left);
+        make(left + 1);
+    }
+    return log;
+}
+
+}  // namespace Tessel::Engine::DT

@@ -1,0 +1,115 @@
+#include "engine/dt/scorer.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace Tessel::Engine::DT {
+
+Scorer::Scorer(const Tree& tree, const std::vector<std::uint8_t>& isCut) {
+    const auto isEnd = [&](std::int32_t node) {
+        const auto position = static_cast<std::size_t>(node);
+        return tree.nodes[position].isLeaf() || (!isCut.empty() && isCut[position] != 0);
+    };
+    treeNodes_.push_back(0);
+    std::int32_t numericFeature = -1;
+    for (std::size_t i = 0; i < treeNodes_.size(); ++i) {
+        if (isEnd(treeNodes_[i])) continue;
+        const Node& node = tree.nodes[static_cast<std::size_t>(treeNodes_[i])];
+        treeNodes_.push_back(node.left);
+        treeNodes_.push_back(node.right());
+        if (node.categorySet < 0)
+            numericFeature = node.feature;
+        else if (sets_.empty())
+            sets_.push_back({node.feature, -1, 0});
+    }
+    nodes_.reserve(treeNodes_.size());
+    std::int32_t nextChild = 1;
+    for (std::size_t i = 0; i < treeNodes_.size(); ++i) {
+        if (isEnd(treeNodes_[i])) {
+            nodes_.push_back({std::numeric_limits<double>::infinity(), numericFeature,
+                              static_cast<std::int32_t>(i)});
+            continue;
+        }
+        const Node& node = tree.nodes[static_cast<std::size_t>(treeNodes_[i])];
+        PackedNode packed{node.threshold, node.feature, nextChild};
+        if (node.categorySet >= 0) {
+            const std::vector<std::int32_t>& codes = tree.categorySets[static_cast<std::size_t>(node.categorySet)];
+            packed.feature = -1 - static_cast<std::int32_t>(sets_.size());
+            sets_.push_back({node.feature, codes.back() + 1, words_.size()});
+            words_.resize(words_.size() + static_cast<std::size_t>(codes.back()) / 64 + 1, 0);
+            for (const std::int32_t code : codes)
+                words_[sets_.back().firstWord + static_cast<std::size_t>(code) / 64] |= std::uint64_t{1}
+                                                                                         << (code % 64);
+        }
+        nodes_.push_back(packed);
+        nextChild += 2;
+    }
+}
+
+bool Scorer::goesRight(const PackedSet& set, std::int32_t code) const {
+    if (code == -1 || set.numCodes < 0) return false;
+    if (code < 0 || code >= set.numCodes) return true;
+    return (words_[set.firstWord + static_cast<std::size_t>(code) / 64] >> (code % 64) & 1) == 0;
+}
+
+/// Takes `Width` neighbouring records down to their leaves, a level at a time.
+template <bool HasSets, std::size_t Width>
+void Scorer::descend(std::span<const Cells> features, std::size_t first, std::int32_t* leaves) const {
+    const PackedNode* const nodes = nodes_.data();
+    std::int32_t at[Width] = {};
+    for (bool isMoving = true; isMoving;) {
+        std::int32_t moves = 0;
+        for (std::size_t i = 0; i < Width; ++i) {
+            const PackedNode& node = nodes[at[i]];
+            bool isRight = false;
+            if (HasSets && node.feature < 0) {
+                const PackedSet& set = sets_[static_cast<std::size_t>(-1 - node.feature)];
+                isRight = goesRight(set, features[static_cast<std::size_t>(set.feature)].codes[first + i]);
+            } else {
+                // A comparison with NaN is false: missing cells go left.
+                isRight = features[static_cast<std::size_t>(node.feature)].numbers[first + i] > node.threshold;
+            }
+            const std::int32_t next = node.left + isRight;
+            moves |= next ^ at[i];
+            at[i] = next;
+        }
+        isMoving = moves != 0;
+    }
+    for (std::size_t i = 0; i < Width; ++i) leaves[i] = treeNodes_[static_cast<std::size_t>(at[i])];
+}
+
+template <bool HasSets>
+void Scorer::findRange(std::span<const Cells> features, std::size_t first, std::span<std::int32_t> leaves) const {
+    constexpr std::size_t kWidth = 8;
+    std::size_t i = 0;
+    for (; i + kWidth <= leaves.size(); i += kWidth)
+        descend<HasSets, kWidth>(features, first + i, leaves.data() + i);
+    for (; i < leaves.size(); ++i) descend<HasSets, 1>(features, first + i, leaves.data() + i);
+}
+
+void Scorer::findLeaves(std::span<const Cells> features, std::span<std::int32_t> leaves) const {
+    if (nodes_.size() == 1) {
+        std::fill(leaves.begin(), leaves.end(), treeNodes_.front());
+        return;
+    }
+    constexpr std::size_t kChunk = 4096;
+    const std::size_t numChunks = (leaves.size() + kChunk - 1) / kChunk;
+#pragma omp parallel for schedule(dynamic) if (numChunks > 4)
+    for (std::size_t chunk = 0; chunk < numChunks; ++chunk) {
+        const std::size_t first = chunk * kChunk;
+        const auto range = leaves.subspan(first, std::min(kChunk, leaves.size() - first));
+        if (sets_.empty())
+            findRange<false>(features, first, range);
+        else
+            findRange<true>(features, first, range);
+    }
+}
+
+std::int32_t Scorer::findLeaf(std::span<const Cells> features, std::size_t record) const {
+    if (nodes_.size() == 1) return treeNodes_.front();
+    std::int32_t leaf = 0;
+    descend<true, 1>(features, record, &leaf);
+    return leaf;
+}
+
+}  // namespace Tessel::Engine::DT

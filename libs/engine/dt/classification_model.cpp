@@ -1,5 +1,4 @@
 #include "engine/dt/model.h"
-
 #include <tessel/data/errors.h>
 
 #include <algorithm>
@@ -46,7 +45,8 @@ void ClassificationModel::fit(const TrainingData& data, std::span<const std::int
         throw NumElementsMismatch(static_cast<std::int64_t>(classes_.size()),
                                   static_cast<std::int64_t>(prior_.size()));
     for (const double prior : prior_)
-        if (!(prior >= 0.0) || std::isinf(prior)) throw ConstraintViolation("prior", "must be finite and >= 0");
+        if (!(prior >= 0.0) || std::isinf(prior))
+            throw ConstraintViolation("prior", "must be finite and >= 0");
     const auto numClasses = static_cast<std::int32_t>(classes_.size());
     for (const std::int32_t code : classes)
         if (code < 0 || code >= numClasses) throw IndexOutOfRange(code, numClasses);
@@ -78,7 +78,8 @@ void ClassificationModel::prune(std::span<const Cells> features, std::span<const
     }
     for (std::size_t node = numNodes; node-- > 1;)
         for (std::size_t k = 0; k < width; ++k)
-            counts[static_cast<std::size_t>(grown.nodes[node].parent) * width + k] += counts[node * width + k];
+            counts[static_cast<std::size_t>(grown.nodes[node].parent) * width + k] +=
+                counts[node * width + k];
 
     // What a misclassified record of each class adds to the error rate.
     std::vector<double> cost(width, 1.0 / static_cast<double>(classes.size()));

@@ -91,7 +91,8 @@ class Grower {
     Split findSplit(const Tree& tree, const OpenNode& open, Scratch* own);
     Candidate searchFeature(std::size_t feature, const OpenNode& open, const Totals& totals,
                             Scratch& scratch) const;
-    std::uint32_t partRecords(const OpenNode& open, const Candidate& candidate);
+    std::uint32_t partRecords(const OpenNode& open, const Candidate& candidate, Scratch& scratch);
+    std::uint32_t partMembers(const OpenNode& open, std::vector<std::uint32_t>& scratch);
     double gainOf(const Node& node, const double* classWeights, const Split& split) const;
     void applySplit(Tree& tree, const OpenNode& open, Split& split, Scratch* own, OpenNode children[2]);
 
@@ -127,7 +128,7 @@ Grower::Grower(const TrainingData& data, const PreparedRecords& prepared, const 
 
 template <class Work>
 void Grower::forEachFeature(std::size_t n, std::size_t numRecords, Scratch* own, Work&& work) {
-    if (own || scratches_.size() == 1 || n * numRecords < kMinCellsInParallel) {
+    if (own || n < 2 || scratches_.size() == 1 || n * numRecords < kMinCellsInParallel) {
         for (std::size_t i = 0; i < n; ++i) work(i, own ? *own : scratches_[0]);
         return;
     }
@@ -265,13 +266,12 @@ Split Grower::findSplit(const Tree& tree, const OpenNode& open, Scratch* own) {
         if (candidate.score > split.candidate.score) split.candidate = std::move(candidate);
     if (!split.candidate.exists()) return split;
 
-    split.middle = partRecords(open, split.candidate);
+    split.middle = partRecords(open, split.candidate, own ? *own : scratches_[0]);
     split.classWeights.resize(2 * numClasses_);
     const auto members = std::span<const std::uint32_t>(members_);
-    summarize(records_, members.subspan(open.begin, split.middle - open.begin), split.left,
-              split.classWeights.data());
-    summarize(records_, members.subspan(split.middle, open.end - split.middle), split.right,
-              split.classWeights.data() + numClasses_);
+    summarizeChildren(records_, members.subspan(open.begin, split.middle - open.begin),
+                      members.subspan(split.middle, open.end - split.middle), totals, split.left, split.right,
+                      split.classWeights.data());
     split.gain = gainOf(node, totals.classWeights, split);
     return split;
 }
@@ -290,7 +290,7 @@ Candidate Grower::searchFeature(std::size_t feature, const OpenNode& open, const
 }
 
 /// Marks the side of each record of the node and parts its range of members; returns where the right begins.
-std::uint32_t Grower::partRecords(const OpenNode& open, const Candidate& candidate) {
+std::uint32_t Grower::partRecords(const OpenNode& open, const Candidate& candidate, Scratch& scratch) {
     const FeatureLists& lists = features_[static_cast<std::size_t>(candidate.feature)];
     if (lists.form == FeatureLists::Form::SORTED) {
         for (std::uint32_t i = open.begin; i < open.end; ++i)
@@ -305,10 +305,23 @@ std::uint32_t Grower::partRecords(const OpenNode& open, const Candidate& candida
         for (std::uint32_t i = open.begin; i < open.end; ++i)
             goesLeft_[members_[i]] = codeGoesLeft[lists.codes[members_[i]]];
     }
-    const auto middle =
-        std::stable_partition(members_.begin() + open.begin, members_.begin() + open.end,
-                              [this](std::uint32_t member) { return goesLeft_[member] != 0; });
-    return static_cast<std::uint32_t>(middle - members_.begin());
+    return open.begin + partMembers(open, scratch.movedMembers);
+}
+
+/// Both sides keep their order. Returns the size of the left one.
+std::uint32_t Grower::partMembers(const OpenNode& open, std::vector<std::uint32_t>& scratch) {
+    const std::uint32_t numRecords = open.end - open.begin;
+    if (scratch.size() < numRecords + 1) scratch.resize(numRecords + 1);
+    std::uint32_t* const members = members_.data() + open.begin;
+    std::uint32_t numLeft = 0, numRight = 0;
+    for (std::uint32_t i = 0; i < numRecords; ++i) {
+        const std::uint32_t member = members[i], isLeft = goesLeft_[member];
+        members[numLeft] = scratch[numRight] = member;
+        numLeft += isLeft;
+        numRight += 1 - isLeft;
+    }
+    std::copy_n(scratch.data(), numRight, members + numLeft);
+    return numLeft;
 }
 
 /// Of classes by the differences of their shares, which are exact zeros where the sides are alike.

@@ -20,7 +20,9 @@ void Model::adopt(Tree tree, std::size_t numFeatures) {
     scorer_ = std::move(scorer);
 }
 
-void Model::restore(Tree tree, int numFeatures) { adopt(std::move(tree), static_cast<std::size_t>(numFeatures)); }
+void Model::restore(Tree tree, int numFeatures) {
+    adopt(std::move(tree), static_cast<std::size_t>(numFeatures));
+}
 
 void Model::select(TreeType type) {
     if (type == TreeType::MANUAL) return selectManual(manualNumDecisionNodes_);
@@ -44,7 +46,8 @@ void Model::selectManual(int numDecisionNodes) {
     if (pruning_.steps.empty() && isFitted()) pruning_ = pruningSequence(tree_);
     manualNumDecisionNodes_ = numDecisionNodes;
     std::size_t step = 0;
-    while (step + 1 < pruning_.steps.size() && pruning_.steps[step].numDecisionNodes > numDecisionNodes) ++step;
+    while (step + 1 < pruning_.steps.size() && pruning_.steps[step].numDecisionNodes > numDecisionNodes)
+        ++step;
     selectStep(step);
 }
 
@@ -128,7 +131,8 @@ std::size_t Model::bestStep(const PruningSequence& sequence) const {
     return best;
 }
 
-void Model::adoptPruning(PruningSequence sequence, double standardError, std::vector<std::int64_t> numRecords) {
+void Model::adoptPruning(PruningSequence sequence, double standardError,
+                         std::vector<std::int64_t> numRecords) {
     pruning_ = std::move(sequence);
     standardError_ = standardError;
     numValidationRecords_ = std::move(numRecords);

@@ -23,16 +23,16 @@
 //   the best of the other prefixes. More classes: all subsets of up to
 //   `kMaxCategoriesTriedExhaustively` categories present in the node; above that prefixes in the order of the
 //   first principal component of the class proportions (Coppersmith, Hong & Hosking 1999), a good split but
-//   not always the best. Without missing cells in the node, the sides are such that the left one is the prefix
-//   of lower mean, or, where all subsets are tried, does not hold the category with the highest code.
+//   not always the best. Without missing cells in the node, the sides are such that the left one is the
+//   prefix of lower mean, or, where all subsets are tried, does not hold the category with the highest code.
 // - A missing cell goes left, in the search as in scoring, so that a split is judged by what it will do. It
 //   never makes a side of its own. Categories that are not of the left subset go right: those unseen in
 //   training, and those that did not occur in the node.
 // - Equal scores: the first feature; the lowest threshold; of subsets the one with fewest categories in the
 //   order searched (prefixes before suffixes, which count only when cells are missing), or, where all subsets
 //   are tried, the one with the smallest sum of 2^i over its categories, i counting those present by code.
-//   Scores are compared as they are, without tolerance. They are exact for records of weight 1 and classes, up
-//   to 2^26 records; else sums run in a fixed order and nearly equal scores may be told apart by rounding.
+//   Scores are compared as they are, without tolerance. They are exact for records of weight 1 and classes,
+//   up to 2^26 records; else sums run in a fixed order and nearly equal scores may be told apart by rounding.
 // - A node is not split when its records have one class or target, when no split decreases the impurity, or
 //   when a limit says so.
 // - Fewer selected features than there are: each node draws its own, by a generator seeded with
@@ -42,8 +42,8 @@
 // node made first); otherwise the order does not matter.
 //
 // Priors are those of CART: records of class j weigh prior(j) times total weight / weight of class j, so they
-// change impurities, splits, labels and posteriors alike. Without priors classes count by their weights; priors
-// that equal the shares of the classes up to rounding change nothing.
+// change impurities, splits, labels and posteriors alike. Without priors classes count by their weights;
+// priors that equal the shares of the classes up to rounding change nothing.
 //
 // Threads, platforms: the same tree, bit for bit.
 
@@ -66,10 +66,10 @@ struct Names {
 
 /// Layout of the text of a tree.
 struct TextLayout {
-    int numDigits = 7;        ///< significant digits of numbers, 1 .. 17
-    int indentation = 2;      ///< spaces a level; from level 40 on no more are added
-    int numShareDecimals = 3; ///< decimals of the share of the class
-    int firstNumber = 1;      ///< number of the root
+    int numDigits = 7;         ///< significant digits of numbers, 1 .. 17
+    int indentation = 2;       ///< spaces a level; from level 40 on no more are added
+    int numShareDecimals = 3;  ///< decimals of the share of the class
+    int firstNumber = 1;       ///< number of the root
 };
 
 /// What both kinds of trees do. Empty until fitted; a copy shares nothing.
@@ -162,8 +162,8 @@ class ClassificationModel : public Model {
     /// @param classes  codes; another than those of `classes()` is never predicted
     void prune(std::span<const Cells> features, std::span<const std::int32_t> classes);
 
-    /// Success class when its posterior reaches the cut-off, else the other one; without success class or with
-    /// more classes than two, the class of greatest posterior (ties: the first).
+    /// Success class when its posterior reaches the cut-off, else the other one; without success class or
+    /// with more classes than two, the class of greatest posterior (ties: the first).
     std::int32_t classOf(std::int32_t node) const;
     std::vector<std::int32_t> predict(std::span<const Cells> features, std::size_t numRecords) const;
     /// Probability of each class in each record: numRecords x classes, row by row.

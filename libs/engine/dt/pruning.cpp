@@ -30,9 +30,9 @@ Cuts join(Cuts a, Cuts b) {
 
 /// By node the complexity from which on it pays to end the tree there, whatever happens above.
 ///
-/// Below a node the best cost as a function of the complexity is concave and made of lines; its breakpoints are
-/// the cuts of the subtrees. The node ends where its own line, error + complexity, gets below. From the last cut
-/// backwards: while the lines meet before a cut happens, that cut never does.
+/// Below a node the best cost as a function of the complexity is concave and made of lines; its breakpoints
+/// are the cuts of the subtrees. The node ends where its own line, error + complexity, gets below. From the
+/// last cut backwards: while the lines meet before a cut happens, that cut never does.
 std::vector<double> endingComplexities(const Tree& tree) {
     const std::size_t numNodes = tree.nodes.size();
     std::vector<double> ends(numNodes, 0.0);

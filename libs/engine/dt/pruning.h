@@ -12,7 +12,7 @@ namespace Tessel::Engine::DT {
 
 /// One tree of the sequence.
 struct PruningStep {
-    double complexity = 0.0;       ///< smallest cost of a leaf for which this is the best tree
+    double complexity = 0.0;  ///< smallest cost of a leaf for which this is the best tree
     std::int32_t numDecisionNodes = 0;
     double trainingError = 0.0;
     double validationError = 0.0;
@@ -24,8 +24,8 @@ struct PruningStep {
 /// Errors and complexities are per unit of weight of the root: error rates, mean squared errors.
 struct PruningSequence {
     std::vector<PruningStep> steps;
-    /// By node, from which step on the tree ends there, if it does not end above: 0 in the leaves of the tree,
-    /// `steps.size()` where it never does.
+    /// By node, from which step on the tree ends there, if it does not end above: 0 in the leaves of the
+    /// tree, `steps.size()` where it never does.
     std::vector<std::int32_t> endsFrom;
 
     std::vector<std::uint8_t> cutsOf(std::int32_t step) const;

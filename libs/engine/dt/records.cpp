@@ -6,12 +6,14 @@ namespace Tessel::Engine::DT {
 
 namespace {
 
-void summarizeClasses(const Records& records, std::span<const std::uint32_t> members, Node& node,
-                      double* classWeights) {
-    const auto numClasses = static_cast<std::size_t>(records.numClasses);
-    std::fill_n(classWeights, numClasses, 0.0);
+void sumClassWeights(const Records& records, std::span<const std::uint32_t> members, double* classWeights) {
+    std::fill_n(classWeights, static_cast<std::size_t>(records.numClasses), 0.0);
     for (const std::uint32_t member : members)
         classWeights[records.classes[member]] += records.weight(member);
+}
+
+void describeClasses(const Records& records, const double* classWeights, Node& node) {
+    const auto numClasses = static_cast<std::size_t>(records.numClasses);
     std::size_t most = 0;
     double squares = 0.0;
     for (std::size_t k = 0; k < numClasses; ++k) {
@@ -55,10 +57,30 @@ void summarize(const Records& records, std::span<const std::uint32_t> members, N
         node.numRecords = 0;
         for (const std::uint32_t member : members) node.numRecords += records.counts[member];
     }
-    if (records.numClasses > 0)
-        summarizeClasses(records, members, node, classWeights);
-    else
-        summarizeTargets(records, members, node);
+    if (records.numClasses == 0) return summarizeTargets(records, members, node);
+    sumClassWeights(records, members, classWeights);
+    describeClasses(records, classWeights, node);
+}
+
+void summarizeChildren(const Records& records, std::span<const std::uint32_t> leftMembers,
+                       std::span<const std::uint32_t> rightMembers, const Totals& parent, Node& left,
+                       Node& right, double* classWeights) {
+    const auto numClasses = static_cast<std::size_t>(records.numClasses);
+    double* const rightWeights = classWeights + numClasses;
+    if (numClasses == 0 || !records.isUnit()) {
+        summarize(records, leftMembers, left, classWeights);
+        summarize(records, rightMembers, right, rightWeights);
+        return;
+    }
+    const bool isLeftSmaller = leftMembers.size() < rightMembers.size();
+    double* const smaller = isLeftSmaller ? classWeights : rightWeights;
+    double* const larger = isLeftSmaller ? rightWeights : classWeights;
+    sumClassWeights(records, isLeftSmaller ? leftMembers : rightMembers, smaller);
+    for (std::size_t k = 0; k < numClasses; ++k) larger[k] = parent.classWeights[k] - smaller[k];
+    left.numRecords = static_cast<std::int64_t>(leftMembers.size());
+    right.numRecords = static_cast<std::int64_t>(rightMembers.size());
+    describeClasses(records, classWeights, left);
+    describeClasses(records, rightWeights, right);
 }
 
 }  // namespace Tessel::Engine::DT

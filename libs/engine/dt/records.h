@@ -39,6 +39,12 @@ struct Totals {
 void summarize(const Records& records, std::span<const std::uint32_t> members, Node& node,
                double* classWeights);
 
+/// The same for the children of a node. Exact sums of the larger child are what the smaller one leaves.
+/// @param classWeights  receives those of the left child, then those of the right one.
+void summarizeChildren(const Records& records, std::span<const std::uint32_t> leftMembers,
+                       std::span<const std::uint32_t> rightMembers, const Totals& parent, Node& left,
+                       Node& right, double* classWeights);
+
 // The left side of a split under trial. Each takes records, or the sums of many records (a bin), from the
 // right side to the left and rates the split; the best split of a node has the greatest score. Scores of one
 // node compare exactly where sums are exact, above all for records of weight 1: a split and its mirror, or

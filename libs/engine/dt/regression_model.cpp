@@ -1,5 +1,4 @@
 #include "engine/dt/model.h"
-
 #include <tessel/data/errors.h>
 
 #include <cmath>
@@ -60,13 +59,15 @@ void RegressionModel::prune(std::span<const Cells> features, std::span<const dou
     PruningSequence sequence = judge(errors, count);
 
     // Variance of a mean of squared errors.
-    Scorer(grown, sequence.cutsOf(static_cast<std::int32_t>(bestStep(sequence)))).findLeaves(features, leaves);
+    Scorer(grown, sequence.cutsOf(static_cast<std::int32_t>(bestStep(sequence))))
+        .findLeaves(features, leaves);
     Moments squaredErrors;
     for (std::size_t i = 0; i < targets.size(); ++i) {
         const double error = targets[i] - grown.nodes[static_cast<std::size_t>(leaves[i])].response;
         squaredErrors.add({1.0, error * error, 0.0});
     }
-    adoptPruning(std::move(sequence), std::sqrt(squaredErrors.squares / count / count), std::move(numRecords));
+    adoptPruning(std::move(sequence), std::sqrt(squaredErrors.squares / count / count),
+                 std::move(numRecords));
 }
 
 std::vector<double> RegressionModel::predict(std::span<const Cells> features, std::size_t numRecords) const {

@@ -26,20 +26,21 @@ Scorer::Scorer(const Tree& tree, const std::vector<std::uint8_t>& isCut) {
     std::int32_t nextChild = 1;
     for (std::size_t i = 0; i < treeNodes_.size(); ++i) {
         if (isEnd(treeNodes_[i])) {
-            nodes_.push_back({std::numeric_limits<double>::infinity(), numericFeature,
-                              static_cast<std::int32_t>(i)});
+            nodes_.push_back(
+                {std::numeric_limits<double>::infinity(), numericFeature, static_cast<std::int32_t>(i)});
             continue;
         }
         const Node& node = tree.nodes[static_cast<std::size_t>(treeNodes_[i])];
         PackedNode packed{node.threshold, node.feature, nextChild};
         if (node.categorySet >= 0) {
-            const std::vector<std::int32_t>& codes = tree.categorySets[static_cast<std::size_t>(node.categorySet)];
+            const std::vector<std::int32_t>& codes =
+                tree.categorySets[static_cast<std::size_t>(node.categorySet)];
             packed.feature = -1 - static_cast<std::int32_t>(sets_.size());
             sets_.push_back({node.feature, codes.back() + 1, words_.size()});
             words_.resize(words_.size() + static_cast<std::size_t>(codes.back()) / 64 + 1, 0);
             for (const std::int32_t code : codes)
                 words_[sets_.back().firstWord + static_cast<std::size_t>(code) / 64] |= std::uint64_t{1}
-                                                                                         << (code % 64);
+                                                                                        << (code % 64);
         }
         nodes_.push_back(packed);
         nextChild += 2;
@@ -67,7 +68,8 @@ void Scorer::descend(std::span<const Cells> features, std::size_t first, std::in
                 isRight = goesRight(set, features[static_cast<std::size_t>(set.feature)].codes[first + i]);
             } else {
                 // A comparison with NaN is false: missing cells go left.
-                isRight = features[static_cast<std::size_t>(node.feature)].numbers[first + i] > node.threshold;
+                isRight =
+                    features[static_cast<std::size_t>(node.feature)].numbers[first + i] > node.threshold;
             }
             const std::int32_t next = node.left + isRight;
             moves |= next ^ at[i];
@@ -79,7 +81,8 @@ void Scorer::descend(std::span<const Cells> features, std::size_t first, std::in
 }
 
 template <bool HasSets>
-void Scorer::findRange(std::span<const Cells> features, std::size_t first, std::span<std::int32_t> leaves) const {
+void Scorer::findRange(std::span<const Cells> features, std::size_t first,
+                       std::span<std::int32_t> leaves) const {
     constexpr std::size_t kWidth = 8;
     std::size_t i = 0;
     for (; i + kWidth <= leaves.size(); i += kWidth)

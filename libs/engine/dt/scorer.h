@@ -12,8 +12,8 @@ namespace Tessel::Engine::DT {
 /// Finds the leaves of records. A copy of what scoring reads of a tree, packed: 16 bytes a node, leaves that
 /// lead to themselves, so that several records descend side by side without a branch.
 ///
-/// A missing cell goes left. Of categories only those of the split's set go left: unseen ones go right, and so
-/// do those that training met but not in the node that was split.
+/// A missing cell goes left. Of categories only those of the split's set go left: unseen ones go right, and
+/// so do those that training met but not in the node that was split.
 class Scorer {
  public:
     Scorer() = default;

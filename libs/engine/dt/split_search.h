@@ -35,6 +35,7 @@ struct Candidate {
 /// Working memory of one thread; `bins` and `present` are all zero between uses.
 struct Scratch {
     std::vector<SortedRecord> moved;
+    std::vector<std::uint32_t> movedMembers;
     std::vector<double> bins;
     std::vector<std::uint64_t> present;  // a bit per code met
     std::vector<double> classSums;

@@ -14,8 +14,8 @@ WString widen(const char* first, const char* last) { return WString(first, last)
 
 WString numberText(double number, std::chars_format format, int precision) {
     std::array<char, 512> buffer{};  // a double has at most 309 digits before the point
-    const auto end =
-        std::to_chars(buffer.data(), buffer.data() + buffer.size(), number, format, std::clamp(precision, 0, 17));
+    const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number, format,
+                                   std::clamp(precision, 0, 17));
     return widen(buffer.data(), end.ptr);
 }
 
@@ -38,7 +38,8 @@ WString conditionText(const Tree& tree, const Node& parent, bool isLeft, const T
                numberText(parent.threshold, std::chars_format::general, std::max(1, layout.numDigits));
     static const std::vector<WString> kNoNames;
     const auto index = static_cast<std::size_t>(parent.feature);
-    const std::vector<WString>& categories = index < names.categories.size() ? names.categories[index] : kNoNames;
+    const std::vector<WString>& categories =
+        index < names.categories.size() ? names.categories[index] : kNoNames;
     WString text = feature + (isLeft ? L" in {" : L" not in {");
     const char* separator = "";
     for (const std::int32_t code : tree.categorySets[static_cast<std::size_t>(parent.categorySet)]) {
@@ -83,7 +84,8 @@ WString Model::toString(int numLevels, const TextLayout& layout, const Names& na
             const Node& parent = tree_.nodes[static_cast<std::size_t>(node.parent)];
             text += conditionText(tree_, parent, parent.left == position, layout, names);
         }
-        text += L"  n = " + integerText(node.numRecords) + L"  " + responseText(tree_, position, layout, names);
+        text +=
+            L"  n = " + integerText(node.numRecords) + L"  " + responseText(tree_, position, layout, names);
         text += isLeaf(position) ? L" *\n" : L"\n";
         if (isLeaf(position) || level >= numLevels) continue;
         stack.push_back({node.right(), level + 1});

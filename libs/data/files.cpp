@@ -15,9 +15,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
-bool writeWhole(const fs::path& path, std::string_view bytes) {
+bool writeWhole(const fs::path& path, const Producer& produce) {
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
-    file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    if (!file) return false;
+    produce(file);
     file.close();  // the last bytes leave the buffer here, and a full disk shows here
     return file.good();
 }
@@ -33,10 +34,16 @@ fs::path temporaryBeside(const fs::path& target) {
     return temporary;
 }
 
-bool replaceFile(const fs::path& target, std::string_view bytes, const fs::file_status& status) {
+bool replaceFile(const fs::path& target, const Producer& produce, const fs::file_status& status) {
     const fs::path temporary = temporaryBeside(target);
     std::error_code error;
-    bool isDone = writeWhole(temporary, bytes);
+    bool isDone = false;
+    try {
+        isDone = writeWhole(temporary, produce);
+    } catch (...) {
+        fs::remove(temporary, error);
+        throw;
+    }
     if (isDone && fs::exists(status)) fs::permissions(temporary, status.permissions(), error);
     if (isDone && !error) fs::rename(temporary, target, error);
     isDone = isDone && !error;
@@ -68,16 +75,22 @@ std::string readBytes(const WString& path) {
     return bytes;
 }
 
-void writeBytes(const WString& path, std::string_view bytes) {
+void write(const WString& path, const Producer& produce) {
     fs::path target = toPath(path);
     std::error_code error;
     const fs::file_status status = fs::status(target, error);
     if (fs::is_symlink(fs::symlink_status(target, error)) && fs::exists(status))
         target = fs::canonical(target, error);
     const bool isSpecial = fs::exists(status) && !fs::is_regular_file(status);
-    const bool isWritten = isSpecial ? !fs::is_directory(status) && writeWhole(target, bytes)
-                                     : replaceFile(target, bytes, status);
+    const bool isWritten = isSpecial ? !fs::is_directory(status) && writeWhole(target, produce)
+                                     : replaceFile(target, produce, status);
     if (!isWritten) throw UnableToWriteFile(Convert::toUtf8Lossy(path));
+}
+
+void writeBytes(const WString& path, std::string_view bytes) {
+    write(path, [bytes](std::ostream& file) {
+        file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    });
 }
 
 }  // namespace Tessel::Files

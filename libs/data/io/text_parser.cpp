@@ -1,15 +1,15 @@
 #include "data/io/text_parser.h"
 
-#include <algorithm>
-#include <limits>
-#include <optional>
-
+#include "data/column_access.h"
+#include "data/io/delimiter.h"
+#include "data/io/number_reader.h"
+#include "data/io/parallel.h"
 #include <tessel/data/convert.h>
 #include <tessel/data/errors.h>
 
-#include "data/column_access.h"
-#include "data/io/number_reader.h"
-#include "data/io/parallel.h"
+#include <algorithm>
+#include <limits>
+#include <optional>
 
 namespace Tessel::IO {
 namespace {
@@ -39,10 +39,9 @@ void closeGaps(std::vector<T>& cells, const std::vector<Chunk>& chunks,
 }  // namespace
 
 TextParser::TextParser(std::string_view file, const TextOptions& options)
-    : file_(file), data_(file), options_(options), delimiter_(static_cast<char>(options.delimiter)) {
-    checkOptions();
+    : file_(file), data_(file), options_(options), delimiter_(checkedDelimiter(options.delimiter)) {
     // Where the delimiter may stand in a number, cells must be cut out before they are read.
-    readsInPlace_ = std::string_view("+-.eE0123456789").find(delimiter_) == std::string_view::npos;
+    readsInPlace_ = !mayStandInNumber(delimiter_);
     for (const WString& text : options.missingTexts) {
         const std::string bytes = Convert::toUtf8(text);
         missingTexts_.emplace_back(withoutBlanks(bytes));
@@ -53,13 +52,6 @@ TextParser::TextParser(std::string_view file, const TextOptions& options)
     if (data_.starts_with(kByteOrderMark)) data_.remove_prefix(kByteOrderMark.size());
     readHeader();
     applyOptions();
-}
-
-void TextParser::checkOptions() const {
-    const wchar_t delimiter = options_.delimiter;
-    if (delimiter <= 0 || delimiter > 127 || delimiter == '"' || delimiter == '\n' || delimiter == '\r')
-        throw ConstraintViolation("Delimiter",
-                                  "must be an ASCII character that is no quote and no line end.");
 }
 
 void TextParser::readHeader() {

@@ -40,7 +40,6 @@ class TextParser {
         std::vector<CellLevels> levels;  // by chunk
     };
 
-    void checkOptions() const;
     void readHeader();
     void applyOptions();
     std::size_t columnOf(const WString& name) const;

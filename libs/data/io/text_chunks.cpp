@@ -46,7 +46,8 @@ std::vector<Chunk> cutIntoChunks(std::string_view text, std::size_t size, std::s
     numRows = 0;
     if (text.empty()) return {};
     std::vector<Block> blocks((text.size() + size - 1) / size);
-    forEachIndex(blocks.size(), [&](std::size_t i) { blocks[i] = inspect(text.substr(i * size, size)); });
+    forEachIndex(blocks.size(), text.size(),
+                 [&](std::size_t i) { blocks[i] = inspect(text.substr(i * size, size)); });
 
     const char* const end = text.data() + text.size();
     std::vector<Chunk> chunks{{text.data(), end, 0}};

@@ -53,7 +53,9 @@ TextFormatter::TextFormatter(const DataFrame& table, const TextFormat& format)
     numbersMayHoldDelimiter_ = mayStandInNumber(delimiter_) ||
                                std::string_view("Infinity").find(delimiter_) != std::string_view::npos;
     columns_.resize(static_cast<std::size_t>(table.getNumCols()));
-    forEachIndex(columns_.size(), [&](std::size_t i) { columns_[i] = prepare(table, static_cast<int>(i)); });
+    const std::size_t numCells = columns_.size() * static_cast<std::size_t>(table.getNumRows());
+    forEachIndex(columns_.size(), numCells,
+                 [&](std::size_t i) { columns_[i] = prepare(table, static_cast<int>(i)); });
 }
 
 TextFormatter::Column TextFormatter::prepare(const DataFrame& table, int column) const {

@@ -176,14 +176,14 @@ void TextParser::sampleTypes() {
 }
 
 void TextParser::parseColumns() {
-    forEachIndex(columns_.size(), [&](std::size_t i) {
+    forEachIndex(columns_.size(), data_.size(), [&](std::size_t i) {
         if (modes_[i] == Mode::NUMBER) columns_[i].numbers.resize(numRows_);
         if (modes_[i] != Mode::TEXT) return;
         columns_[i].isText = true;
         columns_[i].codes.resize(numRows_);
         columns_[i].levels.resize(chunks_.size());
     });
-    forEachIndex(chunks_.size(), [&](std::size_t chunk) { parseChunk(chunk); });
+    forEachIndex(chunks_.size(), data_.size(), [&](std::size_t chunk) { parseChunk(chunk); });
 }
 
 bool TextParser::hasLateColumns() {
@@ -307,7 +307,7 @@ WString TextParser::wide(std::string_view bytes) const {
 
 DataFrame TextParser::makeTable() {
     std::vector<std::vector<WString>> texts(columns_.size());
-    forEachIndex(columns_.size(), [&](std::size_t i) {
+    forEachIndex(columns_.size(), data_.size(), [&](std::size_t i) {
         if (columns_[i].isText) joinLevels(columns_[i], texts[i]);
     });
     DataFrame table;

@@ -1,13 +1,13 @@
 // Reading and writing of text files: a numeric table of a million rows, about 95 MB, and a mixed one.
 
-#include <tessel/data/reader.h>
-#include <tessel/data/writer.h>
-
 #include <cstdint>
 #include <filesystem>
 #include <string>
 
 #include <benchmark/benchmark.h>
+
+#include <tessel/data/reader.h>
+#include <tessel/data/writer.h>
 
 namespace {
 

@@ -1,9 +1,9 @@
-#include <tessel/data/errors.h>
-#include <tessel/data/reader.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
+
+#include <tessel/data/errors.h>
+#include <tessel/data/reader.h>
 
 // Entry of a fuzzer for delimited text, for example clang++ -fsanitize=fuzzer,address. The first byte chooses
 // the options, the others are the text. Whatever they are, the outcome is a table or a Tessel::Exception.

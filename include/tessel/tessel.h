@@ -13,6 +13,7 @@
 #include <tessel/data/types.h>
 #include <tessel/data/util.h>
 #include <tessel/data/vectors.h>
+#include <tessel/data/writer.h>
 #include <tessel/evaluator/evaluator.h>
 #include <tessel/evaluator/metrics.h>
 #include <tessel/framework/capabilities.h>

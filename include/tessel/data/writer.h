@@ -1,9 +1,9 @@
 #pragma once
 
+#include <string>
+
 #include <tessel/data/data_frame.h>
 #include <tessel/data/data_frame_vector.h>
-
-#include <string>
 
 namespace Tessel {
 

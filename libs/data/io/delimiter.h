@@ -1,8 +1,8 @@
 #pragma once
 
-#include <tessel/data/errors.h>
-
 #include <string_view>
+
+#include <tessel/data/errors.h>
 
 namespace Tessel::IO {
 

@@ -1,10 +1,5 @@
 #include "data/io/spreadsheet.h"
 
-#include "data/column_access.h"
-#include "data/files.h"
-#include <tessel/data/convert.h>
-#include <tessel/data/errors.h>
-
 #include <algorithm>
 #include <atomic>
 #include <cmath>
@@ -15,6 +10,12 @@
 #include <system_error>
 
 #include <xlsxwriter.h>
+
+#include <tessel/data/convert.h>
+#include <tessel/data/errors.h>
+
+#include "data/column_access.h"
+#include "data/files.h"
 
 namespace Tessel::IO {
 namespace {

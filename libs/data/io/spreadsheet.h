@@ -1,9 +1,9 @@
 #pragma once
 
-#include <tessel/data/data_frame_vector.h>
-
 #include <string>
 #include <vector>
+
+#include <tessel/data/data_frame_vector.h>
 
 namespace Tessel::IO {
 

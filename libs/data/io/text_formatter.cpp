@@ -1,16 +1,17 @@
 #include "data/io/text_formatter.h"
 
-#include "data/column_access.h"
-#include "data/io/block_writer.h"
-#include "data/io/delimiter.h"
-#include "data/io/parallel.h"
-#include <tessel/data/convert.h>
-#include <tessel/data/errors.h>
-
 #include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <string_view>
+
+#include <tessel/data/convert.h>
+#include <tessel/data/errors.h>
+
+#include "data/column_access.h"
+#include "data/io/block_writer.h"
+#include "data/io/delimiter.h"
+#include "data/io/parallel.h"
 
 namespace Tessel::IO {
 namespace {

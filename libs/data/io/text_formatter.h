@@ -1,12 +1,12 @@
 #pragma once
 
-#include <tessel/data/data_frame.h>
-#include <tessel/data/writer.h>
-
 #include <iosfwd>
 #include <span>
 #include <string>
 #include <vector>
+
+#include <tessel/data/data_frame.h>
+#include <tessel/data/writer.h>
 
 namespace Tessel::IO {
 

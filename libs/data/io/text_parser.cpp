@@ -1,15 +1,16 @@
 #include "data/io/text_parser.h"
 
+#include <algorithm>
+#include <limits>
+#include <optional>
+
+#include <tessel/data/convert.h>
+#include <tessel/data/errors.h>
+
 #include "data/column_access.h"
 #include "data/io/delimiter.h"
 #include "data/io/number_reader.h"
 #include "data/io/parallel.h"
-#include <tessel/data/convert.h>
-#include <tessel/data/errors.h>
-
-#include <algorithm>
-#include <limits>
-#include <optional>
 
 namespace Tessel::IO {
 namespace {

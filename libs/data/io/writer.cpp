@@ -1,13 +1,14 @@
-#include "data/files.h"
-#include "data/io/spreadsheet.h"
-#include "data/io/text_formatter.h"
-#include "data/io/xml_formatter.h"
+#include <sstream>
+#include <stdexcept>
+
 #include <tessel/data/convert.h>
 #include <tessel/data/errors.h>
 #include <tessel/data/writer.h>
 
-#include <sstream>
-#include <stdexcept>
+#include "data/files.h"
+#include "data/io/spreadsheet.h"
+#include "data/io/text_formatter.h"
+#include "data/io/xml_formatter.h"
 
 namespace Tessel {
 

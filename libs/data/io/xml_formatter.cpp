@@ -1,14 +1,15 @@
 #include "data/io/xml_formatter.h"
 
-#include "data/column_access.h"
-#include "data/io/block_writer.h"
-#include "data/io/text_formatter.h"
-#include <tessel/data/convert.h>
-
 #include <algorithm>
 #include <ostream>
 #include <string>
 #include <vector>
+
+#include <tessel/data/convert.h>
+
+#include "data/column_access.h"
+#include "data/io/block_writer.h"
+#include "data/io/text_formatter.h"
 
 namespace Tessel::IO {
 namespace {

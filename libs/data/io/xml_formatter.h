@@ -1,8 +1,8 @@
 #pragma once
 
-#include <tessel/data/data_frame.h>
-
 #include <iosfwd>
+
+#include <tessel/data/data_frame.h>
 
 namespace Tessel::IO {
 

@@ -1,8 +1,5 @@
 #pragma once
 
-#include <tessel/data/convert.h>
-#include <tessel/data/data_frame.h>
-
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -10,6 +7,9 @@
 #include <string>
 
 #include <omp.h>
+
+#include <tessel/data/convert.h>
+#include <tessel/data/data_frame.h>
 
 // What the tests of readers and writers share.
 namespace Tessel {

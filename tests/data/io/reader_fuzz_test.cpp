@@ -1,13 +1,13 @@
 #include "../../../fuzz/reader_fuzz.cpp"
 
-#include "data/io/io_testing.h"
-
 #include <filesystem>
 #include <random>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
+
+#include "data/io/io_testing.h"
 
 namespace Tessel {
 namespace {

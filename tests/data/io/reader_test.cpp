@@ -1,8 +1,3 @@
-#include "data/io/io_testing.h"
-#include <tessel/data/convert.h>
-#include <tessel/data/errors.h>
-#include <tessel/data/reader.h>
-
 #include <bit>
 #include <charconv>
 #include <cmath>
@@ -11,6 +6,12 @@
 #include <random>
 
 #include <gtest/gtest.h>
+
+#include <tessel/data/convert.h>
+#include <tessel/data/errors.h>
+#include <tessel/data/reader.h>
+
+#include "data/io/io_testing.h"
 
 namespace Tessel {
 namespace {

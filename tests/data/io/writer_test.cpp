@@ -1,10 +1,3 @@
-#include "data/io/io_testing.h"
-#include "data/io/spreadsheet.h"
-#include <tessel/data/convert.h>
-#include <tessel/data/errors.h>
-#include <tessel/data/reader.h>
-#include <tessel/data/writer.h>
-
 #include <bit>
 #include <cmath>
 #include <filesystem>
@@ -12,6 +5,14 @@
 #include <random>
 
 #include <gtest/gtest.h>
+
+#include <tessel/data/convert.h>
+#include <tessel/data/errors.h>
+#include <tessel/data/reader.h>
+#include <tessel/data/writer.h>
+
+#include "data/io/io_testing.h"
+#include "data/io/spreadsheet.h"
 
 namespace Tessel {
 namespace {

@@ -14,6 +14,7 @@
 #include <tessel/data/util.h>
 #include <tessel/data/vectors.h>
 #include <tessel/data/writer.h>
+#include <tessel/decision_tree.h>
 #include <tessel/evaluator/evaluator.h>
 #include <tessel/evaluator/metrics.h>
 #include <tessel/framework/capabilities.h>
@@ -22,6 +23,7 @@
 #include <tessel/framework/estimator.h>
 #include <tessel/framework/fitable.h>
 #include <tessel/framework/ladon.h>
+#include <tessel/framework/regressor.h>
 #include <tessel/framework/supervised.h>
 #include <tessel/framework/supervised_model.h>
 #include <tessel/naive_bayes.h>

@@ -116,7 +116,7 @@ TrainingSet IEstimator::checkedData(const DataFrame& features, const DataFrameCo
     if (data.target.classes.size() < 2) throw TooFewClassLabels();
     if (!successClass.get().empty() && !data.target.classes.exists(successClass.get()))
         throw InvalidSuccessLabel();
-    data.priors = priors(data.target.classes, data.target.counts);
+    data.priors = priors(data.target.classes, classSizes(data.target));
     return data;
 }
 

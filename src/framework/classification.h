@@ -79,6 +79,8 @@ class IEstimator : public Supervised::IEstimator, public PriorProbability::IAdmi
     ParameterList classificationParameters() {
         return {priorProbMethod, priorProb, successClass, successProbability};
     }
+    /// How much of the training data each class is, for the empirical priors: its rows, or their weights.
+    virtual std::vector<double> classSizes(const ClassTarget& target) const { return target.counts; }
     /// Fits the family's engine. The framework adds schema and classes to the model that it returns.
     virtual std::shared_ptr<IModelable> fitEngine(const TrainingSet& data) const = 0;
 

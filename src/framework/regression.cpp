@@ -20,14 +20,17 @@ DataFrame IModelable::predict(const DataFrame& features) const {
     return table;
 }
 
-TrainingSet IEstimator::checkedData(const DataFrame& features, const DataFrameColumn& target) const {
-    TrainingSet data{checkedFeatures(features, target), target.values()};
-    const auto isFinite = [](double value) { return std::isfinite(value); };
-    if (!std::all_of(data.target.begin(), data.target.end(), isFinite))
+std::span<const double> readNumericTarget(const DataFrameColumn& target) {
+    const auto values = target.values();
+    if (!std::all_of(values.begin(), values.end(), [](double value) { return std::isfinite(value); }))
         throw ConstraintViolation(
             Convert::toUtf8Lossy(target.getColName()),
             "The target has missing or infinite cells; remove these rows or fill the cells.");
-    return data;
+    return values;
+}
+
+TrainingSet IEstimator::checkedData(const DataFrame& features, const DataFrameColumn& target) const {
+    return {checkedFeatures(features, target), readNumericTarget(target)};
 }
 
 void IEstimator::validate(const DataFrame& features, const DataFrameColumn& target) const {

@@ -23,6 +23,10 @@ class IModelable : public Supervised::IModelable {
     virtual void score(const std::vector<FeatureColumn>& columns, std::span<double> predictions) const = 0;
 };
 
+/// The numbers of a target. @throws NonNumericData for text, ConstraintViolation for missing and infinite
+/// cells.
+std::span<const double> readNumericTarget(const DataFrameColumn& target);
+
 /// What a family's engine is given to fit on.
 struct TrainingSet {
     TrainingFeatures features;
@@ -44,8 +48,6 @@ class IEstimator : public Supervised::IEstimator {
     virtual std::shared_ptr<IModelable> fitEngine(const TrainingSet& data) const = 0;
 
  private:
-    /// @throws what `checkedFeatures` throws, NonNumericData for a text target, ConstraintViolation for
-    /// missing and infinite cells.
     TrainingSet checkedData(const DataFrame& features, const DataFrameColumn& target) const;
 };
 

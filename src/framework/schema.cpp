@@ -26,28 +26,36 @@ std::shared_ptr<const Dictionary> categoriesOf(const ColumnCells& cells) {
     return std::make_shared<const Dictionary>(std::move(texts));
 }
 
-/// For each code that the cells use, the code of the same text in `categories`.
+/// For each code that the cells use, the code of the same text in `categories`, or their number when there is
+/// none.
 std::vector<std::int32_t> codeMap(const ColumnCells& cells, const Dictionary& categories) {
+    const auto codeOf = [&](const WString& text) {
+        const std::int32_t code = categories.find(text);
+        return code == kMissingCode ? categories.size() : code;
+    };
     std::vector<std::int32_t> map;
     if (cells.isNumeric()) {
-        for (const double value : cells.rankCodes().distinct)
-            map.push_back(categories.find(Convert::toString(value)));
+        for (const double value : cells.rankCodes().distinct) map.push_back(codeOf(Convert::toString(value)));
         map.push_back(kMissingCode);  // the rank of missing cells
     } else {
         map.assign(cells.dictionary().levels().size(), kMissingCode);
-        for (const std::int32_t code : cells.presentCodes())
-            map[at(code)] = categories.find(cells.dictionary()[code]);
+        for (const std::int32_t code : cells.presentCodes()) map[at(code)] = codeOf(cells.dictionary()[code]);
     }
     return map;
 }
 
-void requireFinite(const DataFrameColumn& column) {
-    // Counting without a branch lets the compiler compare several cells at once.
+void requireFinite(const WString& name, const ColumnCells& cells) {
+    const auto isInfinite = [](double value) {
+        return std::abs(value) == std::numeric_limits<double>::infinity();
+    };
     std::size_t numInfinite = 0;
-    for (const double value : column.values())
-        numInfinite += std::abs(value) == std::numeric_limits<double>::infinity();
+    if (cells.selection()) {  // row by row, so that the rows need not be gathered for the check alone
+        for (int row = 0; row < cells.numRows(); ++row) numInfinite += isInfinite(cells.number(row));
+    } else {  // counting without a branch lets the compiler compare several cells at once
+        for (const double value : cells.numbers()) numInfinite += isInfinite(value);
+    }
     if (numInfinite > 0)
-        throw ConstraintViolation(Convert::toUtf8Lossy(column.getColName()),
+        throw ConstraintViolation(Convert::toUtf8Lossy(name),
                                   "Infinite values are not allowed; remove them or mark them as missing.");
 }
 
@@ -62,7 +70,6 @@ StringVector FittedSchema::featureNames() const {
 FeatureColumn FeatureColumn::numeric(std::shared_ptr<ColumnCells> cells) {
     FeatureColumn column;
     column.cells_ = std::move(cells);
-    column.numbers_ = column.cells_->numbers();
     return column;
 }
 
@@ -104,7 +111,7 @@ TrainingFeatures readTrainingFeatures(const DataFrame& features, const IntVector
             feature.categories = categoriesOf(*cells);
             training.columns.push_back(FeatureColumn::categorical(cells, *feature.categories));
         } else {
-            requireFinite(column);
+            requireFinite(feature.name, *cells);
             training.columns.push_back(FeatureColumn::numeric(cells));
         }
         names.push_back(feature.name);

@@ -36,7 +36,8 @@ struct FittedSchema {
 };
 
 /// The cells of one feature in a table, in the terms of the model: numbers (NaN = missing) or category codes
-/// (`kMissingCode` = missing or never met in training). Keeps alive what its spans show.
+/// (`kMissingCode` = missing, the number of categories = never met in training). Keeps alive what its spans
+/// show.
 class FeatureColumn {
  public:
     /// @pre the cells are numeric.
@@ -45,14 +46,17 @@ class FeatureColumn {
     static FeatureColumn categorical(std::shared_ptr<ColumnCells> cells, const Dictionary& categories);
 
     bool isCategorical() const { return isCategorical_; }
-    std::span<const double> numbers() const { return numbers_; }
+    const ColumnCells& cells() const { return *cells_; }
+    /// Rows taken out of a column are gathered at the first call.
+    std::span<const double> numbers() const {
+        return isCategorical_ ? std::span<const double>() : cells_->numbers();
+    }
     std::span<const std::int32_t> codes() const { return codes_; }
 
  private:
     bool isCategorical_ = false;
     std::shared_ptr<ColumnCells> cells_;
     std::shared_ptr<const std::vector<std::int32_t>> mapped_;
-    std::span<const double> numbers_;
     std::span<const std::int32_t> codes_;
 };
 

@@ -54,8 +54,8 @@ TEST(Schema, FindsFeaturesByNameWhenScoring) {
     table.append(DataFrameColumn(L"city", StringVector{L"Linz", L"Graz", L""}));
     table.append(DataFrameColumn(L"age", StringVector{L"30", L"20", L"77"}));  // texts of a numeric category
     const auto columns = readFeatures(schema, table);
-    EXPECT_EQ(codes(columns[0]), (std::vector<std::int32_t>{1, 0, -1}));
-    EXPECT_EQ(codes(columns[1]), (std::vector<std::int32_t>{-1, 1, -1}));
+    EXPECT_EQ(codes(columns[0]), (std::vector<std::int32_t>{1, 0, 2}));  // 2: never met in training
+    EXPECT_EQ(codes(columns[1]), (std::vector<std::int32_t>{2, 1, -1}));
 
     EXPECT_THROW(readFeatures(schema, table(Util::all, StringVector{L"city"})), NotAValidColName);
     const FittedSchema numeric = readTrainingFeatures(mixedTable()).schema;

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <tessel/decision_tree.h>
 #include <tessel/framework/errors.h>
 #include <tessel/naive_bayes.h>
 
@@ -18,7 +19,8 @@ using Testing::labelledTable;
 
 template <class Estimator>
 class Classifiers : public testing::Test {};
-using Families = testing::Types<Classification::NaiveBayes::Estimator>;
+using Families =
+    testing::Types<Classification::NaiveBayes::Estimator, Classification::DecisionTree::Estimator>;
 TYPED_TEST_SUITE(Classifiers, Families);
 
 Vector column(const DataFrame& table, int position) { return table(Util::all, position).toDoubleVector(); }

@@ -40,14 +40,10 @@ class TESSEL_API EstimatorHandle : public Identifiable,
     EstimatorHandle(const EstimatorHandle& other);
     EstimatorHandle& operator=(const EstimatorHandle& other);
 
-    /// The implementation as the family's own class.
+    /// The implementation as the kind's or the family's own class.
     template <class Implementation>
-    Implementation& as() {
+    Implementation& as() const {
         return static_cast<Implementation&>(*implementation_);
-    }
-    template <class Implementation>
-    const Implementation& as() const {
-        return static_cast<const Implementation&>(*implementation_);
     }
 
  private:

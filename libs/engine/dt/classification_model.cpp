@@ -1,9 +1,10 @@
-#include "engine/dt/model.h"
-#include <tessel/data/errors.h>
-
 #include <algorithm>
 #include <cmath>
 #include <numeric>
+
+#include <tessel/data/errors.h>
+
+#include "engine/dt/model.h"
 
 namespace Tessel::Engine::DT {
 

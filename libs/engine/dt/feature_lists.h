@@ -1,11 +1,11 @@
 #pragma once
 
-#include "engine/dt/split_search.h"
-#include "engine/dt/training_data.h"
-
 #include <cstdint>
 #include <span>
 #include <vector>
+
+#include "engine/dt/split_search.h"
+#include "engine/dt/training_data.h"
 
 namespace Tessel::Engine::DT {
 

@@ -1,10 +1,5 @@
 #include "engine/dt/growth.h"
 
-#include "data/random.h"
-#include "engine/dt/feature_lists.h"
-#include "engine/dt/split_search.h"
-#include <tessel/data/errors.h>
-
 #include <algorithm>
 #include <atomic>
 #include <cmath>
@@ -12,6 +7,12 @@
 #include <queue>
 
 #include <omp.h>
+
+#include <tessel/data/errors.h>
+
+#include "data/random.h"
+#include "engine/dt/feature_lists.h"
+#include "engine/dt/split_search.h"
 
 namespace Tessel::Engine::DT {
 

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "engine/dt/records.h"
-#include "engine/dt/training_data.h"
-#include "engine/dt/tree.h"
-
 #include <cstdint>
 #include <span>
 #include <vector>
+
+#include "engine/dt/records.h"
+#include "engine/dt/training_data.h"
+#include "engine/dt/tree.h"
 
 // Growing a tree by exact best binary splits (Breiman, Friedman, Olshen & Stone, Classification and
 // Regression Trees, 1984): decrease of Gini's index, or of the sum of squares.

@@ -1,8 +1,8 @@
 #include "engine/dt/model.h"
 
-#include <tessel/data/errors.h>
-
 #include <algorithm>
+
+#include <tessel/data/errors.h>
 
 namespace Tessel::Engine::DT {
 

@@ -1,16 +1,17 @@
 #pragma once
 
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+#include <tessel/data/types.h>
+
 #include "engine/dt/growth.h"
 #include "engine/dt/pruning.h"
 #include "engine/dt/scorer.h"
 #include "engine/dt/training_data.h"
 #include "engine/dt/tree.h"
-#include <tessel/data/types.h>
-
-#include <cstdint>
-#include <span>
-#include <string>
-#include <vector>
 
 // Decision trees: classification and regression by recursive binary splits.
 //

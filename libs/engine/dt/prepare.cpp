@@ -1,7 +1,8 @@
-#include "engine/dt/growth.h"
+#include <cmath>
+
 #include <tessel/data/errors.h>
 
-#include <cmath>
+#include "engine/dt/growth.h"
 
 namespace Tessel::Engine::DT {
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "engine/dt/tree.h"
-
 #include <cstdint>
 #include <vector>
+
+#include "engine/dt/tree.h"
 
 // Weakest-link pruning (Breiman, Friedman, Olshen & Stone, Classification and Regression Trees, 1984, chapter
 // 3): the nested sequence of the subtrees that minimise error + complexity * leaves for some complexity.

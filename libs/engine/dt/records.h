@@ -1,10 +1,10 @@
 #pragma once
 
-#include "engine/dt/tree.h"
-
 #include <cstdint>
 #include <span>
 #include <vector>
+
+#include "engine/dt/tree.h"
 
 // The records of one fit and their response: what the split search adds up.
 

@@ -1,7 +1,8 @@
-#include "engine/dt/model.h"
+#include <cmath>
+
 #include <tessel/data/errors.h>
 
-#include <cmath>
+#include "engine/dt/model.h"
 
 namespace Tessel::Engine::DT {
 

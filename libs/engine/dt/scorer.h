@@ -1,11 +1,11 @@
 #pragma once
 
-#include "engine/dt/training_data.h"
-#include "engine/dt/tree.h"
-
 #include <cstdint>
 #include <span>
 #include <vector>
+
+#include "engine/dt/training_data.h"
+#include "engine/dt/tree.h"
 
 namespace Tessel::Engine::DT {
 

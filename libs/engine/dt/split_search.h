@@ -1,12 +1,12 @@
 #pragma once
 
-#include "data/column_cells.h"
-#include "engine/dt/records.h"
-
 #include <cstdint>
 #include <memory>
 #include <span>
 #include <vector>
+
+#include "data/column_cells.h"
+#include "engine/dt/records.h"
 
 // The search for the best split of a node by one feature.
 

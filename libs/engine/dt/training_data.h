@@ -1,10 +1,10 @@
 #pragma once
 
-#include "data/column_cells.h"
-
 #include <cstdint>
 #include <span>
 #include <vector>
+
+#include "data/column_cells.h"
 
 namespace Tessel::Engine::DT {
 

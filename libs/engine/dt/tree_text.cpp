@@ -1,8 +1,8 @@
-#include "engine/dt/model.h"
-
 #include <algorithm>
 #include <array>
 #include <charconv>
+
+#include "engine/dt/model.h"
 
 namespace Tessel::Engine::DT {
 

@@ -1,12 +1,13 @@
-#include "data/random.h"
-#include "engine/dt/tree_table.h"
-#include <tessel/data/errors.h>
-
 #include <algorithm>
 #include <numeric>
 
 #include <gtest/gtest.h>
 #include <omp.h>
+
+#include <tessel/data/errors.h>
+
+#include "data/random.h"
+#include "engine/dt/tree_table.h"
 
 namespace {
 

@@ -1,10 +1,11 @@
-#include "data/random.h"
-#include "engine/dt/tree_table.h"
-#include <tessel/data/errors.h>
-
 #include <algorithm>
 
 #include <gtest/gtest.h>
+
+#include <tessel/data/errors.h>
+
+#include "data/random.h"
+#include "engine/dt/tree_table.h"
 
 namespace {
 

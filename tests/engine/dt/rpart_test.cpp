@@ -1,7 +1,7 @@
+#include <gtest/gtest.h>
+
 #include "engine/dt/reference_tables.h"
 #include "engine/dt/tree_table.h"
-
-#include <gtest/gtest.h>
 
 // Trees of R's rpart 4.1.19, rpart(cp = -1, minbucket = m, minsplit = 2 m, maxsurrogate = 0, xval = 0). Sides
 // are as here: numbers up to the threshold left.

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "data/column_cells.h"
-#include "engine/dt/model.h"
-
 #include <cmath>
 #include <cstdint>
 #include <memory>
 #include <vector>
+
+#include "data/column_cells.h"
+#include "engine/dt/model.h"
 
 namespace Tessel::Testing {
 

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "framework/classification.h"
+#include "framework/regression.h"
+#include "supervised/decision_tree/parameters.h"
+
+namespace Tessel::Classification::DecisionTree {
+
+class IEstimator : public Classification::IEstimator, public Tessel::DecisionTree::IParameters {
+ public:
+    IEstimator();
+
+    std::unique_ptr<IEstimatable> clone() const override { return std::make_unique<IEstimator>(*this); }
+    LadonIdentity ladonIdentity() const override;
+    ParameterList parameters() override;
+
+ protected:
+    void validateAgainst(const DataFrame& features) const override { validateTreeAgainst(features); }
+    IntVector categoricalColumns(const DataFrame& features) const override {
+        return categoricalPositions(features);
+    }
+    std::vector<double> classSizes(const ClassTarget& target) const override;
+    std::shared_ptr<IModelable> fitEngine(const TrainingSet& data) const override;
+};
+
+}  // namespace Tessel::Classification::DecisionTree
+
+namespace Tessel::Regression::DecisionTree {
+
+class IEstimator : public Regression::IEstimator, public Tessel::DecisionTree::IParameters {
+ public:
+    IEstimator();
+
+    std::unique_ptr<IEstimatable> clone() const override { return std::make_unique<IEstimator>(*this); }
+    LadonIdentity ladonIdentity() const override;
+    ParameterList parameters() override { return treeParameters(); }
+
+ protected:
+    void validateAgainst(const DataFrame& features) const override { validateTreeAgainst(features); }
+    IntVector categoricalColumns(const DataFrame& features) const override {
+        return categoricalPositions(features);
+    }
+    std::shared_ptr<IModelable> fitEngine(const TrainingSet& data) const override;
+};
+
+}  // namespace Tessel::Regression::DecisionTree

@@ -1,0 +1,85 @@
+#include "supervised/decision_tree/model.h"
+
+#include <algorithm>
+
+#include <tessel/data/util/sets.h>
+#include <tessel/framework/errors.h>
+
+namespace Tessel {
+
+using DecisionTree::cellsOf;
+
+namespace Classification::DecisionTree {
+
+void IModel::prune(const DataFrame& features, const DataFrameColumn& target) {
+    if (features.getNumRows() != target.getNumRows()) throw IncompatibleNumRows();
+    if (features.getNumRows() == 0) throw TooFewNumRows(0);
+    const ClassTarget read = readClassTarget(target);
+    std::vector<std::int32_t> codeOf;  // the code in training of each class of the validation part
+    for (const WString& label : read.classes) {
+        const std::size_t code = classSchema.classes.find(label);
+        if (code == classSchema.classes.size()) throw LabelUnseenInTraining();
+        codeOf.push_back(static_cast<std::int32_t>(code));
+    }
+    std::vector<std::int32_t> codes(read.codes.size());
+    std::transform(read.codes.begin(), read.codes.end(), codes.begin(),
+                   [&](std::int32_t code) { return codeOf[static_cast<std::size_t>(code)]; });
+    const std::vector<FeatureColumn> columns = readFeatures(schema, features);
+    tree_.prune(cellsOf(columns), codes);
+}
+
+DataFrame IModel::pruningLog() const {
+    DataFrame table(L"Pruning Log");
+    table.append(DataFrameColumn(L"Error Rate", Vector(tree_.pruningLog())));
+    table.setRowNames(Util::generateNames(L"", 0, table.getNumRows()));
+    return table;
+}
+
+void IModel::score(const std::vector<FeatureColumn>& columns, Posteriors& posteriors) const {
+    const std::size_t numClasses = posteriors.size(), numRows = posteriors.front().size();
+    const std::vector<double> byRow = tree_.posteriorProbability(cellsOf(columns), numRows);
+    for (std::size_t k = 0; k < numClasses; ++k)
+        for (std::size_t row = 0; row < numRows; ++row) posteriors[k][row] = byRow[row * numClasses + k];
+}
+
+void IModel::describe(StringVector& labels, StringVector& values) const {
+    IModelable::describe(labels, values);
+    describeTree(labels, values);
+}
+
+void IModel::report(DataFrameVector& tables) const {
+    IModelable::report(tables);
+    reportTree(tables);
+}
+
+}  // namespace Classification::DecisionTree
+
+namespace Regression::DecisionTree {
+
+void IModel::prune(const DataFrame& features, const DataFrameColumn& target) {
+    if (features.getNumRows() != target.getNumRows()) throw IncompatibleNumRows();
+    if (features.getNumRows() == 0) throw TooFewNumRows(0);
+    const std::vector<FeatureColumn> columns = readFeatures(schema, features);
+    tree_.prune(cellsOf(columns), readNumericTarget(target));
+}
+
+DataFrame IModel::pruningLog() const {
+    Vector complexities, errors;
+    for (const auto& [complexity, validationError] : tree_.complexityLog()) {
+        complexities.push_back(complexity);
+        errors.push_back(validationError);
+    }
+    DataFrame table(L"Pruning Log");
+    table.append(DataFrameColumn(L"Cost Complexity", std::move(complexities)));
+    table.append(DataFrameColumn(L"Validation MSE", std::move(errors)));
+    table.setRowNames(Util::generateNames(L"", 0, table.getNumRows()));
+    return table;
+}
+
+void IModel::score(const std::vector<FeatureColumn>& columns, std::span<double> predictions) const {
+    const std::vector<double> predicted = tree_.predict(cellsOf(columns), predictions.size());
+    std::copy(predicted.begin(), predicted.end(), predictions.begin());
+}
+
+}  // namespace Regression::DecisionTree
+}  // namespace Tessel

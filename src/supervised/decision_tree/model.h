@@ -1,0 +1,60 @@
+#pragma once
+
+#include "framework/classification.h"
+#include "framework/regression.h"
+#include "supervised/decision_tree/tree_model.h"
+
+namespace Tessel::Classification::DecisionTree {
+
+inline constexpr wchar_t kModelName[] = L"Classification Tree";
+
+class IModel : public IModelable, public Tessel::DecisionTree::ITreeModel {
+ public:
+    IModel(const Tessel::DecisionTree::IParameters& parameters, Engine::DT::ClassificationModel tree)
+        : IModelable(kModelName), ITreeModel(parameters), tree_(std::move(tree)) {}
+
+    void prune(const DataFrame& features, const DataFrameColumn& target) override;
+    DataFrame pruningLog() const override;
+
+ protected:
+    void score(const std::vector<FeatureColumn>& columns, Posteriors& posteriors) const override;
+    void describe(StringVector& labels, StringVector& values) const override;
+    void report(DataFrameVector& tables) const override;
+
+    Engine::DT::Model& engine() override { return tree_; }
+    const Engine::DT::Model& engine() const override { return tree_; }
+    const FittedSchema& fittedSchema() const override { return schema; }
+    StringVector classLabels() const override { return classSchema.classes; }
+
+ private:
+    Engine::DT::ClassificationModel tree_;
+};
+
+}  // namespace Tessel::Classification::DecisionTree
+
+namespace Tessel::Regression::DecisionTree {
+
+inline constexpr wchar_t kModelName[] = L"Regression Tree";
+
+class IModel : public IModelable, public Tessel::DecisionTree::ITreeModel {
+ public:
+    IModel(const Tessel::DecisionTree::IParameters& parameters, Engine::DT::RegressionModel tree)
+        : IModelable(kModelName), ITreeModel(parameters), tree_(std::move(tree)) {}
+
+    void prune(const DataFrame& features, const DataFrameColumn& target) override;
+    DataFrame pruningLog() const override;
+
+ protected:
+    void score(const std::vector<FeatureColumn>& columns, std::span<double> predictions) const override;
+    void describe(StringVector& labels, StringVector& values) const override { describeTree(labels, values); }
+    void report(DataFrameVector& tables) const override { reportTree(tables); }
+
+    Engine::DT::Model& engine() override { return tree_; }
+    const Engine::DT::Model& engine() const override { return tree_; }
+    const FittedSchema& fittedSchema() const override { return schema; }
+
+ private:
+    Engine::DT::RegressionModel tree_;
+};
+
+}  // namespace Tessel::Regression::DecisionTree

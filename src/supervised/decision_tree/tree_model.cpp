@@ -1,0 +1,230 @@
+#include "supervised/decision_tree/tree_model.h"
+
+#include <tessel/data/convert.h>
+#include <tessel/data/util/sets.h>
+
+namespace Tessel::DecisionTree {
+
+using Engine::DT::Node;
+using Engine::DT::Tree;
+
+namespace {
+
+const Node& nodeAt(const Tree& tree, std::int32_t position) {
+    return tree.nodes[static_cast<std::size_t>(position)];
+}
+
+Vector vectorOf(const std::vector<double>& numbers) { return Vector(numbers.begin(), numbers.end()); }
+
+}  // namespace
+
+Engine::DT::TrainingData trainingData(const TrainingFeatures& features, const Vector& weights) {
+    Engine::DT::TrainingData data;
+    data.numRows = features.schema.numRows;
+    data.weights = {weights.data(), weights.size()};
+    for (std::size_t i = 0; i < features.columns.size(); ++i) {
+        const FeatureColumn& column = features.columns[i];
+        if (column.isCategorical()) {
+            data.features.push_back(Engine::DT::TrainingFeature::categorical(
+                column.codes(), features.schema.features[i].numCategories()));
+        } else {
+            // Ranks belong to the whole column, so that all resamples of a table share them.
+            const ColumnCells& cells = column.cells();
+            data.features.push_back(
+                Engine::DT::TrainingFeature::numeric(cells.root().rankCodes(), cells.selection().get()));
+        }
+    }
+    return data;
+}
+
+std::vector<Engine::DT::Cells> cellsOf(const std::vector<FeatureColumn>& columns) {
+    std::vector<Engine::DT::Cells> cells;
+    for (const FeatureColumn& column : columns)
+        cells.push_back(column.isCategorical() ? Engine::DT::Cells{.codes = column.codes()}
+                                               : Engine::DT::Cells{.numbers = column.numbers()});
+    return cells;
+}
+
+ITreeModel::ITreeModel(const IParameters& parameters)
+    : categoricalFeaturesNames_(parameters.categoricalFeaturesNames.get()),
+      categoricalFeaturesOffsets_(parameters.categoricalFeaturesOffsets.get()),
+      prunedTreeNumDecisionNodes_(parameters.prunedTreeNumDecisionNodes.get()),
+      maxNumLevelsTreeDiagram_(parameters.maxNumLevelsTreeDiagram.get()) {}
+
+void ITreeModel::select(TreeType type) {
+    switch (type) {
+        case TreeType::FULL_GROWN:
+            return engine().select(Engine::DT::TreeType::FULL_GROWN);
+        case TreeType::BEST_PRUNED:
+            return engine().select(Engine::DT::TreeType::BEST_PRUNED);
+        case TreeType::MIN_ERROR:
+            return engine().select(Engine::DT::TreeType::MIN_ERROR);
+        case TreeType::MANUAL:
+            return engine().selectManual(prunedTreeNumDecisionNodes_);
+    }
+    throw ConstraintViolation("Selected pruned tree type", "The value must be a pre-defined set member.");
+}
+
+void ITreeModel::select(int numDecisionNodes) {
+    if (numDecisionNodes < 0) throw ValueOutOfRange("#Decision Nodes in pruned tree", 0, kNoLimit);
+    engine().select(numDecisionNodes);
+}
+
+// ---- texts
+
+WString ITreeModel::responseText(std::int32_t node) const {
+    const double response = nodeAt(engine().tree(), node).response;
+    const StringVector labels = classLabels();
+    return labels.empty() ? Convert::toString(response) : labels[static_cast<std::size_t>(response)];
+}
+
+WString ITreeModel::splitText(std::int32_t node) const {
+    const Tree& tree = engine().tree();
+    const Node& split = nodeAt(tree, node);
+    if (split.categorySet < 0) return Convert::toString(split.threshold);
+    const Dictionary& categories =
+        *fittedSchema().features[static_cast<std::size_t>(split.feature)].categories;
+    StringVector left;
+    for (const std::int32_t code : tree.categorySets[static_cast<std::size_t>(split.categorySet)])
+        left.push_back(categories[code]);
+    return Util::join(left, L", ", L"{", L"}");
+}
+
+WString ITreeModel::conditionText(std::int32_t parent, bool isLeft) const {
+    const Node& split = nodeAt(engine().tree(), parent);
+    const WString& feature = fittedSchema().features[static_cast<std::size_t>(split.feature)].name;
+    const wchar_t* relation =
+        split.categorySet < 0 ? (isLeft ? L" <= " : L" > ") : (isLeft ? L" IN " : L" NOT IN ");
+    return feature + relation + splitText(parent);
+}
+
+StringVector ITreeModel::treeRules(int numLevels) const {
+    if (numLevels < 0) throw ValueOutOfRange("Number of levels", 0, kNoLimit);
+    struct Step {
+        std::int32_t node;
+        int level;
+    };
+    const Tree& tree = engine().tree();
+    StringVector rules;
+    std::vector<Step> pending{{0, 0}};
+    while (!pending.empty()) {
+        const auto [position, level] = pending.back();
+        pending.pop_back();
+        const Node& node = nodeAt(tree, position);
+        if (!engine().isLeaf(position) && level < numLevels) {
+            pending.push_back({node.right(), level + 1});
+            pending.push_back({node.left, level + 1});
+            continue;
+        }
+        WString conditions;
+        for (std::int32_t child = position; nodeAt(tree, child).parent >= 0;
+             child = nodeAt(tree, child).parent) {
+            const std::int32_t parent = nodeAt(tree, child).parent;
+            const WString condition = conditionText(parent, nodeAt(tree, parent).left == child);
+            conditions = conditions.empty() ? condition : condition + L" AND " + conditions;
+        }
+        rules.push_back((conditions.empty() ? WString() : L"IF " + conditions + L" THEN ") +
+                        responseText(position) + L" (" +
+                        Convert::toString(static_cast<double>(node.numRecords)) + L" records)");
+    }
+    return rules;
+}
+
+WString ITreeModel::treeToString(int numLevels) const {
+    Engine::DT::Names names;
+    for (const FeatureSchema& feature : fittedSchema().features) {
+        names.features.push_back(feature.name);
+        names.categories.push_back(feature.categories ? feature.categories->levels()
+                                                      : std::vector<WString>());
+    }
+    names.classes = classLabels().elements();
+    return engine().toString(numLevels, {7, 2, 3, 1}, names);
+}
+
+// ---- tables
+
+DataFrame ITreeModel::featureImportance() const {
+    DataFrame table(L"Feature Importance");
+    table.append(DataFrameColumn(L"Importance", vectorOf(engine().featureImportance())));
+    table.setRowNames(fittedSchema().featureNames());
+    return table;
+}
+
+DataFrame ITreeModel::trainingLog() const {
+    DataFrame table(L"Training Log");
+    table.append(DataFrameColumn(L"Error Rate", vectorOf(engine().trainingLog())));
+    table.setRowNames(Util::generateNames(L"", 0, table.getNumRows()));
+    return table;
+}
+
+DataFrame ITreeModel::allNodesInfo() const {
+    const Tree& tree = engine().tree();
+    const std::vector<std::int64_t>& validation = engine().numValidationRecords();
+    const double missing = std::numeric_limits<double>::quiet_NaN();
+    // Numbers of nodes count from 1 in the order of the whole tree; below a pruned node there is nothing to
+    // tell.
+    StringVector ids, features, splits, responses, types;
+    Vector parents, lefts, rights, trainingCases, validationCases;
+    std::vector<bool> isShown(tree.nodes.size(), false);
+    isShown[0] = true;
+    for (std::int32_t position = 0; position < std::ssize(tree.nodes); ++position) {
+        if (!isShown[static_cast<std::size_t>(position)]) continue;
+        const Node& node = nodeAt(tree, position);
+        const bool isLeaf = engine().isLeaf(position);
+        if (!isLeaf) {
+            isShown[static_cast<std::size_t>(node.left)] = true;
+            isShown[static_cast<std::size_t>(node.right())] = true;
+        }
+        ids.push_back(Convert::toString(position + 1));
+        parents.push_back(node.parent < 0 ? missing : node.parent + 1);
+        lefts.push_back(isLeaf ? missing : node.left + 1);
+        rights.push_back(isLeaf ? missing : node.right() + 1);
+        features.push_back(isLeaf ? L""
+                                  : fittedSchema().features[static_cast<std::size_t>(node.feature)].name);
+        splits.push_back(isLeaf ? WString() : splitText(position));
+        trainingCases.push_back(static_cast<double>(node.numRecords));
+        validationCases.push_back(validation.empty()
+                                      ? missing
+                                      : static_cast<double>(validation[static_cast<std::size_t>(position)]));
+        responses.push_back(responseText(position));
+        types.push_back(isLeaf ? L"Terminal" : L"Decision");
+    }
+    DataFrame table(L"All Nodes Info");
+    table.append(DataFrameColumn(L"Parent ID", std::move(parents)));
+    table.append(DataFrameColumn(L"Left Child ID", std::move(lefts)));
+    table.append(DataFrameColumn(L"Right Child ID", std::move(rights)));
+    table.append(DataFrameColumn(L"Split Var", features));
+    table.append(DataFrameColumn(L"Split Value/Set", splits));
+    table.append(DataFrameColumn(L"Training Cases", std::move(trainingCases)));
+    table.append(DataFrameColumn(L"Validation Cases", std::move(validationCases)));
+    table.append(DataFrameColumn(L"Response", responses));
+    table.append(DataFrameColumn(L"Node Type", types));
+    table.setRowNames(ids);
+    return table;
+}
+
+DataFrame ITreeModel::categoricalFeaturesInfo() const {
+    StringVector names, categories;
+    for (const FeatureSchema& feature : fittedSchema().features) {
+        if (!feature.isCategorical) continue;
+        names.push_back(feature.name);
+        categories.push_back(Util::join(StringVector(feature.categories->levels()), L", "));
+    }
+    DataFrame table(L"Categorical Features");
+    table.append(DataFrameColumn(L"Categories", categories));
+    table.setRowNames(names);
+    return table;
+}
+
+void ITreeModel::describeTree(StringVector& labels, StringVector& values) const {
+    const std::int32_t numDecisionNodes = engine().numDecisionNodes();
+    labels.append(StringVector{L"#Decision nodes", L"#Terminal nodes"});
+    values.append(StringVector{Convert::toString(numDecisionNodes), Convert::toString(numDecisionNodes + 1)});
+}
+
+void ITreeModel::reportTree(DataFrameVector& tables) const {
+    for (DataFrame table : {pruningLog(), featureImportance(), allNodesInfo(), trainingLog()})
+        tables.push_back(std::move(table));
+}
+
+}  // namespace Tessel::DecisionTree

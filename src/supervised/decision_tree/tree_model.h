@@ -1,0 +1,64 @@
+#pragma once
+
+#include <vector>
+
+#include <tessel/decision_tree.h>
+
+#include "engine/dt/model.h"
+#include "framework/schema.h"
+#include "supervised/decision_tree/parameters.h"
+
+namespace Tessel::DecisionTree {
+
+/// The columns of a table as the engine takes them, to grow on or to score.
+Engine::DT::TrainingData trainingData(const TrainingFeatures& features, const Vector& weights);
+std::vector<Engine::DT::Cells> cellsOf(const std::vector<FeatureColumn>& columns);
+
+/// What the fitted trees of both kinds share: choosing the tree that counts, and telling of it.
+class ITreeModel {
+ public:
+    virtual ~ITreeModel() = default;
+
+    virtual void prune(const DataFrame& features, const DataFrameColumn& target) = 0;
+    void select(TreeType type);
+    void select(int numDecisionNodes);
+
+    StringVector treeRules(int numLevels) const;
+    WString treeToString(int numLevels) const;
+    WString treeToString() const { return treeToString(maxNumLevelsTreeDiagram_); }
+
+    DataFrame featureImportance() const;
+    DataFrame trainingLog() const;
+    virtual DataFrame pruningLog() const = 0;
+    DataFrame allNodesInfo() const;
+
+    const StringVector& categoricalFeaturesNames() const { return categoricalFeaturesNames_; }
+    const IntVector& categoricalFeaturesOffsets() const { return categoricalFeaturesOffsets_; }
+    DataFrame categoricalFeaturesInfo() const;
+
+ protected:
+    explicit ITreeModel(const IParameters& parameters);
+
+    virtual Engine::DT::Model& engine() = 0;
+    virtual const Engine::DT::Model& engine() const = 0;
+    virtual const FittedSchema& fittedSchema() const = 0;
+    /// The labels of the classes; none in regression.
+    virtual StringVector classLabels() const { return {}; }
+
+    /// Rows of the model summary.
+    void describeTree(StringVector& labels, StringVector& values) const;
+    /// The tables that both kinds have, in their order.
+    void reportTree(DataFrameVector& tables) const;
+
+ private:
+    WString responseText(std::int32_t node) const;
+    WString splitText(std::int32_t node) const;
+    WString conditionText(std::int32_t parent, bool isLeft) const;
+
+    StringVector categoricalFeaturesNames_;
+    IntVector categoricalFeaturesOffsets_;
+    int prunedTreeNumDecisionNodes_;
+    int maxNumLevelsTreeDiagram_;
+};
+
+}  // namespace Tessel::DecisionTree

@@ -16,9 +16,10 @@ struct TextOptions {
     /// Texts that stand for a missing cell when they are not quoted, blanks around them ignored. The empty
     /// text and blanks alone always do.
     StringVector missingTexts{L"NA"};
-    /// Quotes make a cell literal: it is a text, also when it looks like a number or a missing text. Clear
-    /// this for files that quote everything: quoted cells then count like others.
-    bool literalQuotes = true;
+    /// Whether quotes make a cell literal: then it is a text, also when it looks like a number or a missing
+    /// text. Off, since many programs quote everything, a quoted cell counts like any other. Set it for files
+    /// of `Writer`, which quotes texts that look like numbers.
+    bool literalQuotes = false;
     /// Types of columns by their names; the types of the other columns are inferred. Quotes never hinder a
     /// cell of a column that must be numeric.
     std::map<WString, TypeCode> columnTypes;

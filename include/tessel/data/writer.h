@@ -27,12 +27,12 @@ class TESSEL_API Writer {
  public:
     /// Writes a text file by RFC 4180, in UTF-8 without byte-order mark: records end with CR LF, missing
     /// cells are empty, infinities "Infinity" and "-Infinity". With the default number form
-    /// `Reader::readText` with the same delimiter, header and row names column reads an equal table, but for
-    /// the names and types of columns without rows, empty column names and the index columns. For that a cell
-    /// is quoted when it holds a delimiter, a quote or a line end, and a text also when it begins or ends
-    /// with a blank, is "NA", or belongs to a column whose texts all look like numbers; a text column without
-    /// any text has quoted empty cells. (A number is quoted only when it holds the delimiter, such as '-';
-    /// its column then needs its type at reading.)
+    /// `Reader::readText` with literal quotes and the same delimiter, header and row names column reads an
+    /// equal table, but for the names and types of columns without rows, empty column names and the index
+    /// columns. For that a cell is quoted when it holds a delimiter, a quote or a line end, and a text also
+    /// when it begins or ends with a blank, is "NA", or belongs to a column whose texts all look like
+    /// numbers; a text column without any text has quoted empty cells. (A number is quoted only when it holds
+    /// the delimiter, such as '-'; its column then needs its type at reading.)
     /// @throws ConstraintViolation  for a delimiter that is none.
     /// @throws ValueOutOfRange  for a number of decimals outside -1..17.
     static void writeText(const DataFrame& table, const WString& path, const TextFormat& format = {});

@@ -42,7 +42,7 @@ TEST(ReaderTest, tellsCellsTypesAndMissingCells) {
         TextOptions options;
         const char* expected;
     };
-    const TextOptions standard;
+    const TextOptions standard = optionsOf(L',', true);
     const Case cases[] = {
         {"a,b\n1,x\n2,y\n", standard, "a#[1|2] b$[x|y]"},
         {"a,b\r\n1,x\r\n2,y", standard, "a#[1|2] b$[x|y]"},
@@ -53,6 +53,7 @@ TEST(ReaderTest, tellsCellsTypesAndMissingCells) {
         {"a,b,c\n,NA,NA\n 2 ,  ,x\n", standard, "a#[~|2] b#[~|~] c$[~|x]"},
         {"a,b\n\"NA\",\"7\"\nu,8\n", standard, "a$[NA|u] b$[7|8]"},
         {"\"a\",\"b\"\n\"NA\",\"7\"\n\"\",\"8\"\n", optionsOf(L',', true, false), "a#[~|~] b#[7|8]"},
+        {"a,b\n\"1\",\"x\"\n\"2\",\"3\"\n", TextOptions(), "a#[1|2] b$[x|3]"},
         {"1;x\n2;y\n", optionsOf(L';', false), "Var1#[1|2] Var2$[x|y]"},
         {"1-2\n3-4\n", optionsOf(L'-', false), "Var1#[1|3] Var2#[2|4]"},
         {"a,,a\n1,2,3\n", standard, "a#[1] Var2#[2] a#[3]"},

@@ -13,7 +13,7 @@ inline constexpr std::size_t kParallelSize = 1 << 15;
 /// it. All calls run to their end; then the exception of the lowest i, if any, is thrown again, so that the
 /// number of threads decides nothing.
 template <class Work>
-void forEachIndex(std::size_t count, std::size_t size, const Work& work) {
+void forEachIndex(std::size_t count, [[maybe_unused]] std::size_t size, const Work& work) {
     const auto end = static_cast<std::int64_t>(count);
     std::int64_t failed = end;
     std::exception_ptr failure;

@@ -16,6 +16,20 @@ struct Block {
     std::array<const char*, 2> firstLineFeed{};  // null: none
 };
 
+/// Like std::count, but in bytes: sums of up to 255 fit into one, so that many are added at once.
+std::size_t countLineFeeds(const char* begin, const char* end) {
+    std::size_t total = 0;
+    while (begin != end) {
+        const std::ptrdiff_t length = std::min<std::ptrdiff_t>(end - begin, 255);
+        unsigned char count = 0;
+        for (std::ptrdiff_t i = 0; i < length; ++i)
+            count = static_cast<unsigned char>(count + (begin[i] == '\n'));
+        total += count;
+        begin += length;
+    }
+    return total;
+}
+
 Block inspect(std::string_view text) {
     Block block;
     const char* position = text.data();
@@ -26,7 +40,7 @@ Block inspect(std::string_view text) {
         const auto* quote =
             static_cast<const char*>(std::memchr(position, '"', static_cast<std::size_t>(end - position)));
         const char* const stop = quote ? quote : end;
-        const auto found = static_cast<std::size_t>(std::count(position, stop, '\n'));
+        const std::size_t found = countLineFeeds(position, stop);
         if (found > 0 && block.firstLineFeed[inside] == nullptr)
             block.firstLineFeed[inside] = std::find(position, stop, '\n');
         block.numLineFeeds[inside] += found;

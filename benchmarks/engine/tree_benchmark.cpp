@@ -1,68 +1,106 @@
+// Times one decision tree: ranks of the columns, growth, scoring of the training rows.
+//
+// Usage: tree_benchmark FILE ROWS FEATURES CATEGORICAL CLASSES LEVELS RUNS
+// FILE holds doubles column by column: FEATURES columns, of which the last CATEGORICAL are codes, then the
+// target: codes when CLASSES > 0, else numbers. LEVELS 0 means no limit. Prints one line of JSON with the
+// best seconds of RUNS runs. benchmarks/trees_vs_peers.py makes the files and times the same work elsewhere.
+
+#include "engine/dt/model.h"
+
+#include <algorithm>
 #include <chrono>
-#include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
 #include <memory>
-#include <random>
-#include <string>
+#include <vector>
 
-#include <omp.h>
+namespace {
 
-#include "engine/dt/growth.h"
 using namespace Tessel;
-using namespace Tessel::Engine::DT;
-static double now() {
-    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+namespace DT = Engine::DT;
+
+double secondsSince(std::chrono::steady_clock::time_point start) {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
-struct Table {
-    std::vector<std::shared_ptr<ColumnCells>> cols;
-    std::vector<double> y;
-    std::vector<std::uint16_t> c;
+
+std::vector<std::int32_t> toCodes(const std::vector<double>& numbers) {
+    std::vector<std::int32_t> codes;
+    codes.reserve(numbers.size());
+    for (const double number : numbers) codes.push_back(static_cast<std::int32_t>(number));
+    return codes;
+}
+
+struct Seconds {
+    double rank = 1e300, grow = 1e300, score = 1e300;
+    std::size_t numNodes = 0;
 };
-Table make(size_t n, size_t p, int K) {
-    std::mt19937_64 g(1);
-    std::vector<std::vector<double>> x(p, std::vector<double>(n));
-    auto u = [&] { return double(g() >> 11) * 0x1p-53; };
-    for (auto& col : x)
-        for (auto& v : col) v = std::sqrt(-2 * std::log(1 - u())) * std::cos(6.283185307 * u());
-    Table t;
-    for (size_t i = 0; i < n; ++i) {
-        double s = x[0][i] + x[1][i] * x[2][i] + std::sin(3 * x[3][i]) +
-                   (x[4][i] > 0.3 ? x[5 % p][i] : -x[6 % p][i]);
-        double e = std::sqrt(-2 * std::log(1 - u())) * std::cos(6.283185307 * u());
-        double z = s + e;
-        t.y.push_back(z);
-        t.c.push_back(K == 2 ? z > 0 : (z < -1 ? 0 : z < 1 ? 1 : 2));
+
+template <class Model, class Target>
+void run(Model model, int numLevels, const std::vector<std::vector<double>>& numbers,
+         const std::vector<std::vector<std::int32_t>>& codes, const Target& target, Seconds& best) {
+    std::vector<std::shared_ptr<ColumnCells>> columns;
+    for (const auto& column : numbers) columns.push_back(ColumnCells::ofNumbers(column));
+    auto start = std::chrono::steady_clock::now();
+#pragma omp parallel for schedule(dynamic)
+    for (std::size_t i = 0; i < columns.size(); ++i) columns[i]->rankCodes();
+    best.rank = std::min(best.rank, secondsSince(start));
+
+    start = std::chrono::steady_clock::now();
+    DT::TrainingData data;
+    data.numRows = static_cast<int>(target.size());
+    std::vector<DT::Cells> cells;
+    for (const auto& column : columns) {
+        data.features.push_back(DT::TrainingFeature::numeric(column->rankCodes()));
+        cells.push_back({.numbers = column->numbers(), .codes = {}});
     }
-    for (auto& col : x) t.cols.push_back(ColumnCells::ofNumbers(std::move(col)));
-    return t;
+    for (const auto& column : codes) {
+        const std::int32_t numCategories = *std::max_element(column.begin(), column.end()) + 1;
+        data.features.push_back(DT::TrainingFeature::categorical(column, numCategories));
+        cells.push_back({.numbers = {}, .codes = column});
+    }
+    DT::Limits limits;
+    if (numLevels > 0) limits.maxNumLevels = numLevels;
+    model.setLimits(limits);
+    model.fit(data, target);
+    best.grow = std::min(best.grow, secondsSince(start));
+    best.numNodes = model.tree().nodes.size();
+
+    start = std::chrono::steady_clock::now();
+    const auto predicted = model.predict(cells, target.size());
+    best.score = std::min(best.score, secondsSince(start));
 }
-int main(int argc, char** argv) {
-    size_t n = atoi(argv[1]), p = atoi(argv[2]);
-    int K = atoi(argv[3]);
-    int depth = atoi(argv[4]);
-    int th = atoi(argv[5]);
-    omp_set_num_threads(th);
-    Table t = make(n, p, K);
-    for (int rep = 0; rep < 3; ++rep) {
-        auto cells = t.cols;
-        if (rep == 0) {
-        }
-        double a = now();
-        TrainingData d;
-        d.numRows = int(n);
-        for (auto& c : cells) d.features.push_back(TrainingFeature::numeric(c->rankCodes()));
-        double b = now();
-        auto prep = prepareRecords(d, n);
-        prep.records.numClasses = K;
-        if (K)
-            prep.records.classes = t.c;
-        else
-            prep.records.targets = t.y;
-        Limits lim;
-        lim.maxNumLevels = depth;
-        Tree tree = grow(d, prep, lim);
-        double e = now();
-        std::printf("rank %.3f grow %.3f nodes %zu\n", b - a, e - b, tree.nodes.size());
+
+}  // namespace
+
+int main(int numArguments, char** arguments) {
+    if (numArguments != 8) return std::fputs("see the head of the source for the arguments\n", stderr), 1;
+    const auto numRows = static_cast<std::size_t>(std::atoll(arguments[2]));
+    const int numFeatures = std::atoi(arguments[3]), numCategorical = std::atoi(arguments[4]);
+    const int numClasses = std::atoi(arguments[5]), numLevels = std::atoi(arguments[6]);
+    std::ifstream file(arguments[1], std::ios::binary);
+    std::vector<std::vector<double>> numbers;
+    std::vector<std::vector<std::int32_t>> codes;
+    std::vector<double> column(numRows);
+    for (int i = 0; i <= numFeatures; ++i) {
+        file.read(reinterpret_cast<char*>(column.data()),
+                  static_cast<std::streamsize>(numRows * sizeof(double)));
+        if (i < numFeatures - numCategorical)
+            numbers.push_back(column);
+        else if (i < numFeatures)
+            codes.push_back(toCodes(column));
     }
+    if (!file) return std::fputs("cannot read the file\n", stderr), 1;
+
+    Seconds best;
+    for (int repetition = 0; repetition < std::atoi(arguments[7]); ++repetition) {
+        DT::ClassificationModel classifier;
+        classifier.setClasses(std::vector<WString>(static_cast<std::size_t>(numClasses)));
+        if (numClasses > 0)
+            run(classifier, numLevels, numbers, codes, toCodes(column), best);
+        else
+            run(DT::RegressionModel(), numLevels, numbers, codes, column, best);
+    }
+    std::printf("{\"rank\": %.4f, \"grow\": %.4f, \"score\": %.5f, \"nodes\": %zu}\n", best.rank, best.grow,
+                best.score, best.numNodes);
 }

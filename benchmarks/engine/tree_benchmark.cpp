@@ -5,8 +5,6 @@
 // target: codes when CLASSES > 0, else numbers. LEVELS 0 means no limit. Prints one line of JSON with the
 // best seconds of RUNS runs. benchmarks/trees_vs_peers.py makes the files and times the same work elsewhere.
 
-#include "engine/dt/model.h"
-
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -14,6 +12,8 @@
 #include <fstream>
 #include <memory>
 #include <vector>
+
+#include "engine/dt/model.h"
 
 namespace {
 

@@ -13,8 +13,8 @@ struct TextOptions {
     wchar_t delimiter = L',';
     /// Whether the first record holds the names of the columns; else they are "Var1", "Var2", ...
     bool hasHeader = true;
-    /// Texts that stand for a missing cell when they are not quoted, blanks around them ignored. The empty
-    /// text and blanks alone always do.
+    /// Texts that stand for a missing cell, blanks around them ignored. Besides them the empty text and
+    /// blanks alone always do. Inside literal quotes only the empty text is missing.
     StringVector missingTexts{L"NA"};
     /// Whether quotes make a cell literal: then it is a text, also when it looks like a number or a missing
     /// text. Off, since many programs quote everything, a quoted cell counts like any other. Set it for files

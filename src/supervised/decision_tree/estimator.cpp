@@ -34,7 +34,9 @@ std::shared_ptr<IModelable> IEstimator::fitEngine(const TrainingSet& data) const
     Engine::DT::ClassificationModel tree;
     tree.setLimits(limits());
     tree.setClasses(data.target.classes.elements());
-    tree.setPrior(data.priors.elements());
+    // Empirical priors are the weights of the classes, which the engine takes by itself; given to it they
+    // would also weigh validation errors by the shares of the training part.
+    if (priorProbMethod.get() != PriorProbMethodType::EMPIRICAL) tree.setPrior(data.priors.elements());
     tree.fit(trainingData(data.features, weights.get()), data.target.codes);
     return std::make_shared<IModel>(*this, std::move(tree));
 }

@@ -3,6 +3,8 @@
 #include <tessel/data/convert.h>
 #include <tessel/data/util/sets.h>
 
+#include "data/number_text.h"
+
 namespace Tessel::DecisionTree {
 
 using Engine::DT::Node;
@@ -12,6 +14,12 @@ namespace {
 
 const Node& nodeAt(const Tree& tree, std::int32_t position) {
     return tree.nodes[static_cast<std::size_t>(position)];
+}
+
+/// A threshold for people; midpoints can have many more digits than the numbers that they part.
+WString readable(double threshold) {
+    const NumberText text(threshold, std::chars_format::general, 7);
+    return WString(text.begin(), text.end());
 }
 
 Vector vectorOf(const std::vector<double>& numbers) { return Vector(numbers.begin(), numbers.end()); }
@@ -78,10 +86,10 @@ WString ITreeModel::responseText(std::int32_t node) const {
     return labels.empty() ? Convert::toString(response) : labels[static_cast<std::size_t>(response)];
 }
 
-WString ITreeModel::splitText(std::int32_t node) const {
+WString ITreeModel::splitText(std::int32_t node, WString (*threshold)(double)) const {
     const Tree& tree = engine().tree();
     const Node& split = nodeAt(tree, node);
-    if (split.categorySet < 0) return Convert::toString(split.threshold);
+    if (split.categorySet < 0) return threshold(split.threshold);
     const Dictionary& categories =
         *fittedSchema().features[static_cast<std::size_t>(split.feature)].categories;
     StringVector left;
@@ -95,7 +103,7 @@ WString ITreeModel::conditionText(std::int32_t parent, bool isLeft) const {
     const WString& feature = fittedSchema().features[static_cast<std::size_t>(split.feature)].name;
     const wchar_t* relation =
         split.categorySet < 0 ? (isLeft ? L" <= " : L" > ") : (isLeft ? L" IN " : L" NOT IN ");
-    return feature + relation + splitText(parent);
+    return feature + relation + splitText(parent, readable);
 }
 
 StringVector ITreeModel::treeRules(int numLevels) const {
@@ -181,7 +189,7 @@ DataFrame ITreeModel::allNodesInfo() const {
         rights.push_back(isLeaf ? missing : node.right() + 1);
         features.push_back(isLeaf ? L""
                                   : fittedSchema().features[static_cast<std::size_t>(node.feature)].name);
-        splits.push_back(isLeaf ? WString() : splitText(position));
+        splits.push_back(isLeaf ? WString() : splitText(position, Convert::toString));
         trainingCases.push_back(static_cast<double>(node.numRecords));
         validationCases.push_back(validation.empty()
                                       ? missing

@@ -52,7 +52,8 @@ class ITreeModel {
 
  private:
     WString responseText(std::int32_t node) const;
-    WString splitText(std::int32_t node) const;
+    /// The threshold, or the categories that go left.
+    WString splitText(std::int32_t node, WString (*threshold)(double)) const;
     WString conditionText(std::int32_t parent, bool isLeft) const;
 
     StringVector categoricalFeaturesNames_;

@@ -134,10 +134,7 @@ std::int32_t ClassificationModel::classOf(std::int32_t node) const {
 std::vector<std::int32_t> ClassificationModel::predict(std::span<const Cells> features,
                                                        std::size_t numRecords) const {
     std::vector<std::int32_t> predicted = findNodes(features, numRecords);
-    std::vector<std::int32_t> classes(tree().nodes.size());
-    for (std::size_t node = 0; node < classes.size(); ++node)
-        classes[node] = classOf(static_cast<std::int32_t>(node));
-    for (std::int32_t& value : predicted) value = classes[static_cast<std::size_t>(value)];
+    for (std::int32_t& value : predicted) value = classOf(value);
     return predicted;
 }
 

@@ -9,8 +9,17 @@ namespace Tessel::Engine::DT {
 void Model::adopt(Tree tree, std::size_t numFeatures) {
     Scorer scorer(tree, {});
     std::vector<double> trainingLog = errorBySplit(tree);
+    std::vector<std::int32_t> numericFeatures, categoricalFeatures;
+    std::vector<std::uint8_t> isKnown(numFeatures, 0);
+    for (const Node& node : tree.nodes) {
+        if (node.isLeaf() || isKnown[static_cast<std::size_t>(node.feature)] != 0) continue;
+        isKnown[static_cast<std::size_t>(node.feature)] = 1;
+        (node.categorySet >= 0 ? categoricalFeatures : numericFeatures).push_back(node.feature);
+    }
     tree_ = std::move(tree);
     numFeatures_ = numFeatures;
+    numericFeatures_ = std::move(numericFeatures);
+    categoricalFeatures_ = std::move(categoricalFeatures);
     trainingLog_ = std::move(trainingLog);
     pruning_ = {};
     standardError_ = 0.0;
@@ -79,18 +88,15 @@ void Model::checkCells(std::span<const Cells> features, std::size_t numRecords) 
     if (features.size() != numFeatures_)
         throw NumColumnsMismatch(static_cast<std::int32_t>(numFeatures_),
                                  static_cast<std::int32_t>(features.size()));
-    std::vector<std::uint8_t> isCategorical(numFeatures_, 0), isNumeric(numFeatures_, 0);
-    for (const Node& node : tree_.nodes)
-        if (!node.isLeaf())
-            (node.categorySet >= 0 ? isCategorical : isNumeric)[static_cast<std::size_t>(node.feature)] = 1;
-    for (std::size_t i = 0; i < features.size(); ++i) {
-        if (isCategorical[i] != 0 && features[i].codes.size() < numRecords)
+    const auto require = [numRecords](std::size_t numCells) {
+        if (numCells < numRecords)
             throw NumElementsMismatch(static_cast<std::int64_t>(numRecords),
-                                      static_cast<std::int64_t>(features[i].codes.size()));
-        if (isNumeric[i] != 0 && features[i].numbers.size() < numRecords)
-            throw NumElementsMismatch(static_cast<std::int64_t>(numRecords),
-                                      static_cast<std::int64_t>(features[i].numbers.size()));
-    }
+                                      static_cast<std::int64_t>(numCells));
+    };
+    for (const std::int32_t feature : numericFeatures_)
+        require(features[static_cast<std::size_t>(feature)].numbers.size());
+    for (const std::int32_t feature : categoricalFeatures_)
+        require(features[static_cast<std::size_t>(feature)].codes.size());
 }
 
 std::vector<std::int32_t> Model::findNodes(std::span<const Cells> features, std::size_t numRecords) const {

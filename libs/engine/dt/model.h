@@ -133,6 +133,7 @@ class Model {
 
     Tree tree_;
     std::size_t numFeatures_ = 0;
+    std::vector<std::int32_t> numericFeatures_, categoricalFeatures_;  // those that the tree asks for
     std::vector<double> trainingLog_;
     PruningSequence pruning_;
     double standardError_ = 0.0;

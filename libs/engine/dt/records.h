@@ -52,6 +52,8 @@ void summarizeChildren(const Records& records, std::span<const std::uint32_t> le
 //
 // A bin is numSums(records) numbers: the count of records, then the weights by class; in regression the
 // count, the weight, and the weighted sum of deviations from the mean of the node.
+//
+// A score is below 0 where a side weighs nothing within rounding.
 
 /// Two classes. With d = W w1 - w W1 (W, W1: weight of the node and of its second class; w, w1: of the left
 /// side) the decrease of Gini's index times W is 2 d^2 / (W w (W - w)).
@@ -87,8 +89,9 @@ class TwoClassSide {
     }
     double score() const {
         const auto difference = static_cast<double>(totalWeight_ * second_ - weight_ * totalSecond_);
-        return difference * difference /
-               (static_cast<double>(weight_) * static_cast<double>(totalWeight_ - weight_));
+        const double product = static_cast<double>(weight_) * static_cast<double>(totalWeight_ - weight_);
+        if (!Unit && !(product > 0.0)) return -1.0;
+        return difference * difference / product;
     }
     /// Categories in this order make the best subset a prefix.
     static double order(const double* bin) { return bin[2] / (bin[1] + bin[2]); }
@@ -148,6 +151,7 @@ class ManyClassSide {
     }
     double score() const {
         const auto left = static_cast<double>(weight_), right = static_cast<double>(totalWeight_ - weight_);
+        if (!Unit && !(left * right > 0.0)) return -1.0;
         double leftSquares = 0.0, rightSquares = 0.0;
         if constexpr (Unit) {
             leftSquares = static_cast<double>(leftSquares_);
@@ -210,7 +214,11 @@ class MeanSide {
         bin[1] += weight;
         bin[2] += weight * (records.targets[record] - totals.mean);
     }
-    double score() const { return sum_ * sum_ / (weight_ * (totalWeight_ - weight_)); }
+    double score() const {
+        const double product = weight_ * (totalWeight_ - weight_);
+        if (!Unit && !(product > 0.0)) return -1.0;
+        return sum_ * sum_ / product;
+    }
     static double order(const double* bin) { return bin[2] / bin[1]; }
     std::int64_t numRecords() const { return Unit ? static_cast<std::int64_t>(weight_) : numRecords_; }
 

@@ -83,7 +83,7 @@ void Scorer::descend(std::span<const Cells> features, std::size_t first, std::in
 template <bool HasSets>
 void Scorer::findRange(std::span<const Cells> features, std::size_t first,
                        std::span<std::int32_t> leaves) const {
-    constexpr std::size_t kWidth = 8;
+    constexpr std::size_t kWidth = 16;
     std::size_t i = 0;
     for (; i + kWidth <= leaves.size(); i += kWidth)
         descend<HasSets, kWidth>(features, first + i, leaves.data() + i);

@@ -57,6 +57,9 @@ DataFrameElement& DataFrameElement::operator=(const DataFrameElement& cell) {
 // ---- one column
 
 DataFrameColumn::DataFrameColumn() : DataFrameColumn(WString(), Vector()) {}
+DataFrameColumn::DataFrameColumn(const DataFrameColumn&) = default;
+DataFrameColumn& DataFrameColumn::operator=(const DataFrameColumn&) = default;
+DataFrameColumn::~DataFrameColumn() = default;
 
 DataFrameColumn::DataFrameColumn(WString name, Vector values)
     : DataFrameColumn(std::move(name), ColumnCells::ofNumbers(std::move(values).elements()), nullptr) {}

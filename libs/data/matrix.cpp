@@ -1,3 +1,5 @@
+#include <utility>
+
 #include <tessel/data/data_frame.h>
 #include <tessel/data/matrix.h>
 
@@ -20,6 +22,23 @@ void requireSize(int expected, std::size_t actual) {
 }
 
 }  // namespace
+
+Matrix::Matrix(Matrix&& other) noexcept
+    : name_(std::move(other.name_)),
+      numRows_(std::exchange(other.numRows_, 0)),
+      numCols_(std::exchange(other.numCols_, 0)),
+      order_(other.order_),
+      values_(std::move(other.values_)) {}
+
+Matrix& Matrix::operator=(Matrix&& other) noexcept {
+    Matrix moved(std::move(other));
+    std::swap(name_, moved.name_);
+    std::swap(numRows_, moved.numRows_);
+    std::swap(numCols_, moved.numCols_);
+    std::swap(order_, moved.order_);
+    std::swap(values_, moved.values_);
+    return *this;
+}
 
 Matrix::Matrix(int numRows, int numCols, double fill, MatrixOrderType order)
     : numRows_(numRows), numCols_(numCols), order_(order), values_(numCells(numRows, numCols), fill) {}

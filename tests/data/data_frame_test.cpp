@@ -56,6 +56,19 @@ TEST(DataFrameTest, shapeNamesAndTypes) {
     EXPECT_EQ(table.getName(), L"people");
 }
 
+TEST(DataFrameTest, whatWasMovedFromStaysUsable) {
+    DataFrameColumn column = sample()(all, L"x");
+    const DataFrameColumn movedColumn = std::move(column);
+    EXPECT_EQ(movedColumn.getNumRows(), 3);
+    EXPECT_EQ(column.toStringVector(), movedColumn.toStringVector());
+    DataFrame table = sample();
+    const DataFrame movedTable = std::move(table);
+    EXPECT_EQ(movedTable.toJson(), sample().toJson());
+    EXPECT_EQ(table.getNumRows(), 0);
+    table.append(movedColumn);
+    EXPECT_EQ(table.getColNames(), (StringVector{L"x"}));
+}
+
 TEST(DataFrameTest, duplicateNames) {
     DataFrame table = sample();
     table.setColName(2, L"x");

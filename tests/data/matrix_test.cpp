@@ -62,6 +62,21 @@ TEST(MatrixTest, changesAndBounds) {
     EXPECT_THROW(Matrix(2, -1), ColumnIndexOutOfRange);
 }
 
+TEST(MatrixTest, whatWasMovedFromIsEmpty) {
+    const Matrix original(2, 3, Vector{1, 2, 3, 4, 5, 6}, kByColumn);
+    Matrix source = original, assigned(1, 1);
+    Matrix target = std::move(source);
+    EXPECT_EQ(target, original);
+    EXPECT_EQ(source, Matrix());
+    EXPECT_THROW(source.getRow(0), IndexOutOfRange);
+    assigned = std::move(target);
+    EXPECT_EQ(assigned, original);
+    EXPECT_EQ(assigned.getMatrixOrder(), kByColumn);
+    EXPECT_EQ(target, Matrix());
+    source = original;
+    EXPECT_EQ(source, original);
+}
+
 TEST(MatrixTest, tablesAndTexts) {
     Matrix matrix(2, 3, Vector{1, -2.5, 1e6, 1.23456789, std::numeric_limits<double>::quiet_NaN(), 1e-7});
     matrix.setName(L"m");

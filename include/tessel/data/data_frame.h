@@ -79,9 +79,13 @@ class TESSEL_API DataFrameElement {
 };
 
 /// One named column of cells with its row names. Copies share the cells; writing a cell copies them once.
+/// Moving copies, too, so that there is never a column without cells.
 class TESSEL_API DataFrameColumn {
  public:
     DataFrameColumn();
+    DataFrameColumn(const DataFrameColumn&);
+    DataFrameColumn& operator=(const DataFrameColumn&);
+    ~DataFrameColumn();
     /// Columns made from a vector: `values` is moved, not copied, when the caller moves it in.
     DataFrameColumn(WString name, Vector values);
     DataFrameColumn(WString name, const IntVector& values);

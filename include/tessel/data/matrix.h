@@ -12,6 +12,11 @@ namespace Tessel {
 class TESSEL_API Matrix {
  public:
     Matrix() = default;
+    Matrix(const Matrix&) = default;
+    /// The other matrix is left without rows and columns.
+    Matrix(Matrix&& other) noexcept;
+    Matrix& operator=(const Matrix&) = default;
+    Matrix& operator=(Matrix&& other) noexcept;
     Matrix(int numRows, int numCols, double fill = 0.0, MatrixOrderType order = MatrixOrderType::ROW_MAJOR);
     /// @param values  numRows * numCols values in the given order.
     /// @throws NumElementsMismatch

@@ -1,4 +1,6 @@
 #include <tessel/data/convert.h>
+#include <tessel/data/util/tables.h>
+#include <tessel/framework/errors.h>
 #include <tessel/framework/ladon.h>
 
 #include "data/files.h"
@@ -10,7 +12,13 @@ void Exportable::toLadon(const WString& path) const { Files::writeBytes(path, Co
 
 Importable::~Importable() = default;
 void Importable::fromLadonFile(const WString& path) {
-    fromLadonString(Convert::fromUtf8(Files::readBytes(path)));
+    WString text;
+    try {
+        text = Util::readFile(path);
+    } catch (const InvalidEncoding&) {
+        throw UnsupportedJSONModel();
+    }
+    fromLadonString(text);
 }
 
 }  // namespace Tessel::Ladon

@@ -1,9 +1,11 @@
 #include <cmath>
 #include <filesystem>
+#include <fstream>
 
 #include <gtest/gtest.h>
 
 #include <tessel/decision_tree.h>
+#include <tessel/data/convert.h>
 #include <tessel/framework/errors.h>
 #include <tessel/naive_bayes.h>
 
@@ -182,6 +184,16 @@ TYPED_TEST(Classifiers, LadonHoldsWhatWasSetAndRestoresIt) {
     estimator.toLadon(path);
     TypeParam fromFile;
     fromFile.fromLadonFile(path);
+    EXPECT_EQ(fromFile.toLadon(), text);
+    const auto write = [&](const std::string& bytes) {
+        std::ofstream(directory / "estimator.ladon", std::ios::binary) << bytes;
+    };
+    write("\xEF\xBB\xBF" + Convert::toUtf8(text));  // as some editors save it
+    fromFile.reset();
+    fromFile.fromLadonFile(path);
+    EXPECT_EQ(fromFile.toLadon(), text);
+    write("{\"objectType\":\"\xFF\"}");
+    EXPECT_THROW(fromFile.fromLadonFile(path), UnsupportedJSONModel);
     EXPECT_EQ(fromFile.toLadon(), text);
     std::filesystem::remove_all(directory);
     EXPECT_THROW(fromFile.fromLadonFile(path), FileNotFound);

@@ -111,7 +111,7 @@ class TESSEL_API Importable {
     virtual ~Importable();
     /// @throws UnsupportedJSONModel when the text is not JSON or describes another kind of object.
     virtual void fromLadonString(const WString& text) = 0;
-    /// @throws FileNotFound, UnsupportedJSONModel
+    /// The same for a UTF-8 file, with or without byte-order mark. @throws FileNotFound, UnsupportedJSONModel
     virtual void fromLadonFile(const WString& path);
 };
 

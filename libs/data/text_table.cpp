@@ -57,8 +57,7 @@ WString TextTable::numberText(double value) {
     if (std::isnan(value)) return {};
     if (std::isinf(value)) return Convert::toString(value);
     // Whole numbers up to here are exact and have no digits that mean nothing.
-    constexpr double kLargestWhole = 1e15;
-    const bool isWhole = value == std::trunc(value) && std::abs(value) <= kLargestWhole;
+    const bool isWhole = value == std::trunc(value) && std::abs(value) <= NumberText::kLargestPlain;
     const NumberText text = isWhole ? NumberText(value + 0.0, std::chars_format::fixed, 0)
                                     : NumberText(value, std::chars_format::general, 6);
     return WString(text.begin(), text.end());

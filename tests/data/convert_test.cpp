@@ -32,8 +32,11 @@ TEST(ConvertTest, numbersComeBackFromTheirTexts) {
 
 TEST(ConvertTest, textsOfNumbers) {
     const std::pair<double, WString> shortest[] = {
-        {0.1, L"0.1"},       {1e300, L"1e+300"},  {-0.0, L"-0"},         {kNaN, L"NaN"},
-        {kInf, L"Infinity"}, {12345.0, L"12345"}, {-kInf, L"-Infinity"}, {5e-324, L"5e-324"}};
+        {0.1, L"0.1"},         {1e300, L"1e+300"},          {-0.0, L"-0"},
+        {kNaN, L"NaN"},        {kInf, L"Infinity"},         {12345.0, L"12345"},
+        {-kInf, L"-Infinity"}, {5e-324, L"5e-324"},         {1e5, L"100000"},
+        {-3e7, L"-30000000"},  {1e15, L"1000000000000000"}, {1e16, L"1e+16"},
+        {1e-5, L"1e-05"}};
     for (const auto& [value, text] : shortest) EXPECT_EQ(Convert::toString(value), text);
     EXPECT_EQ(Convert::toDigits(0.1), L"0.10000000000000001");
     EXPECT_EQ(Convert::toString(std::numeric_limits<int>::min()), L"-2147483648");

@@ -10,6 +10,7 @@ namespace Tessel::Convert {
 
 TESSEL_API WString toString(int value);
 /// The shortest text that reads back to the same double: "0.1", "1e+300", "NaN", "Infinity", "-Infinity".
+/// Whole numbers up to 1e15 are written without exponent: "100000".
 TESSEL_API WString toString(double value);
 /// Fixed-point form with `numDecimals` decimals, 0..17: "3.14". @throws ValueOutOfRange
 TESSEL_API WString toString(double value, int numDecimals);

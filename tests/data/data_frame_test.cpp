@@ -69,6 +69,18 @@ TEST(DataFrameTest, whatWasMovedFromStaysUsable) {
     EXPECT_EQ(table.getColNames(), (StringVector{L"x"}));
 }
 
+TEST(DataFrameTest, listsBetweenBracesSelect) {
+    const DataFrame table = sample();
+    EXPECT_EQ(table(all, {L"x", L"id"}).getColNames(), (StringVector{L"x", L"id"}));
+    EXPECT_EQ(table(all, {L"x"}).getColNames(), (StringVector{L"x"}));
+    EXPECT_EQ(table(all, {0, 2}).getColNames(), (StringVector{L"id", L"city"}));
+    EXPECT_EQ(table(all, {0}).getColNames(), (StringVector{L"id"}));
+    EXPECT_EQ(table({0}, all).getRowNames(), (StringVector{L"Record 1"}));
+    EXPECT_EQ(table({2, 1}, all).getRowNames(), (StringVector{L"Record 3", L"Record 2"}));
+    EXPECT_EQ(table(all, Util::except({L"x", L"id"})).getColNames(), (StringVector{L"city"}));
+    EXPECT_EQ(table(Util::except({0, 1}), all).getRowNames(), (StringVector{L"Record 3"}));
+}
+
 TEST(DataFrameTest, duplicateNames) {
     DataFrame table = sample();
     table.setColName(2, L"x");

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 #include <memory>
 #include <span>
 #include <vector>
@@ -215,6 +216,16 @@ class TESSEL_API DataFrame : public JSON::StringExportable, public JSON::StringI
     DataFrame operator()(const IntVector& rows, Util::All) const;
     DataFrame operator()(const StringVector& rows, Util::All) const;
     DataFrame operator()(const Except& rows, Util::All) const;
+    // Lists between braces, which could otherwise be the characters of one name.
+    DataFrame operator()(Util::All all, std::initializer_list<const wchar_t*> columns) const {
+        return (*this)(all, StringVector(columns.begin(), columns.end()));
+    }
+    DataFrame operator()(Util::All all, std::initializer_list<int> columns) const {
+        return (*this)(all, IntVector(columns));
+    }
+    DataFrame operator()(std::initializer_list<int> rows, Util::All all) const {
+        return (*this)(IntVector(rows), all);
+    }
     DataFrameElement operator()(int row, int column);
     const DataFrameElement operator()(int row, int column) const;
     DataFrameElement operator()(int row, const WString& column);

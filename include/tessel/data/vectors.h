@@ -29,8 +29,11 @@ class NamedSequence {
     NamedSequence(std::initializer_list<T> elements) : elements_(elements) {}
     /// Takes over the elements without copying them.
     explicit NamedSequence(std::vector<T> elements) : elements_(std::move(elements)) {}
+    /// Two string literals between braces are two texts and no range of characters.
     template <std::input_iterator Iterator>
-    NamedSequence(Iterator first, Iterator last) : elements_(first, last) {}
+    requires(!std::is_same_v<std::iter_value_t<Iterator>, wchar_t>)
+        NamedSequence(Iterator first, Iterator last)
+        : elements_(first, last) {}
 
     const WString& getName() const { return name_; }
     void setName(WString name) { name_ = std::move(name); }

@@ -1,3 +1,4 @@
+#include <limits>
 #include <utility>
 
 #include <tessel/data/data_frame.h>
@@ -11,8 +12,9 @@ namespace Tessel {
 namespace {
 
 std::size_t numCells(int numRows, int numCols) {
-    if (numRows < 0) throw IndexOutOfRange(numRows, 0);
-    if (numCols < 0) throw ColumnIndexOutOfRange(numCols, 0);
+    constexpr int kMost = std::numeric_limits<int>::max();
+    if (numRows < 0) throw ValueOutOfRange("Number of rows", 0, kMost);
+    if (numCols < 0) throw ValueOutOfRange("Number of columns", 0, kMost);
     return static_cast<std::size_t>(numRows) * static_cast<std::size_t>(numCols);
 }
 

@@ -55,11 +55,11 @@ TEST(MatrixTest, changesAndBounds) {
         EXPECT_THROW(matrix.getColumn(-1), ColumnIndexOutOfRange);
         EXPECT_THROW(matrix.setRow(0, Vector{1, 2}), NumElementsMismatch);
         EXPECT_THROW(matrix.setColumn(0, Vector{1, 2}), NumElementsMismatch);
-        EXPECT_THROW(matrix.resize(-1, 1), IndexOutOfRange);
+        EXPECT_THROW(matrix.resize(-1, 1), ValueOutOfRange);
         EXPECT_EQ(matrix, Matrix(3, 1, Vector{1, 7, 0}));
     }
     EXPECT_THROW(Matrix(2, 2, Vector{1, 2, 3}), NumElementsMismatch);
-    EXPECT_THROW(Matrix(2, -1), ColumnIndexOutOfRange);
+    EXPECT_THROW(Matrix(2, -1), ValueOutOfRange);
 }
 
 TEST(MatrixTest, whatWasMovedFromIsEmpty) {
@@ -81,7 +81,7 @@ TEST(MatrixTest, tablesAndTexts) {
     Matrix matrix(2, 3, Vector{1, -2.5, 1e6, 1.23456789, std::numeric_limits<double>::quiet_NaN(), 1e-7});
     matrix.setName(L"m");
     EXPECT_EQ(matrix.toString(), L"m\n      1  -2.5  1000000\n1.23457          1e-07\n");
-    EXPECT_EQ(matrix.toJson(), L"[[1,-2.5,1e+06],[1.23456789,null,1e-07]]");
+    EXPECT_EQ(matrix.toJson(), L"[[1,-2.5,1000000],[1.23456789,null,1e-07]]");
 
     Matrix plain(2, 2, Vector{1, 2, 3, 4});
     const DataFrame table(plain);

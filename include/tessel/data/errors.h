@@ -17,6 +17,8 @@
 //   209 NumRowsMismatch         233 UnableToWriteFile        243 DuplicateName
 //   210 NumColumnsMismatch      234 TooLargeSampleSize       248 NonNumericData
 //   211 NumElementsMismatch     212 ColumnIndexOutOfRange    251 MalformedJSON
+//
+// 252 is the code of the plain Exception for a write to a cell of a constant table.
 
 namespace Tessel {
 

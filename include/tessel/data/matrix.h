@@ -17,9 +17,10 @@ class TESSEL_API Matrix {
     Matrix(Matrix&& other) noexcept;
     Matrix& operator=(const Matrix&) = default;
     Matrix& operator=(Matrix&& other) noexcept;
+    /// @throws ValueOutOfRange for a negative shape.
     Matrix(int numRows, int numCols, double fill = 0.0, MatrixOrderType order = MatrixOrderType::ROW_MAJOR);
     /// @param values  numRows * numCols values in the given order.
-    /// @throws NumElementsMismatch
+    /// @throws NumElementsMismatch, ValueOutOfRange
     Matrix(int numRows, int numCols, const Vector& values,
            MatrixOrderType order = MatrixOrderType::ROW_MAJOR);
     /// The cells of a table, index columns included, stored column by column.
@@ -47,6 +48,7 @@ class TESSEL_API Matrix {
     /// The transposed matrix, in the same memory order.
     Matrix transpose() const;
     /// Changes the shape; cells that both shapes have keep their values, new ones become 0.
+    /// @throws ValueOutOfRange for a negative shape; the matrix is then unchanged.
     void resize(int numRows, int numCols);
 
     /// All cells in memory order (see `getMatrixOrder`).

@@ -42,6 +42,13 @@ WString numberText(double value, Format... format) {
     return WString(text.begin(), text.end());
 }
 
+template <class Integer>
+WString integerText(Integer value) {
+    std::array<char, 24> digits;
+    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value);
+    return WString(digits.data(), end.ptr);
+}
+
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 /// Whether a decimal number, given without sign, is at least 1: its first significant digit stands before
@@ -68,11 +75,12 @@ bool isAtLeastOne(std::string_view number) {
 
 }  // namespace
 
-WString toString(int value) {
-    std::array<char, 16> digits;
-    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value);
-    return WString(digits.data(), end.ptr);
-}
+WString toString(int value) { return integerText(value); }
+WString toString(long value) { return integerText(value); }
+WString toString(long long value) { return integerText(value); }
+WString toString(unsigned value) { return integerText(value); }
+WString toString(unsigned long value) { return integerText(value); }
+WString toString(unsigned long long value) { return integerText(value); }
 
 WString toString(double value) { return numberText(value); }
 WString toDigits(double value) { return numberText(value, std::chars_format::general, 17); }

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 
 namespace Tessel {
 
@@ -17,7 +18,11 @@ class NumberText {
 
     explicit NumberText(double value) {
         const bool isPlain = std::abs(value) <= kLargestPlain && value == std::trunc(value);
-        end_ = isPlain ? write(value, std::chars_format::fixed) : write(value);
+        const bool isNegativeZero = value == 0.0 && std::signbit(value);
+        end_ = isPlain && !isNegativeZero ? std::to_chars(digits_.data(), digits_.data() + digits_.size(),
+                                                          static_cast<std::int64_t>(value))
+                                                .ptr
+                                          : write(value);
     }
     template <class... Format>
     NumberText(double value, std::chars_format form, Format... precision) {

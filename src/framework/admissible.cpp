@@ -93,15 +93,16 @@ DataFrame IAdmissible::categoricalFeaturesInfo() const {
 
 namespace Classification::PriorProbability {
 
-void PriorProbsParameter::validate() const {
-    if (!isSet()) return;
+void IAdmissible::validatePriors() const {
+    if (priorProbMethod.get() != PriorProbMethodType::EXPLICIT) return;
     double sum = 0.0;
-    for (const auto& [label, prior] : get()) {
-        if (!(prior >= 0.0 && prior <= 1.0)) throw ValueOutOfRange(getNarrowDescription(), 0.0, 1.0);
+    for (const auto& [label, prior] : priorProb.get()) {
+        if (!(prior >= 0.0 && prior <= 1.0))
+            throw ValueOutOfRange(priorProb.getNarrowDescription(), 0.0, 1.0);
         sum += prior;
     }
     constexpr double kTolerance = 1e-9;  // sums of decimal fractions such as 0.1 are not exact
-    if (std::abs(sum - 1.0) > kTolerance) throw IncorrectTotalValue(getNarrowDescription(), sum);
+    if (std::abs(sum - 1.0) > kTolerance) throw IncorrectTotalValue(priorProb.getNarrowDescription(), sum);
 }
 
 void IAdmissible::setPriorProb(const WString& classLabel, double probability) {

@@ -50,12 +50,10 @@ class IAdmissible {
 
 namespace Classification::PriorProbability {
 
-/// Explicit priors: each in [0, 1], summing to 1.
+/// Explicit priors.
 class PriorProbsParameter : public Parameter<PriorProbs> {
  public:
     using Parameter::Parameter;
-    /// @throws ValueOutOfRange, IncorrectTotalValue
-    void validate() const override;
 
  protected:
     WString admissibleValues() const override { return L"[0,1] and sum=1"; }
@@ -74,6 +72,9 @@ class IAdmissible {
 
     void setPriorProb(const WString& classLabel, double probability);
     double getPriorProb(const WString& classLabel) const;
+    /// Explicit priors, while they are the chosen method, must be in [0, 1] and sum to 1.
+    /// @throws ValueOutOfRange, IncorrectTotalValue
+    void validatePriors() const;
     /// The priors of the classes by the chosen method, in their order.
     /// @throws NotASetMember for a prior of an unknown class, ConstraintViolation for a class without prior.
     Vector priors(const StringVector& classes, const std::vector<double>& counts) const;

@@ -109,6 +109,11 @@ void IModelable::describeTraining(StringVector& labels, StringVector& values) co
 
 // ---- estimator
 
+void IEstimator::validate() const {
+    Supervised::IEstimator::validate();
+    validatePriors();
+}
+
 TrainingSet IEstimator::checkedData(const DataFrame& features, const DataFrameColumn& target) const {
     TrainingSet data;
     data.features = checkedFeatures(features, target);
@@ -121,7 +126,7 @@ TrainingSet IEstimator::checkedData(const DataFrame& features, const DataFrameCo
 }
 
 void IEstimator::validate(const DataFrame& features, const DataFrameColumn& target) const {
-    checkedData(features, target);
+    requireFinite(checkedData(features, target).features);
 }
 
 std::shared_ptr<IModelable> IEstimator::fit(const DataFrame& features, const DataFrameColumn& target) const {

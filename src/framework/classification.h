@@ -70,7 +70,7 @@ class IEstimator : public Supervised::IEstimator, public PriorProbability::IAdmi
     Parameter<WString> successClass{L"successClass", L"Success class"};
     BoundedParameter<double> successProbability{L"successProbability", L"Success probability", 0.5, 0.0, 1.0};
 
-    using Supervised::IEstimator::validate;
+    void validate() const override;
     void validate(const DataFrame& features, const DataFrameColumn& target) const override;
     std::shared_ptr<IModelable> fit(const DataFrame& features, const DataFrameColumn& target) const;
 
@@ -81,7 +81,8 @@ class IEstimator : public Supervised::IEstimator, public PriorProbability::IAdmi
     }
     /// How much of the training data each class is, for the empirical priors: its rows, or their weights.
     virtual std::vector<double> classSizes(const ClassTarget& target) const { return target.counts; }
-    /// Fits the family's engine. The framework adds schema and classes to the model that it returns.
+    /// Fits the family's engine. Infinite numbers among the features are still in the data: the family
+    /// refuses them by `requireFinite`. The framework adds schema and classes to the model that it returns.
     virtual std::shared_ptr<IModelable> fitEngine(const TrainingSet& data) const = 0;
 
  private:

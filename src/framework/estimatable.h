@@ -14,11 +14,11 @@ namespace Tessel {
 /// kind of learning, declares its parameters as members and lists them; what is common happens here.
 class IEstimatable : public IIdentifiable {
  public:
-    /// What tells this estimator from others in `Ladon` text; the views point to constants.
+    /// What tells this estimator from others in `Ladon` text.
     struct LadonIdentity {
-        WStringView objectType;
-        WStringView taskKind;
-        WStringView algorithm;
+        WString objectType;
+        WString taskKind;
+        WString algorithm;
     };
 
     /// @param modelName  the kind of model as people know it, such as "Naive Bayes".

@@ -34,7 +34,7 @@ TrainingSet IEstimator::checkedData(const DataFrame& features, const DataFrameCo
 }
 
 void IEstimator::validate(const DataFrame& features, const DataFrameColumn& target) const {
-    checkedData(features, target);
+    requireFinite(checkedData(features, target).features);
 }
 
 std::shared_ptr<IModelable> IEstimator::fit(const DataFrame& features, const DataFrameColumn& target) const {

@@ -44,7 +44,8 @@ class IEstimator : public Supervised::IEstimator {
     std::shared_ptr<IModelable> fit(const DataFrame& features, const DataFrameColumn& target) const;
 
  protected:
-    /// Fits the family's engine. The framework adds the schema to the model that it returns.
+    /// Fits the family's engine. Infinite numbers among the features are still in the data: the family
+    /// refuses them by `requireFinite`. The framework adds the schema to the model that it returns.
     virtual std::shared_ptr<IModelable> fitEngine(const TrainingSet& data) const = 0;
 
  private:

@@ -44,19 +44,31 @@ std::vector<std::int32_t> codeMap(const ColumnCells& cells, const Dictionary& ca
     return map;
 }
 
-void requireFinite(const WString& name, const ColumnCells& cells) {
-    const auto isInfinite = [](double value) {
-        return std::abs(value) == std::numeric_limits<double>::infinity();
-    };
-    std::size_t numInfinite = 0;
-    if (cells.selection()) {  // row by row, so that the rows need not be gathered for the check alone
-        for (int row = 0; row < cells.numRows(); ++row) numInfinite += isInfinite(cells.number(row));
-    } else {  // counting without a branch lets the compiler compare several cells at once
-        for (const double value : cells.numbers()) numInfinite += isInfinite(value);
+/// A text column without any text, as an empty column of a file may turn out, as missing numbers.
+std::shared_ptr<ColumnCells> numbersOf(const WString& name, const ColumnCells& texts) {
+    if (!texts.presentCodes().empty()) throw NonNumericData(Convert::toUtf8Lossy(name));
+    return ColumnCells::ofNumbers(std::vector<double>(static_cast<std::size_t>(texts.numRows()),
+                                                      std::numeric_limits<double>::quiet_NaN()));
+}
+
+/// Numbers the labels of a target by first appearance. Codes of missing cells are not below `numCodes`.
+template <class Codes, class LabelOf>
+void encodeClasses(const Codes& codes, std::size_t numCodes, ClassTarget& target, LabelOf labelOf) {
+    std::vector<std::int32_t> classOf(numCodes, kMissingCode);
+    target.codes.resize(codes.size());
+    for (std::size_t row = 0; row < codes.size(); ++row) {
+        const std::size_t code = static_cast<std::uint32_t>(codes[row]);
+        if (code >= numCodes)
+            throw ConstraintViolation(Convert::toUtf8Lossy(target.name),
+                                      "The target has missing cells; remove these rows or fill the cells.");
+        if (classOf[code] == kMissingCode) {
+            classOf[code] = static_cast<std::int32_t>(target.classes.size());
+            target.classes.push_back(labelOf(code));
+        }
+        target.codes[row] = classOf[code];
     }
-    if (numInfinite > 0)
-        throw ConstraintViolation(Convert::toUtf8Lossy(name),
-                                  "Infinite values are not allowed; remove them or mark them as missing.");
+    target.counts.resize(target.classes.size(), 0.0);
+    for (const std::int32_t code : target.codes) target.counts[at(code)] += 1.0;
 }
 
 }  // namespace
@@ -111,7 +123,6 @@ TrainingFeatures readTrainingFeatures(const DataFrame& features, const IntVector
             feature.categories = categoriesOf(*cells);
             training.columns.push_back(FeatureColumn::categorical(cells, *feature.categories));
         } else {
-            requireFinite(feature.name, *cells);
             training.columns.push_back(FeatureColumn::numeric(cells));
         }
         names.push_back(feature.name);
@@ -120,6 +131,21 @@ TrainingFeatures readTrainingFeatures(const DataFrame& features, const IntVector
     if (training.columns.empty()) throw TooFewNumColumns(0);
     features.getColIndexes(names);  // scoring finds features by name, so a name must tell one column
     return training;
+}
+
+void requireFinite(const TrainingFeatures& features) {
+    const auto isInfinite = [](double value) {
+        return std::abs(value) == std::numeric_limits<double>::infinity();
+    };
+    for (std::size_t i = 0; i < features.columns.size(); ++i) {
+        // Counting without a branch lets the compiler compare several cells at once.
+        std::size_t numInfinite = 0;
+        for (const double value : features.columns[i].numbers()) numInfinite += isInfinite(value);
+        if (numInfinite > 0)
+            throw ConstraintViolation(
+                Convert::toUtf8Lossy(features.schema.features[i].name),
+                "Infinite values are not allowed; remove them or mark them as missing.");
+    }
 }
 
 std::vector<FeatureColumn> readFeatures(const FittedSchema& schema, const DataFrame& table) {
@@ -135,8 +161,8 @@ std::vector<FeatureColumn> readFeatures(const FittedSchema& schema, const DataFr
         if (feature.isCategorical) {
             columns.push_back(FeatureColumn::categorical(cells, *feature.categories));
         } else {
-            if (!cells->isNumeric()) throw NonNumericData(Convert::toUtf8Lossy(feature.name));
-            columns.push_back(FeatureColumn::numeric(cells));
+            columns.push_back(
+                FeatureColumn::numeric(cells->isNumeric() ? cells : numbersOf(feature.name, *cells)));
         }
     }
     return columns;
@@ -146,34 +172,13 @@ ClassTarget readClassTarget(const DataFrameColumn& target) {
     const ColumnCells& cells = *ColumnAccess::cells(target);
     ClassTarget read;
     read.name = target.getColName();
-    const auto classOf = [&](std::vector<std::int32_t>& classes, std::size_t code, auto label) {
-        if (classes[code] == kMissingCode) {
-            classes[code] = static_cast<std::int32_t>(read.classes.size());
-            read.classes.push_back(label());
-            read.counts.push_back(0.0);
-        }
-        read.counts[at(classes[code])] += 1.0;
-        read.codes.push_back(classes[code]);
-    };
-    const auto requirePresent = [&](bool isPresent) {
-        if (!isPresent)
-            throw ConstraintViolation(Convert::toUtf8Lossy(read.name),
-                                      "The target has missing cells; remove these rows or fill the cells.");
-    };
-    read.codes.reserve(at(target.getNumRows()));
     if (cells.isNumeric()) {
         const RankCodes& ranks = cells.rankCodes();
-        std::vector<std::int32_t> classes(ranks.distinct.size(), kMissingCode);
-        for (const std::uint32_t rank : ranks.codes) {
-            requirePresent(rank < ranks.distinct.size());
-            classOf(classes, rank, [&] { return Convert::toString(ranks.distinct[rank]); });
-        }
+        encodeClasses(ranks.codes, ranks.distinct.size(), read,
+                      [&](std::size_t rank) { return Convert::toString(ranks.distinct[rank]); });
     } else {
-        std::vector<std::int32_t> classes(cells.dictionary().levels().size(), kMissingCode);
-        for (const std::int32_t code : cells.codes()) {
-            requirePresent(code != kMissingCode);
-            classOf(classes, at(code), [&] { return cells.dictionary()[code]; });
-        }
+        const std::vector<WString>& levels = cells.dictionary().levels();
+        encodeClasses(cells.codes(), levels.size(), read, [&](std::size_t code) { return levels[code]; });
     }
     return read;
 }

@@ -69,11 +69,15 @@ struct TrainingFeatures {
 /// Reads the features of a training table: all columns but index columns. Text columns are categorical, and
 /// so are the numeric ones listed.
 /// @param categoricalColumns  positions of columns of `features`.
-/// @throws TooFewNumRows, TooFewNumColumns; DuplicateName; ConstraintViolation for an infinite number.
+/// @throws TooFewNumRows, TooFewNumColumns, DuplicateName
 TrainingFeatures readTrainingFeatures(const DataFrame& features, const IntVector& categoricalColumns = {});
 
+/// Refuses infinite numbers. Reads every cell: a family whose engine shows what it met asks only then.
+/// @throws ConstraintViolation
+void requireFinite(const TrainingFeatures& features);
+
 /// Reads the same features from a table to score, by name. A categorical feature takes numbers by their text.
-/// @throws NotAValidColName for a missing feature, NonNumericData for text in a numeric one.
+/// @throws NotAValidColName for a feature that the table lacks, NonNumericData for texts in a numeric one.
 std::vector<FeatureColumn> readFeatures(const FittedSchema& schema, const DataFrame& table);
 
 /// A classification target: distinct labels in order of first appearance, and the label of each row.

@@ -6,7 +6,9 @@ namespace Tessel {
 
 template <class Interface>
 SupervisedModel<Interface>::SupervisedModel(std::shared_ptr<Supervised::IModelable> implementation)
-    : implementation_(std::move(implementation)) {}
+    : implementation_(std::move(implementation)) {
+    if (!implementation_) throw Exception("A model comes from a fit or from a model text.", 252);
+}
 template <class Interface>
 SupervisedModel<Interface>::SupervisedModel(const SupervisedModel&) = default;
 template <class Interface>

@@ -142,13 +142,13 @@ TEST(PriorProbability, ChecksAndComputesPriorsByEveryMethod) {
 
     admissible.setPriorProb(L"no", 0.9);
     EXPECT_EQ(admissible.priorProbMethod.get(), PriorProbMethodType::EXPLICIT);
-    EXPECT_EQ(messageOf([&] { admissible.priorProb.validate(); }),
+    EXPECT_EQ(messageOf([&] { admissible.validatePriors(); }),
               "Prior probabilities violated a constraint: sum = 0.900000.");
     EXPECT_THROW(admissible.getPriorProb(L"yes"), NotASetMember);
     admissible.setPriorProb(L"yes", 1.5);
-    EXPECT_THROW(admissible.priorProb.validate(), ValueOutOfRange);
+    EXPECT_THROW(admissible.validatePriors(), ValueOutOfRange);
     admissible.setPriorProb(L"yes", 0.1);
-    EXPECT_NO_THROW(admissible.priorProb.validate());
+    EXPECT_NO_THROW(admissible.validatePriors());
     EXPECT_EQ(admissible.priors(classes, counts), (Vector{0.9, 0.1}));
     EXPECT_THROW(admissible.priors({L"no", L"maybe"}, counts), NotASetMember);
     EXPECT_THROW(admissible.priors({L"no", L"yes", L"maybe"}, {1, 1, 1}), ConstraintViolation);

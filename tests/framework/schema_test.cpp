@@ -71,7 +71,7 @@ TEST(Schema, RefusesTablesThatNothingCanBeLearnedFrom) {
     EXPECT_THROW(readTrainingFeatures(twice), DuplicateName);
     DataFrame infinite = mixedTable();
     infinite(1, L"age") = std::numeric_limits<double>::infinity();
-    EXPECT_THROW(readTrainingFeatures(infinite), ConstraintViolation);
+    EXPECT_THROW(requireFinite(readTrainingFeatures(infinite)), ConstraintViolation);
 }
 
 TEST(Schema, ClassesComeInOrderOfFirstAppearance) {

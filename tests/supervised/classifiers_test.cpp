@@ -4,8 +4,9 @@
 
 #include <gtest/gtest.h>
 
-#include <tessel/decision_tree.h>
 #include <tessel/data/convert.h>
+#include <tessel/data/util/sets.h>
+#include <tessel/decision_tree.h>
 #include <tessel/framework/errors.h>
 #include <tessel/naive_bayes.h>
 
@@ -91,6 +92,7 @@ TYPED_TEST(Classifiers, PriorsComeFromTheChosenMethod) {
     EXPECT_EQ(estimator.getPriorProbMethod(), PriorProbMethodType::EXPLICIT);
     EXPECT_EQ(priorsOf(estimator), (Vector{0.1, 0.9}));
     EXPECT_THROW(priorsOf(estimator.setPriorProb(L"class 0", 0.2)), IncorrectTotalValue);
+    EXPECT_NO_THROW(priorsOf(estimator.setPriorProbMethod(PriorProbMethodType::UNIFORM)));
 }
 
 TYPED_TEST(Classifiers, CopiesAndFitsAreIndependent) {
@@ -149,6 +151,15 @@ TYPED_TEST(Classifiers, RefusesBadDataAndParametersBeforeFitting) {
     EXPECT_NO_THROW(estimator.fit(data.features, twoTargets));
     twoTargets.append(data.target);
     EXPECT_THROW(estimator.fit(data.features, twoTargets), NumColumnsMismatch);
+
+    for (const double infinity : {HUGE_VAL, -HUGE_VAL}) {
+        DataFrame infinite = data.features;
+        infinite(7, L"first") = infinity;
+        EXPECT_FALSE(estimator.isValid(infinite, data.target));
+        EXPECT_THROW(estimator.fit(infinite, data.target), ConstraintViolation);
+        EXPECT_NO_THROW(estimator.fit(infinite(Util::except(IntVector{7}), Util::all),
+                                      data.target.select(Util::range(0, 58))));
+    }
 
     TypeParam outOfRange;
     outOfRange.setSuccessProbability(-0.5);

@@ -78,7 +78,7 @@ TEST(NaiveBayes, ReportsDensitiesAndFrequencies) {
     EXPECT_DOUBLE_EQ(outlook(L"rainy", L"Probability: yes").toDouble(), 4.0 / 6.0);
     const DataFrame& temperature = report.at(L"Normal Density: temperature");
     EXPECT_EQ(temperature(L"yes", L"Mean").toDouble(), 22.0);
-    EXPECT_DOUBLE_EQ(temperature(L"no", L"Std. Dev.").toDouble(), std::sqrt(2.0));
+    EXPECT_DOUBLE_EQ(temperature(L"no", L"Std. dev.").toDouble(), std::sqrt(2.0));
     EXPECT_EQ(temperature(L"yes", L"#Records").toDouble(), 3.0);
     EXPECT_EQ(report[0](L"Laplace smoothing", L"Value").toString(), L"1");
 }

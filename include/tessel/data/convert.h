@@ -9,6 +9,11 @@
 namespace Tessel::Convert {
 
 TESSEL_API WString toString(int value);
+TESSEL_API WString toString(long value);
+TESSEL_API WString toString(long long value);
+TESSEL_API WString toString(unsigned value);
+TESSEL_API WString toString(unsigned long value);
+TESSEL_API WString toString(unsigned long long value);
 /// The shortest text that reads back to the same double: "0.1", "1e+300", "NaN", "Infinity", "-Infinity".
 /// Whole numbers up to 1e15 are written without exponent: "100000".
 TESSEL_API WString toString(double value);

@@ -11,7 +11,9 @@ namespace Tessel {
 class IEstimatable;  // private: the implementation of an estimator
 
 /// What all estimators have in common: a handle that owns its implementation. A copy has parameters of its
-/// own. Moving copies too, so that there is never a handle without implementation.
+/// own. Moving copies too, so that there is never a handle without implementation. Setters take any value;
+/// whether it is in range is checked by `validate`, `isValid` and each fit, so that parameters can be set in
+/// any order.
 class TESSEL_API EstimatorHandle : public Identifiable,
                                    public DataFrameExportable,
                                    public Ladon::Exportable,

@@ -9,89 +9,89 @@ namespace Tessel::Ladon {
 /// Structural keys and data-source types. `MODEL_TYPE` and `DATA_TYPE` are one text: inside an estimator it
 /// names the kind of task, inside a data object the kind of source.
 namespace Keyword {
-inline constexpr WStringView OBJECT_TYPE = L"objectType";
-inline constexpr WStringView ESTIMATOR = L"estimator";
-inline constexpr WStringView TRANSFORMER = L"transformer";
-inline constexpr WStringView MODEL = L"fittedModel";
-inline constexpr WStringView MODEL_TYPE = L"type";
-inline constexpr WStringView MODEL_ALGORITHM = L"algorithm";
-inline constexpr WStringView PARAMETERS = L"parameters";
-inline constexpr WStringView LEARNERS = L"learners";
-inline constexpr WStringView WEAK_LEARNER = L"weakLearner";
-inline constexpr WStringView ACTION_EVALUATIONS = L"evaluations";
-inline constexpr WStringView EVALUATION_HEADER = L"header";
-inline constexpr WStringView EVALUATION_DATAFRAME = L"dataFrame";
-inline constexpr WStringView DATA_TYPE = L"type";
-inline constexpr WStringView DATA_TYPE_CSV = L"csv";
-inline constexpr WStringView DATA_TYPE_JSON = L"json";
-inline constexpr WStringView DATA_TYPE_XML = L"xml";
-inline constexpr WStringView DATA_TYPE_EXCEL = L"excel";
-inline constexpr WStringView DATA_TYPE_ACCESS = L"access";
-inline constexpr WStringView DATA_TYPE_MSACCESS = L"msaccess";
-inline constexpr WStringView DATA_TYPE_MSSQL = L"mssql";
-inline constexpr WStringView DATA_TYPE_ORACLE = L"oracle";
-inline constexpr WStringView DATA_TYPE_ODBC = L"odbc";
-inline constexpr WStringView DATA_TYPE_ODATA = L"odata";
-inline constexpr WStringView DATA_TYPE_STAGE = L"stage";
+extern TESSEL_API const WString OBJECT_TYPE;           // "objectType"
+extern TESSEL_API const WString ESTIMATOR;             // "estimator"
+extern TESSEL_API const WString TRANSFORMER;           // "transformer"
+extern TESSEL_API const WString MODEL;                 // "fittedModel"
+extern TESSEL_API const WString MODEL_TYPE;            // "type"
+extern TESSEL_API const WString MODEL_ALGORITHM;       // "algorithm"
+extern TESSEL_API const WString PARAMETERS;            // "parameters"
+extern TESSEL_API const WString LEARNERS;              // "learners"
+extern TESSEL_API const WString WEAK_LEARNER;          // "weakLearner"
+extern TESSEL_API const WString ACTION_EVALUATIONS;    // "evaluations"
+extern TESSEL_API const WString EVALUATION_HEADER;     // "header"
+extern TESSEL_API const WString EVALUATION_DATAFRAME;  // "dataFrame"
+extern TESSEL_API const WString DATA_TYPE;             // "type"
+extern TESSEL_API const WString DATA_TYPE_CSV;         // "csv"
+extern TESSEL_API const WString DATA_TYPE_JSON;        // "json"
+extern TESSEL_API const WString DATA_TYPE_XML;         // "xml"
+extern TESSEL_API const WString DATA_TYPE_EXCEL;       // "excel"
+extern TESSEL_API const WString DATA_TYPE_ACCESS;      // "access"
+extern TESSEL_API const WString DATA_TYPE_MSACCESS;    // "msaccess"
+extern TESSEL_API const WString DATA_TYPE_MSSQL;       // "mssql"
+extern TESSEL_API const WString DATA_TYPE_ORACLE;      // "oracle"
+extern TESSEL_API const WString DATA_TYPE_ODBC;        // "odbc"
+extern TESSEL_API const WString DATA_TYPE_ODATA;       // "odata"
+extern TESSEL_API const WString DATA_TYPE_STAGE;       // "stage"
 }  // namespace Keyword
 
 /// The values of the "algorithm" key. The big-data variants share their texts with the local ones; the object
 /// around them tells them apart.
 namespace ModelAlgorithm {
-inline constexpr WStringView DECISION_TREE = L"decisionTree";
-inline constexpr WStringView BAGGING = L"bagging";
-inline constexpr WStringView BOOSTING = L"boosting";
-inline constexpr WStringView RANDOM_TREES = L"randomTrees";
-inline constexpr WStringView FIND_BEST_MODEL = L"findBestModel";
-inline constexpr WStringView LINEAR_REGRESSION = L"linearRegression";
-inline constexpr WStringView LOGISTIC_REGRESSION = L"logisticRegression";
-inline constexpr WStringView DISCRIMINANT_ANALYSIS = L"discriminantAnalysis";
-inline constexpr WStringView NAIVE_BAYES = L"naiveBayes";
-inline constexpr WStringView NEAREST_NEIGHBORS = L"nearestNeighbors";
-inline constexpr WStringView NEURAL_NETWORK = L"neuralNetwork";
-inline constexpr WStringView FS_LINEAR = L"linearWrapping";
-inline constexpr WStringView FS_LOGISTIC = L"logisticWrapping";
-inline constexpr WStringView FS_UNIVARIATE = L"univariate";
-inline constexpr WStringView ARIMA = L"arima";
-inline constexpr WStringView EXPONENTIAL = L"exponential";
-inline constexpr WStringView DOUBLE_EXPONENTIAL = L"doubleExponential";
-inline constexpr WStringView MOVING_AVERAGE = L"movingAverage";
-inline constexpr WStringView ADD_HOLT_WINTERS = L"addHoltWinters";
-inline constexpr WStringView MUL_HOLT_WINTERS = L"mulHoltWinters";
-inline constexpr WStringView NO_TREND_HOLT_WINTERS = L"noTrendHoltWinters";
-inline constexpr WStringView LAG_ANALYSIS = L"lagAnalysis";
-inline constexpr WStringView KMEANS = L"kMeans";
-inline constexpr WStringView HIERARCHICAL = L"hierarchical";
-inline constexpr WStringView ASSOCIATION_RULES = L"associationRules";
-inline constexpr WStringView PCA = L"principalComponentAnalysis";
-inline constexpr WStringView CVA = L"canonicalVariateAnalysis";
-inline constexpr WStringView FACTORIZATION = L"factorization";
-inline constexpr WStringView RESCALING = L"rescaling";
-inline constexpr WStringView IMPUTATION = L"imputation";
-inline constexpr WStringView BINNING = L"binning";
-inline constexpr WStringView ONE_HOT_ENCODING = L"oneHotEncoding";
-inline constexpr WStringView CAT_REDUCER = L"categoryReduction";
-inline constexpr WStringView SQL_TRANSFORMER = L"sql";
-inline constexpr WStringView SDG_TRANSFORMER = L"syntheticDataGenerator";
-inline constexpr WStringView TF_IDF = L"tfIdf";
-inline constexpr WStringView LSA = L"latentSemanticAnalysis";
-inline constexpr WStringView SAMPLING = L"sampling";
-inline constexpr WStringView STRATIFIED_SAMPLING = L"stratifiedSampling";
-inline constexpr WStringView PARTITIONING = L"partitioning";
-inline constexpr WStringView OVERSAMPLE_PARTITIONING = L"oversamplePartitioning";
-inline constexpr WStringView SUMMARIZATION = L"summarization";
-inline constexpr WStringView BD_SUMMARIZATION = L"summarization";
-inline constexpr WStringView BD_SAMPLING = L"sampling";
+extern TESSEL_API const WString DECISION_TREE;            // "decisionTree"
+extern TESSEL_API const WString BAGGING;                  // "bagging"
+extern TESSEL_API const WString BOOSTING;                 // "boosting"
+extern TESSEL_API const WString RANDOM_TREES;             // "randomTrees"
+extern TESSEL_API const WString FIND_BEST_MODEL;          // "findBestModel"
+extern TESSEL_API const WString LINEAR_REGRESSION;        // "linearRegression"
+extern TESSEL_API const WString LOGISTIC_REGRESSION;      // "logisticRegression"
+extern TESSEL_API const WString DISCRIMINANT_ANALYSIS;    // "discriminantAnalysis"
+extern TESSEL_API const WString NAIVE_BAYES;              // "naiveBayes"
+extern TESSEL_API const WString NEAREST_NEIGHBORS;        // "nearestNeighbors"
+extern TESSEL_API const WString NEURAL_NETWORK;           // "neuralNetwork"
+extern TESSEL_API const WString FS_LINEAR;                // "linearWrapping"
+extern TESSEL_API const WString FS_LOGISTIC;              // "logisticWrapping"
+extern TESSEL_API const WString FS_UNIVARIATE;            // "univariate"
+extern TESSEL_API const WString ARIMA;                    // "arima"
+extern TESSEL_API const WString EXPONENTIAL;              // "exponential"
+extern TESSEL_API const WString DOUBLE_EXPONENTIAL;       // "doubleExponential"
+extern TESSEL_API const WString MOVING_AVERAGE;           // "movingAverage"
+extern TESSEL_API const WString ADD_HOLT_WINTERS;         // "addHoltWinters"
+extern TESSEL_API const WString MUL_HOLT_WINTERS;         // "mulHoltWinters"
+extern TESSEL_API const WString NO_TREND_HOLT_WINTERS;    // "noTrendHoltWinters"
+extern TESSEL_API const WString LAG_ANALYSIS;             // "lagAnalysis"
+extern TESSEL_API const WString KMEANS;                   // "kMeans"
+extern TESSEL_API const WString HIERARCHICAL;             // "hierarchical"
+extern TESSEL_API const WString ASSOCIATION_RULES;        // "associationRules"
+extern TESSEL_API const WString PCA;                      // "principalComponentAnalysis"
+extern TESSEL_API const WString CVA;                      // "canonicalVariateAnalysis"
+extern TESSEL_API const WString FACTORIZATION;            // "factorization"
+extern TESSEL_API const WString RESCALING;                // "rescaling"
+extern TESSEL_API const WString IMPUTATION;               // "imputation"
+extern TESSEL_API const WString BINNING;                  // "binning"
+extern TESSEL_API const WString ONE_HOT_ENCODING;         // "oneHotEncoding"
+extern TESSEL_API const WString CAT_REDUCER;              // "categoryReduction"
+extern TESSEL_API const WString SQL_TRANSFORMER;          // "sql"
+extern TESSEL_API const WString SDG_TRANSFORMER;          // "syntheticDataGenerator"
+extern TESSEL_API const WString TF_IDF;                   // "tfIdf"
+extern TESSEL_API const WString LSA;                      // "latentSemanticAnalysis"
+extern TESSEL_API const WString SAMPLING;                 // "sampling"
+extern TESSEL_API const WString STRATIFIED_SAMPLING;      // "stratifiedSampling"
+extern TESSEL_API const WString PARTITIONING;             // "partitioning"
+extern TESSEL_API const WString OVERSAMPLE_PARTITIONING;  // "oversamplePartitioning"
+extern TESSEL_API const WString SUMMARIZATION;            // "summarization"
+extern TESSEL_API const WString BD_SUMMARIZATION;         // "summarization"
+extern TESSEL_API const WString BD_SAMPLING;              // "sampling"
 }  // namespace ModelAlgorithm
 
 /// The kinds of task, the values of the "type" key; the same words as in the other model texts.
 namespace TaskKind {
-inline constexpr WStringView CLASSIFICATION = L"classification";
-inline constexpr WStringView REGRESSION = L"regression";
-inline constexpr WStringView TRANSFORMATION = L"transformation";
-inline constexpr WStringView TEXT_MINING = L"textMining";
-inline constexpr WStringView CLUSTERING = L"clustering";
-inline constexpr WStringView TIME_SERIES = L"timeSeries";
+extern TESSEL_API const WString CLASSIFICATION;  // "classification"
+extern TESSEL_API const WString REGRESSION;      // "regression"
+extern TESSEL_API const WString TRANSFORMATION;  // "transformation"
+extern TESSEL_API const WString TEXT_MINING;     // "textMining"
+extern TESSEL_API const WString CLUSTERING;      // "clustering"
+extern TESSEL_API const WString TIME_SERIES;     // "timeSeries"
 }  // namespace TaskKind
 
 /// Writes its `Ladon` description.

@@ -12,13 +12,12 @@
 #include "data/io/block_writer.h"
 #include "data/io/delimiter.h"
 #include "data/io/parallel.h"
+#include "data/number_text.h"
 
 namespace Tessel::IO {
 namespace {
 
 constexpr std::size_t kCellsPerBlock = 1 << 16;
-constexpr std::size_t kShortestLength = 32;  // room for any double in shortest form
-constexpr std::size_t kFixedLength = 344;    // sign, 309 digits, the point and 17 decimals
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 bool looksLikeNumber(std::string_view text) {
@@ -32,20 +31,20 @@ void appendQuoted(std::string& text, std::string_view cell) {
     text += '"';
 }
 
-template <std::size_t Room, class... Format>
+template <class... Format>
 void appendDigits(std::string& text, double value, Format... format) {
     if (std::isnan(value)) return;
     if (std::isinf(value)) {
         text += value > 0 ? "Infinity" : "-Infinity";
         return;
     }
-    char digits[Room];
-    text.append(digits, std::to_chars(digits, digits + Room, value, format...).ptr);
+    const NumberText digits(value, format...);
+    text.append(digits.begin(), digits.end());
 }
 
 }  // namespace
 
-void appendNumber(std::string& text, double value) { appendDigits<kShortestLength>(text, value); }
+void appendNumber(std::string& text, double value) { appendDigits(text, value); }
 
 TextFormatter::TextFormatter(const DataFrame& table, const TextFormat& format)
     : table_(table), format_(format), delimiter_(checkedDelimiter(format.delimiter)) {
@@ -148,7 +147,7 @@ void TextFormatter::appendFormatted(std::string& text, double number) const {
     if (format_.numDecimals < 0)
         appendNumber(text, number);
     else
-        appendDigits<kFixedLength>(text, number, std::chars_format::fixed, format_.numDecimals);
+        appendDigits(text, number, std::chars_format::fixed, format_.numDecimals);
     if (!numbersMayHoldDelimiter_ || text.find(delimiter_, begin) == std::string::npos) return;
     text.insert(begin, 1, '"');
     text += '"';

@@ -25,6 +25,8 @@ int positionBelow(Random& random, int bound) {
 
 void requireSizes(int populationSize, int sampleSize, ReplaceType replacement) {
     constexpr int kLargest = std::numeric_limits<int>::max();
+    if (replacement != ReplaceType::WITHOUT_REPLACEMENT && replacement != ReplaceType::WITH_REPLACEMENT)
+        throw ConstraintViolation("Replacement", "The value must be a pre-defined set member.");
     if (populationSize < 0) throw ValueOutOfRange("Population size", 0, kLargest);
     if (sampleSize < 0) throw ValueOutOfRange("Sample size", 0, kLargest);
     const bool isTooLarge = replacement == ReplaceType::WITHOUT_REPLACEMENT

@@ -1,5 +1,7 @@
 #include "supervised/decision_tree/tree_model.h"
 
+#include <cmath>
+
 #include <tessel/data/convert.h>
 #include <tessel/data/util/sets.h>
 
@@ -38,6 +40,9 @@ Engine::DT::TrainingData trainingData(const TrainingFeatures& features, const Ve
         } else {
             // Ranks belong to the whole column, so that all resamples of a table share them.
             const ColumnCells& cells = column.cells();
+            const std::vector<double>& distinct = cells.root().rankCodes().distinct;
+            if (!distinct.empty() && !(std::isfinite(distinct.front()) && std::isfinite(distinct.back())))
+                requireFinite(features);
             data.features.push_back(
                 Engine::DT::TrainingFeature::numeric(cells.root().rankCodes(), cells.selection().get()));
         }

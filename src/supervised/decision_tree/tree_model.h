@@ -11,6 +11,7 @@
 namespace Tessel::DecisionTree {
 
 /// The columns of a table as the engine takes them, to grow on or to score.
+/// @throws ConstraintViolation for infinite numbers to grow on.
 Engine::DT::TrainingData trainingData(const TrainingFeatures& features, const Vector& weights);
 std::vector<Engine::DT::Cells> cellsOf(const std::vector<FeatureColumn>& columns);
 

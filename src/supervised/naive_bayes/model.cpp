@@ -18,7 +18,7 @@ DataFrame densityTable(const WString& feature, const StringVector& classes, cons
     for (double& deviation : deviations) deviation = std::sqrt(deviation);
     DataFrame table(L"Normal Density: " + feature);
     table.append(DataFrameColumn(L"Mean", Vector(input.mean)));
-    table.append(DataFrameColumn(L"Std. Dev.", std::move(deviations)));
+    table.append(DataFrameColumn(L"Std. dev.", std::move(deviations)));
     table.append(DataFrameColumn(L"#Records", Vector(input.count)));
     table.setRowNames(classes);
     return table;

@@ -24,7 +24,7 @@ enum class ReplaceType : int { WITHOUT_REPLACEMENT = 0, WITH_REPLACEMENT = 1 };
 /// All forms throw
 /// - TooLargeSampleSize, with the population's size, when the sample is larger than the population and
 ///   drawn without replacement, or not empty while the population is;
-/// - ValueOutOfRange when a size is negative;
+/// - ValueOutOfRange when a size is negative, ConstraintViolation when `replacement` is no member of its set;
 /// - NumElementsMismatch when there are not as many weights as elements;
 /// - ConstraintViolation when a weight is negative, NaN or infinite, when all are 0, or when, without
 ///   replacement, fewer weights than the sample's size are positive.

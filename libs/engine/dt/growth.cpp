@@ -120,7 +120,7 @@ Grower::Grower(const TrainingData& data, const PreparedRecords& prepared, const 
       features_(data.features.size()),
       members_(records_.size),
       goesLeft_(records_.size),
-      scratches_(static_cast<std::size_t>(omp_get_max_threads())) {
+      scratches_(static_cast<std::size_t>(omp_in_parallel() ? 1 : omp_get_max_threads())) {
     for (std::uint32_t record = 0; record < members_.size(); ++record) members_[record] = record;
     forEachFeature(features_.size(), records_.size, nullptr, [&](std::size_t feature, Scratch&) {
         features_[feature] = makeLists(data.features[feature], prepared.tableRows);

@@ -34,8 +34,4 @@ PreparedRecords prepareRecords(const TrainingData& data, std::size_t numTargets)
 /// @pre the response of `prepared` is filled, codes of the features are in range.
 Tree grow(const TrainingData& data, const PreparedRecords& prepared, const Limits& limits);
 
-/// Decrease of the error as a leaf, summed over the tree, after each split in the order of greatest gain
-/// first among the nodes that are open (ties: the node made first). Element 0 belongs to the root alone.
-std::vector<double> errorBySplit(const Tree& tree);
-
 }  // namespace Tessel::Engine::DT

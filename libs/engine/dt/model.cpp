@@ -30,10 +30,16 @@ void Model::adopt(Tree tree, std::size_t numFeatures) {
 }
 
 void Model::restore(Tree tree, int numFeatures) {
+    connect(tree, numFeatures);
     adopt(std::move(tree), static_cast<std::size_t>(numFeatures));
 }
 
+void Model::requireFitted() const {
+    if (!isFitted()) throw ConstraintViolation("decision tree", "has not been fitted");
+}
+
 void Model::select(TreeType type) {
+    requireFitted();
     if (type == TreeType::MANUAL) return selectManual(manualNumDecisionNodes_);
     if (type == TreeType::FULL_GROWN) {
         isCut_.clear();
@@ -52,7 +58,8 @@ void Model::select(TreeType type) {
 }
 
 void Model::selectManual(int numDecisionNodes) {
-    if (pruning_.steps.empty() && isFitted()) pruning_ = pruningSequence(tree_);
+    requireFitted();
+    if (pruning_.steps.empty()) pruning_ = pruningSequence(tree_);
     manualNumDecisionNodes_ = numDecisionNodes;
     std::size_t step = 0;
     while (step + 1 < pruning_.steps.size() && pruning_.steps[step].numDecisionNodes > numDecisionNodes)
@@ -85,6 +92,7 @@ std::int32_t Model::numDecisionNodes() const {
 }
 
 void Model::checkCells(std::span<const Cells> features, std::size_t numRecords) const {
+    requireFitted();
     if (features.size() != numFeatures_)
         throw NumColumnsMismatch(static_cast<std::int32_t>(numFeatures_),
                                  static_cast<std::int32_t>(features.size()));
@@ -142,40 +150,6 @@ void Model::adoptPruning(PruningSequence sequence, double standardError,
     pruning_ = std::move(sequence);
     standardError_ = standardError;
     numValidationRecords_ = std::move(numRecords);
-}
-
-std::vector<double> errorBySplit(const Tree& tree) {
-    // Nodes by number would not do for ties: they are numbered by level, while here they are made in pairs.
-    struct Open {
-        double gain;
-        std::size_t made;
-        std::size_t node;
-        bool operator<(const Open& other) const {
-            return gain != other.gain ? gain < other.gain : made > other.made;
-        }
-    };
-    std::vector<Open> open;
-    std::size_t numMade = 0;
-    const auto make = [&](std::size_t node) {
-        const std::size_t made = numMade++;
-        if (tree.nodes[node].isLeaf()) return;
-        open.push_back({tree.nodes[node].gain, made, node});
-        std::push_heap(open.begin(), open.end());
-    };
-    std::vector<double> log{tree.nodes[0].error / tree.nodes[0].weight};
-    double error = tree.nodes[0].error;
-    make(0);
-    while (!open.empty()) {
-        std::pop_heap(open.begin(), open.end());
-        const Node& node = tree.nodes[open.back().node];
-        open.pop_back();
-        const auto left = static_cast<std::size_t>(node.left);
-        error += tree.nodes[left].error + tree.nodes[left + 1].error - node.error;
-        log.push_back(std::max(0.0, error / tree.nodes[0].weight));
-        make(left);
-        make(left + 1);
-    }
-    return log;
 }
 
 }  // namespace Tessel::Engine::DT

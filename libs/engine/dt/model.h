@@ -82,9 +82,13 @@ class Model {
     bool isFitted() const { return !tree_.nodes.empty(); }
     /// The tree as grown, whatever is selected.
     const Tree& tree() const { return tree_; }
-    /// Takes a tree that was grown elsewhere or read from a text.
-    /// @pre children follow their parents; features are below `numFeatures`.
+    /// Takes a tree that was read from elsewhere. Parents are found from the children; nothing is known of
+    /// the order of growth but the gains.
+    /// @throws ConstraintViolation when the nodes are no tree with children behind their parents, or name
+    ///         features, categories or sets that cannot be.
     void restore(Tree tree, int numFeatures);
+
+    // All that selects, prunes or scores throws ConstraintViolation before a fit.
 
     /// Selects one of the pruned trees. FULL_GROWN needs no `prune`; MANUAL is what `selectManual` asked for,
     /// the whole tree before. May be repeated.
@@ -129,6 +133,7 @@ class Model {
     Limits limits_;
 
  private:
+    void requireFitted() const;
     void selectStep(std::size_t step);
 
     Tree tree_;

@@ -1,5 +1,9 @@
 #include "engine/dt/tree.h"
 
+#include <tessel/data/errors.h>
+
+#include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace Tessel::Engine::DT {
@@ -55,6 +59,70 @@ void graft(Tree& tree, std::int32_t leaf, Tree& subtree) {
     tree.classWeights.insert(tree.classWeights.end(),
                              subtree.classWeights.begin() + static_cast<std::ptrdiff_t>(tree.numClasses),
                              subtree.classWeights.end());
+}
+
+void connect(Tree& tree, int numFeatures) {
+    const auto require = [](bool holds, const char* rule) {
+        if (!holds) throw ConstraintViolation("decision tree", rule);
+    };
+    const std::size_t numNodes = tree.nodes.size(), numClasses = static_cast<std::size_t>(tree.numClasses);
+    require(numNodes > 0, "must have a root");
+    require(tree.numClasses >= 0 && tree.classWeights.size() == numNodes * numClasses,
+            "must have a weight for each class in each node");
+    for (const std::vector<std::int32_t>& set : tree.categorySets)
+        require(!set.empty() && set.front() >= 0 && std::is_sorted(set.begin(), set.end()),
+                "must have categories in each set");
+    std::vector<std::int32_t> parents(numNodes, -1);
+    for (std::size_t i = 0; i < numNodes; ++i) {
+        const Node& node = tree.nodes[i];
+        require(i == 0 || parents[i] >= 0, "must reach each node from the root");
+        require(node.weight > 0.0 && std::isfinite(node.weight), "must have weights above 0");
+        require(numClasses == 0 || (node.response >= 0.0 && node.response < static_cast<double>(numClasses)),
+                "must label nodes with its classes");
+        if (node.isLeaf()) continue;
+        const auto left = static_cast<std::size_t>(node.left);
+        require(left > i && left + 1 < numNodes && parents[left] < 0 && parents[left + 1] < 0,
+                "must have children behind their parents");
+        require(node.feature >= 0 && node.feature < numFeatures, "must split by its features");
+        require(node.categorySet < static_cast<std::int32_t>(tree.categorySets.size()), "must have its sets");
+        require(!std::isnan(node.threshold), "must have thresholds that are numbers");
+        parents[left] = parents[left + 1] = static_cast<std::int32_t>(i);
+    }
+    for (std::size_t i = 0; i < numNodes; ++i) tree.nodes[i].parent = parents[i];
+}
+
+std::vector<double> errorBySplit(const Tree& tree) {
+    // Nodes by number would not do for ties: they are numbered by level, while here they are made in pairs.
+    struct Open {
+        double gain;
+        std::size_t made;
+        std::size_t node;
+        bool operator<(const Open& other) const {
+            return gain != other.gain ? gain < other.gain : made > other.made;
+        }
+    };
+    std::vector<Open> open;
+    std::size_t numMade = 0;
+    const auto make = [&](std::size_t node) {
+        const std::size_t made = numMade++;
+        if (tree.nodes[node].isLeaf()) return;
+        open.push_back({tree.nodes[node].gain, made, node});
+        std::push_heap(open.begin(), open.end());
+    };
+    std::vector<double> log{tree.nodes[0].error / tree.nodes[0].weight};
+    double error = tree.nodes[0].error;
+    make(0);
+    while (!open.empty()) {
+        std::pop_heap(open.begin(), open.end());
+        const Node& node = tree.nodes[open.back().node];
+        open.pop_back();
+        const auto left = static_cast<std::size_t>(node.left);
+        error += tree.nodes[left].error + tree.nodes[left + 1].error - node.error;
+        log.push_back(std::max(0.0, error / tree.nodes[0].weight));
+        make(left);
+        make(left + 1);
+    }
+    return log;
 }
 
 double thresholdBetween(double lower, double upper) {

@@ -58,6 +58,15 @@ Tree inLevelOrder(const Tree& tree);
 /// Replaces a leaf of `tree` by the tree that was grown from it.
 void graft(Tree& tree, std::int32_t leaf, Tree& subtree);
 
+/// Fills in the parents of a tree made by hand or read from a text.
+/// @throws ConstraintViolation when it is none: children behind their parents and each with one parent,
+///         features below `numFeatures`, sets of ascending codes >= 0, weights above 0, a weight per class.
+void connect(Tree& tree, int numFeatures);
+
+/// Error of the growing tree per unit of weight: of the root alone, then after each split in the order of
+/// greatest gain first among the nodes that are open (ties: the node made first).
+std::vector<double> errorBySplit(const Tree& tree);
+
 /// The midpoint of two neighbouring values, or the lower one where no double lies between them so that
 /// lower <= threshold < upper always holds.
 double thresholdBetween(double lower, double upper);

@@ -194,6 +194,41 @@ TEST(TreeModel, ScoresManyRecordsAsOneByOne) {
                   copy.tree().nodes[node].isLeaf() ? copy.tree().nodes[node].numRecords : 0);
 }
 
+TEST(TreeModel, RestoresATreeButNoNonsense) {
+    TreeTable table;
+    table.addNumbers({1, 2, 3, 4, kNan, 6});
+    table.addCategories({0, 1, 2, 0, 1, -1}, 3);
+    DT::ClassificationModel model = classifier(3), restored = classifier(3);
+    const std::vector<std::int32_t> classes{0, 1, 2, 1, 0, 2};
+    model.fit(table.data(), classes);
+    DT::Tree tree = model.tree();
+    for (DT::Node& node : tree.nodes) node.parent = 77;
+    EXPECT_THROW(restored.predict(table.cells(), 6), ConstraintViolation);  // not yet
+    EXPECT_THROW(restored.select(DT::TreeType::FULL_GROWN), ConstraintViolation);
+    EXPECT_THROW(restored.select(1), ConstraintViolation);
+    EXPECT_THROW(restored.prune(table.cells(), classes), ConstraintViolation);
+    restored.restore(tree, 2);
+    EXPECT_TRUE(areSame(restored.tree(), model.tree()));
+    EXPECT_EQ(restored.predict(table.cells(), 6), classes);
+
+    const auto refused = [&](auto&& spoil) {
+        DT::Tree bad = tree;
+        spoil(bad);
+        EXPECT_THROW(restored.restore(bad, 2), ConstraintViolation);
+    };
+    refused([](DT::Tree& bad) { bad.nodes.clear(); });
+    refused([](DT::Tree& bad) { bad.nodes[0].left = 0; });
+    refused([](DT::Tree& bad) { bad.nodes[0].left = static_cast<std::int32_t>(bad.nodes.size()) - 1; });
+    refused([](DT::Tree& bad) { bad.nodes[0].left = 3; });
+    refused([](DT::Tree& bad) { bad.nodes[0].feature = 2; });
+    refused([](DT::Tree& bad) { bad.nodes[0].categorySet = 99; });
+    refused([](DT::Tree& bad) { bad.nodes[1].weight = 0.0; });
+    refused([](DT::Tree& bad) { bad.nodes[1].response = 3.0; });
+    refused([](DT::Tree& bad) { bad.classWeights.pop_back(); });
+    refused([](DT::Tree& bad) { bad.categorySets.push_back({}); });
+    EXPECT_EQ(restored.predict(table.cells(), 6), classes);
+}
+
 TEST(TreeModel, ChainOfFiftyThousandLevels) {
     // Alternating classes: cutting off the first record is the first of the best splits, again and again.
     constexpr int kNumRows = 50001;

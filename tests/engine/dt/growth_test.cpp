@@ -267,6 +267,31 @@ TEST(TreeGrowth, DoesNotDependOnThreads) {
     omp_set_num_threads(before);
 }
 
+TEST(TreeGrowth, NodesDrawFeaturesOfTheirOwn) {
+    // Four copies of a column: the feature of a split is the one that the node drew.
+    Random random(9);
+    std::vector<double> numbers, targets;
+    for (int row = 0; row < 60; ++row) {
+        numbers.push_back(row);
+        targets.push_back(random.nextNormal());
+    }
+    TreeTable table;
+    for (int copy = 0; copy < 4; ++copy) table.addNumbers(numbers);
+    int numAlike = 0;
+    std::vector<int> timesDrawn(4, 0);
+    for (int seed = 1; seed <= 400; ++seed) {
+        DT::RegressionModel model;
+        model.setLimits({.maxNumLevels = 2, .numSelectedFeatures = 1, .featureSelectionSeed = seed});
+        model.fit(table.data(), targets);
+        const std::vector<Node>& nodes = model.tree().nodes;
+        ++timesDrawn[static_cast<std::size_t>(nodes[0].feature)];
+        numAlike += nodes[1].feature == nodes[2].feature;
+    }
+    // Binomial with 400 trials of 1/4: mean 100, standard deviation 8.7; five of them.
+    EXPECT_NEAR(numAlike, 100, 44);
+    for (const int times : timesDrawn) EXPECT_NEAR(times, 100, 44);
+}
+
 TEST(TreeGrowth, LimitsMeanWhatTheySay) {
     const Problem problem = largeProblem(2000, 3);
     const DT::Tree whole = problem.grow({});

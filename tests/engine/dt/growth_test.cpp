@@ -281,7 +281,10 @@ TEST(TreeGrowth, NodesDrawFeaturesOfTheirOwn) {
     std::vector<int> timesDrawn(4, 0);
     for (int seed = 1; seed <= 400; ++seed) {
         DT::RegressionModel model;
-        model.setLimits({.maxNumLevels = 2, .numSelectedFeatures = 1, .featureSelectionSeed = seed});
+        model.setLimits({.minNumRecordsInLeaves = 10,
+                         .maxNumLevels = 2,
+                         .numSelectedFeatures = 1,
+                         .featureSelectionSeed = seed});
         model.fit(table.data(), targets);
         const std::vector<Node>& nodes = model.tree().nodes;
         ++timesDrawn[static_cast<std::size_t>(nodes[0].feature)];

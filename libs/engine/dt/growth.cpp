@@ -186,7 +186,7 @@ void Grower::growWhole(Tree& tree, const OpenNode& root) {
     }
     std::vector<OpenNode> deferred;
     growDepthFirst(tree, root, scratches_[0],
-                   std::max<std::size_t>(64, records_.size / (8 * scratches_.size())), &deferred);
+                   std::max<std::size_t>(64, records_.size / (4 * scratches_.size())), &deferred);
     std::stable_sort(deferred.begin(), deferred.end(),
                      [](const OpenNode& a, const OpenNode& b) { return a.end - a.begin > b.end - b.begin; });
     std::vector<Tree> subtrees(deferred.size());

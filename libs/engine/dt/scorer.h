@@ -44,8 +44,9 @@ class Scorer {
     bool goesRight(const PackedSet& set, std::int32_t code) const;
 
     std::vector<PackedNode> nodes_;
-    std::vector<std::int32_t> treeNodes_;  // by packed node
-    std::vector<PackedSet> sets_;          // set 0 holds every code: leaves of trees without numbers
+    std::vector<std::int32_t> treeNodes_;        // by packed node
+    std::vector<std::int32_t> numericFeatures_;  // those that splits ask for
+    std::vector<PackedSet> sets_;                // set 0 holds every code: leaves of trees without numbers
     std::vector<std::uint64_t> words_;
 };
 

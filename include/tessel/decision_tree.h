@@ -129,8 +129,8 @@ class TESSEL_API TreeHandle : public CategoricalVariables::Retrievable {
     void select(int numDecisionNodes);
 
     /// One rule a leaf: "IF petal_length <= 2.45 AND colour IN {red, blue} THEN setosa (50 records)". A
-    /// missing cell fulfils the conditions <= and IN, whatever the value. Thresholds have 7 digits; the report
-    /// table "All Nodes Info" has them exactly.
+    /// missing cell fulfils the conditions <= and IN, whatever the value. Thresholds have 7 digits; the
+    /// report table "All Nodes Info" has them exactly.
     /// @param numLevels  splits to follow from the root; where the tree goes deeper the node there answers.
     StringVector treeRules(int numLevels) const;
     /// The selected tree as indented text, down to `numLevels` levels of splits.

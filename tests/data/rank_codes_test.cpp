@@ -1,11 +1,11 @@
-#include "data/column_cells.h"
-#include "data/random.h"
-
 #include <algorithm>
 #include <cmath>
 #include <limits>
 
 #include <gtest/gtest.h>
+
+#include "data/column_cells.h"
+#include "data/random.h"
 
 namespace {
 

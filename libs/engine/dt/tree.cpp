@@ -1,10 +1,10 @@
 #include "engine/dt/tree.h"
 
-#include <tessel/data/errors.h>
-
 #include <algorithm>
 #include <cmath>
 #include <utility>
+
+#include <tessel/data/errors.h>
 
 namespace Tessel::Engine::DT {
 

@@ -128,8 +128,8 @@ std::vector<double> advancedStatistics(std::span<const double> cells) {
 }
 
 /// @throws ConstraintViolation for limits that describe no interval.
-void requireLimits(const SpecificationLimits& limits) {
-    const char* const name = "Specification limits";
+void requireLimits(const ToleranceLimits& limits) {
+    const char* const name = "Tolerance limits";
     if (std::isnan(limits.lower) && std::isnan(limits.upper))
         throw ConstraintViolation(name, "A lower or an upper limit must be given.");
     if (std::isinf(limits.lower) || std::isinf(limits.upper) || std::isinf(limits.target))
@@ -138,14 +138,14 @@ void requireLimits(const SpecificationLimits& limits) {
         throw ConstraintViolation(name, "The lower limit must be less than the upper limit.");
 }
 
-double shareOutside(const std::vector<double>& present, const SpecificationLimits& limits) {
+double shareOutside(const std::vector<double>& present, const ToleranceLimits& limits) {
     const auto outside = std::count_if(present.begin(), present.end(), [&](double value) {
         return value < limits.lower || value > limits.upper;  // false for a limit that is NaN
     });
     return static_cast<double>(outside) / static_cast<double>(present.size());
 }
 
-std::vector<double> sixSigmaStatistics(std::span<const double> cells, const SpecificationLimits& limits) {
+std::vector<double> sixSigmaStatistics(std::span<const double> cells, const ToleranceLimits& limits) {
     constexpr double perMillion = 1e6;
     const std::vector<double> present = Numeric::presentValues(cells);
     const Numeric::Deviations deviations = Numeric::deviationsOf(present);
@@ -180,7 +180,7 @@ std::vector<double> sixSigmaStatistics(std::span<const double> cells, const Spec
 }
 
 DataFrame sixSigmaOfOne(const WString& name, std::span<const double> cells,
-                        const SpecificationLimits& limits) {
+                        const ToleranceLimits& limits) {
     requireLimits(limits);
     StatisticsTable result(L"Six sigma summary", kSixSigmaNames);
     result.addRow(name, sixSigmaStatistics(cells, limits));
@@ -215,15 +215,15 @@ DataFrame advancedSummary(const DataFrame& table) {
     return describe(table, L"Advanced summary", names, advancedStatistics);
 }
 
-DataFrame sixSigmaSummary(const Vector& values, const SpecificationLimits& limits) {
+DataFrame sixSigmaSummary(const Vector& values, const ToleranceLimits& limits) {
     return sixSigmaOfOne(values.getName(), values, limits);
 }
 
-DataFrame sixSigmaSummary(const DataFrameColumn& column, const SpecificationLimits& limits) {
+DataFrame sixSigmaSummary(const DataFrameColumn& column, const ToleranceLimits& limits) {
     return sixSigmaOfOne(column.getColName(), column.values(), limits);
 }
 
-DataFrame sixSigmaSummary(const DataFrame& table, const SpecificationLimits& limits) {
+DataFrame sixSigmaSummary(const DataFrame& table, const ToleranceLimits& limits) {
     requireLimits(limits);
     return describe(table, L"Six sigma summary", kSixSigmaNames,
                     [&](std::span<const double> cells) { return sixSigmaStatistics(cells, limits); });

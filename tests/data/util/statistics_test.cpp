@@ -210,8 +210,8 @@ TEST(Statistics, SixSigmaStatesCapability) {
     EXPECT_TRUE(std::isnan(value(Util::sixSigmaSummary(Vector{1, 1}, {0, 2}), L"Cpk")));
     EXPECT_EQ(value(Util::sixSigmaSummary(Vector{1, 2}, {-1e9, 1e9}), L"Sigma level"), kInfinity);
 
-    for (const Util::SpecificationLimits& bad :
-         {Util::SpecificationLimits{}, {2, 1}, {1, 1}, {-kInfinity, 1}, {0, 1, kInfinity}})
+    for (const Util::ToleranceLimits& bad :
+         {Util::ToleranceLimits{}, {2, 1}, {1, 1}, {-kInfinity, 1}, {0, 1, kInfinity}})
         EXPECT_THROW(Util::sixSigmaSummary(values, bad), ConstraintViolation);
 }
 

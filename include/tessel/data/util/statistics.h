@@ -109,7 +109,7 @@ TESSEL_API DataFrame summary(const DataFrame& table);
 TESSEL_API DataFrame advancedSummary(const DataFrame& table);
 
 /// Limits of a process characteristic, in its unit. NaN stands for a limit that does not exist.
-struct SpecificationLimits {
+struct ToleranceLimits {
     double lower = std::numeric_limits<double>::quiet_NaN();   ///< LSL
     double upper = std::numeric_limits<double>::quiet_NaN();   ///< USL
     double target = std::numeric_limits<double>::quiet_NaN();  ///< T; NaN: midway between two limits
@@ -130,12 +130,12 @@ struct SpecificationLimits {
 ///   "Observed DPM" = 1e6 times the share of the values below LSL or above USL.
 /// An index that needs a missing limit is NaN, and so are Cp to "Sigma level" for n < 2 and constant values.
 /// The row bears the name of the vector or column.
-/// @throws ConstraintViolation ("Specification limits") without any limit, for an infinite limit or target,
+/// @throws ConstraintViolation ("Tolerance limits") without any limit, for an infinite limit or target,
 /// and for lower >= upper.
-TESSEL_API DataFrame sixSigmaSummary(const Vector& values, const SpecificationLimits& limits);
-TESSEL_API DataFrame sixSigmaSummary(const DataFrameColumn& column, const SpecificationLimits& limits);
+TESSEL_API DataFrame sixSigmaSummary(const Vector& values, const ToleranceLimits& limits);
+TESSEL_API DataFrame sixSigmaSummary(const DataFrameColumn& column, const ToleranceLimits& limits);
 /// The same limits for every numeric column that is not an index column, one row each.
-TESSEL_API DataFrame sixSigmaSummary(const DataFrame& table, const SpecificationLimits& limits);
+TESSEL_API DataFrame sixSigmaSummary(const DataFrame& table, const ToleranceLimits& limits);
 
 /// The two-sided deviate of the standard normal distribution: the z with P(|Z| <= z) = level, for example
 /// 1.959963984540054 for 0.95.

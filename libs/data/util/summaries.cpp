@@ -179,8 +179,7 @@ std::vector<double> sixSigmaStatistics(std::span<const double> cells, const Tole
             perMillion * shareOutside(present, limits)};
 }
 
-DataFrame sixSigmaOfOne(const WString& name, std::span<const double> cells,
-                        const ToleranceLimits& limits) {
+DataFrame sixSigmaOfOne(const WString& name, std::span<const double> cells, const ToleranceLimits& limits) {
     requireLimits(limits);
     StatisticsTable result(L"Six sigma summary", kSixSigmaNames);
     result.addRow(name, sixSigmaStatistics(cells, limits));

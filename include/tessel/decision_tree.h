@@ -58,6 +58,7 @@ class TESSEL_API ParametersHandle : public WeightsAdmissible, public Categorical
     /// The tree that a fit with validation data selects after pruning; it does not prune until this is set.
     ParametersHandle& setPrunedTreeType(TreeType value);
     TreeType getPrunedTreeType() const;
+    bool isPrunedTreeTypeSet() const;
     /// The number of decision nodes of TreeType::MANUAL. Range 0 .. 2147483647; default 2147483647.
     ParametersHandle& setPrunedTreeNumDecisionNodes(int value);
     int getPrunedTreeNumDecisionNodes() const;
@@ -110,6 +111,30 @@ class ParametersOf : public ParametersHandle {
     template <class Interface>
     Self& chain(Interface&) {
         return static_cast<Self&>(*this);
+    }
+};
+
+/// The fit with validation data of estimators of trees.
+template <class Self, class Model>
+class PruningFitable {
+ public:
+    /// Fits on the training part; when a pruned tree type is set, prunes with the validation part and
+    /// selects.
+    Model fit(const DataFrame& trainingFeatures, const DataFrame& validationFeatures,
+              const DataFrameColumn& trainingTarget, const DataFrameColumn& validationTarget) const {
+        const Self& self = static_cast<const Self&>(*this);
+        Model model = self.fit(trainingFeatures, trainingTarget);
+        if (self.isPrunedTreeTypeSet()) {
+            model.prune(validationFeatures, validationTarget);
+            model.select(self.getPrunedTreeType());
+        }
+        return model;
+    }
+    /// The targets as one-column tables. @throws NumColumnsMismatch
+    Model fit(const DataFrame& trainingFeatures, const DataFrame& validationFeatures,
+              const DataFrame& trainingTarget, const DataFrame& validationTarget) const {
+        return fit(trainingFeatures, validationFeatures, Supervised::targetColumn(trainingTarget),
+                   Supervised::targetColumn(validationTarget));
     }
 };
 
@@ -171,17 +196,13 @@ class TESSEL_API Model : public ClassifierModelOf<Model>, public Tessel::Decisio
 
 /// Grows classification trees.
 class TESSEL_API Estimator : public ClassifierEstimatorOf<Estimator, Model>,
-                             public Tessel::DecisionTree::ParametersOf<Estimator> {
+                             public Tessel::DecisionTree::ParametersOf<Estimator>,
+                             public Tessel::DecisionTree::PruningFitable<Estimator, Model> {
  public:
     Estimator();
 
     using ClassifierEstimatorOf::fit;
-    /// Fits on the training part; when a pruned tree type is set, prunes with the validation part and
-    /// selects.
-    Model fit(const DataFrame& trainingFeatures, const DataFrame& validationFeatures,
-              const DataFrameColumn& trainingTarget, const DataFrameColumn& validationTarget) const;
-    Model fit(const DataFrame& trainingFeatures, const DataFrame& validationFeatures,
-              const DataFrame& trainingTarget, const DataFrame& validationTarget) const;
+    using PruningFitable::fit;
 
  private:
     Tessel::DecisionTree::IParameters& treeParameters() const override;
@@ -204,17 +225,13 @@ class TESSEL_API Model : public RegressorModelOf<Model>, public Tessel::Decision
 
 /// Grows regression trees.
 class TESSEL_API Estimator : public RegressorEstimatorOf<Estimator, Model>,
-                             public Tessel::DecisionTree::ParametersOf<Estimator> {
+                             public Tessel::DecisionTree::ParametersOf<Estimator>,
+                             public Tessel::DecisionTree::PruningFitable<Estimator, Model> {
  public:
     Estimator();
 
+    using PruningFitable::fit;
     using RegressorEstimatorOf::fit;
-    /// Fits on the training part; when a pruned tree type is set, prunes with the validation part and
-    /// selects.
-    Model fit(const DataFrame& trainingFeatures, const DataFrame& validationFeatures,
-              const DataFrameColumn& trainingTarget, const DataFrameColumn& validationTarget) const;
-    Model fit(const DataFrame& trainingFeatures, const DataFrame& validationFeatures,
-              const DataFrame& trainingTarget, const DataFrame& validationTarget) const;
 
  private:
     Tessel::DecisionTree::IParameters& treeParameters() const override;

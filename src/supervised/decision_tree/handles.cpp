@@ -28,22 +28,6 @@ const IntVector& TreeHandle::getCategoricalFeaturesOffsets() const {
 }
 DataFrame TreeHandle::getCategoricalFeaturesInfo() const { return treeModel().categoricalFeaturesInfo(); }
 
-namespace {
-
-/// The fit with a validation part, the same for both kinds.
-template <class Model, class Estimator>
-Model fitAndPrune(const Estimator& estimator, const IParameters& parameters,
-                  const DataFrame& trainingFeatures, const DataFrame& validationFeatures,
-                  const DataFrameColumn& trainingTarget, const DataFrameColumn& validationTarget) {
-    Model model = estimator.fit(trainingFeatures, trainingTarget);
-    if (parameters.prunedTreeType.isSet()) {
-        model.prune(validationFeatures, validationTarget);
-        model.select(parameters.prunedTreeType.get());
-    }
-    return model;
-}
-
-}  // namespace
 }  // namespace DecisionTree
 
 namespace Classification::DecisionTree {
@@ -53,17 +37,6 @@ Tessel::DecisionTree::ITreeModel& Model::treeModel() const { return as<IModel>()
 Estimator::Estimator() : ClassifierEstimatorOf(std::make_unique<IEstimator>()) {}
 Tessel::DecisionTree::IParameters& Estimator::treeParameters() const { return as<IEstimator>(); }
 
-Model Estimator::fit(const DataFrame& trainingFeatures, const DataFrame& validationFeatures,
-                     const DataFrameColumn& trainingTarget, const DataFrameColumn& validationTarget) const {
-    return Tessel::DecisionTree::fitAndPrune<Model>(*this, treeParameters(), trainingFeatures,
-                                                    validationFeatures, trainingTarget, validationTarget);
-}
-Model Estimator::fit(const DataFrame& trainingFeatures, const DataFrame& validationFeatures,
-                     const DataFrame& trainingTarget, const DataFrame& validationTarget) const {
-    return fit(trainingFeatures, validationFeatures, Supervised::targetColumn(trainingTarget),
-               Supervised::targetColumn(validationTarget));
-}
-
 }  // namespace Classification::DecisionTree
 
 namespace Regression::DecisionTree {
@@ -72,17 +45,6 @@ Tessel::DecisionTree::ITreeModel& Model::treeModel() const { return as<IModel>()
 
 Estimator::Estimator() : RegressorEstimatorOf(std::make_unique<IEstimator>()) {}
 Tessel::DecisionTree::IParameters& Estimator::treeParameters() const { return as<IEstimator>(); }
-
-Model Estimator::fit(const DataFrame& trainingFeatures, const DataFrame& validationFeatures,
-                     const DataFrameColumn& trainingTarget, const DataFrameColumn& validationTarget) const {
-    return Tessel::DecisionTree::fitAndPrune<Model>(*this, treeParameters(), trainingFeatures,
-                                                    validationFeatures, trainingTarget, validationTarget);
-}
-Model Estimator::fit(const DataFrame& trainingFeatures, const DataFrame& validationFeatures,
-                     const DataFrame& trainingTarget, const DataFrame& validationTarget) const {
-    return fit(trainingFeatures, validationFeatures, Supervised::targetColumn(trainingTarget),
-               Supervised::targetColumn(validationTarget));
-}
 
 }  // namespace Regression::DecisionTree
 }  // namespace Tessel

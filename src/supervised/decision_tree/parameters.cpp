@@ -88,6 +88,7 @@ ParametersHandle& ParametersHandle::setPrunedTreeType(TreeType value) {
     return *this;
 }
 TreeType ParametersHandle::getPrunedTreeType() const { return treeParameters().prunedTreeType.get(); }
+bool ParametersHandle::isPrunedTreeTypeSet() const { return treeParameters().prunedTreeType.isSet(); }
 ParametersHandle& ParametersHandle::setPrunedTreeNumDecisionNodes(int value) {
     treeParameters().prunedTreeNumDecisionNodes.set(value);
     return *this;

@@ -115,30 +115,26 @@ StringVector ITreeModel::treeRules(int numLevels) const {
     if (numLevels < 0) throw ValueOutOfRange("Number of levels", 0, kNoLimit);
     struct Step {
         std::int32_t node;
-        int level;
+        std::size_t level;
+        WString condition;  // that leads from the parent to the node
     };
     const Tree& tree = engine().tree();
-    StringVector rules;
-    std::vector<Step> pending{{0, 0}};
+    StringVector rules, path;  // the conditions from the root to the node at hand
+    std::vector<Step> pending{{0, 0, {}}};
     while (!pending.empty()) {
-        const auto [position, level] = pending.back();
+        const Step step = std::move(pending.back());
         pending.pop_back();
-        const Node& node = nodeAt(tree, position);
-        if (!engine().isLeaf(position) && level < numLevels) {
-            pending.push_back({node.right(), level + 1});
-            pending.push_back({node.left, level + 1});
+        path.resize(step.level);
+        if (step.level > 0) path.back() = step.condition;
+        const Node& node = nodeAt(tree, step.node);
+        if (!engine().isLeaf(step.node) && step.level < static_cast<std::size_t>(numLevels)) {
+            pending.push_back({node.right(), step.level + 1, conditionText(step.node, false)});
+            pending.push_back({node.left, step.level + 1, conditionText(step.node, true)});
             continue;
         }
-        WString conditions;
-        for (std::int32_t child = position; nodeAt(tree, child).parent >= 0;
-             child = nodeAt(tree, child).parent) {
-            const std::int32_t parent = nodeAt(tree, child).parent;
-            const WString condition = conditionText(parent, nodeAt(tree, parent).left == child);
-            conditions = conditions.empty() ? condition : condition + L" AND " + conditions;
-        }
-        rules.push_back((conditions.empty() ? WString() : L"IF " + conditions + L" THEN ") +
-                        responseText(position) + L" (" +
-                        Convert::toString(static_cast<double>(node.numRecords)) + L" records)");
+        const WString conditions = path.empty() ? WString() : Util::join(path, L" AND ", L"IF ", L" THEN ");
+        rules.push_back(conditions + responseText(step.node) + L" (" + Convert::toString(node.numRecords) +
+                        L" records)");
     }
     return rules;
 }

@@ -69,6 +69,13 @@ struct BinaryCounts {
     double F1() const {
         return ratio(2.0 * truePositives, 2.0 * truePositives + falsePositives + falseNegatives);
     }
+    /// Share of all rows that are predicted positive.
+    double predictedShare() const {
+        return ratio(truePositives + falsePositives,
+                     truePositives + falsePositives + falseNegatives + trueNegatives);
+    }
+    /// How many times more positives there are among those predicted than among all rows.
+    double lift() const { return ratio(sensitivity(), predictedShare()); }
     double accuracy() const {
         const double right = truePositives + trueNegatives;
         return ratio(right, right + falsePositives + falseNegatives);

@@ -18,7 +18,7 @@ constexpr std::size_t kNumDeciles = 10;
 void addThreshold(TableBuilder& table, double threshold, const BinaryCounts& counts) {
     table.addRow({threshold, counts.truePositives, counts.falsePositives, counts.falseNegatives,
                   counts.trueNegatives, counts.sensitivity(), counts.falsePositiveRate(), counts.precision(),
-                  counts.F1(), counts.accuracy()});
+                  counts.F1(), counts.accuracy(), counts.predictedShare(), counts.lift()});
 }
 
 /// The response of each tenth of the total weight.
@@ -89,9 +89,10 @@ DataFrame rocCurve(const Labels& actual, const Numbers& scores, const WString& s
         negatives.add(group.weight - group.response);
     }
 
-    TableBuilder table(L"ROC Curve", {L"Threshold", L"True Positives", L"False Positives", L"False Negatives",
-                                      L"True Negatives", L"True Positive Rate", L"False Positive Rate",
-                                      L"Precision", L"F1 score", L"Accuracy"});
+    TableBuilder table(L"ROC Curve",
+                       {L"Threshold", L"True Positives", L"False Positives", L"False Negatives",
+                        L"True Negatives", L"True Positive Rate", L"False Positive Rate", L"Precision",
+                        L"F1 score", L"Accuracy", L"Predicted Positive Rate", L"Lift"});
     addThreshold(table, std::numeric_limits<double>::infinity(),
                  {.falseNegatives = positives.value(), .trueNegatives = negatives.value()});
     CompensatedSum foundPositives;

@@ -97,6 +97,9 @@ TEST(RocCurve, RunsOverDistinctScoresAndEnclosesTheAUC) {
                                                    .6, .55, .5, .4, .35, .3, .2, .15, .1, .05}));
     EXPECT_TRUE(plain(0, L"Precision").isMissing());
     EXPECT_EQ(plain(4, L"Accuracy").toDouble(), 17.0 / 20.0);
+    EXPECT_EQ(plain(4, L"Predicted Positive Rate").toDouble(), 6.0 / 20.0);  // 5 true, 1 false positive
+    EXPECT_DOUBLE_EQ(plain(4, L"Lift").toDouble(), (5.0 / 6.0) / (7.0 / 20.0));
+    EXPECT_TRUE(plain(0, L"Lift").isMissing());
 
     const Vector someWeights[] = {{}, weights};
     for (const Vector& w : someWeights) {

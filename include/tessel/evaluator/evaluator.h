@@ -40,8 +40,10 @@ TESSEL_API DataFrame classificationMetrics(const Labels& actual, const Labels& p
 /// "ROC Curve": one row per distinct score, descending, that predicts the success class for all scores >=
 /// "Threshold"; before them a row with the threshold Infinity, where nothing is predicted positive. Columns:
 /// "Threshold", "True Positives", "False Positives", "False Negatives", "True Negatives",
-/// "True Positive Rate", "False Positive Rate", "Precision", "F1 score", "Accuracy".
-/// The trapezoids under (false positive rate, true positive rate) add up to `Metrics::AUC`.
+/// "True Positive Rate", "False Positive Rate", "Precision", "F1 score", "Accuracy", "Predicted Positive
+/// Rate" (the share of the rows that reach the threshold, of which the true positive rate is the gain) and
+/// "Lift" (the ratio of these two rates; NaN where nothing is predicted positive). The trapezoids under
+/// (false positive rate, true positive rate) add up to `Metrics::AUC`.
 TESSEL_API DataFrame rocCurve(const Labels& actual, const Numbers& scores, const WString& successClass,
                               const Vector& weights = {});
 

@@ -51,7 +51,7 @@ void run(Model model, int numLevels, const std::vector<std::vector<double>>& num
     data.numRows = static_cast<int>(target.size());
     std::vector<DT::Cells> cells;
     for (const auto& column : columns) {
-        data.features.push_back(DT::TrainingFeature::numeric(column->rankCodes()));
+        data.features.push_back(DT::TrainingFeature::numeric(*column));
         cells.push_back({.numbers = column->numbers(), .codes = {}});
     }
     for (const auto& column : codes) {

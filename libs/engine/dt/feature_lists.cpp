@@ -1,6 +1,7 @@
 #include "engine/dt/feature_lists.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace Tessel::Engine::DT {
 
@@ -9,16 +10,20 @@ namespace {
 // Up to this many values a histogram is cheaper than a sorted list, whatever the size of the node.
 constexpr std::size_t kMaxNumBins = 256;
 
-/// Records by rank, missing ones first, equal ranks in the order of the records.
-std::vector<SortedRecord> sortByRank(const std::vector<std::uint32_t>& codes, std::uint32_t numCodes) {
-    std::vector<std::uint32_t> next(std::size_t{numCodes} + 2, 0);
-    const auto rankOf = [numCodes](std::uint32_t code) { return code == numCodes ? 0 : code + 1; };
-    for (const std::uint32_t code : codes) ++next[rankOf(code) + 1];
-    for (std::size_t rank = 1; rank < next.size(); ++rank) next[rank] += next[rank - 1];
-    std::vector<SortedRecord> sorted(codes.size());
-    for (std::uint32_t record = 0; record < codes.size(); ++record) {
-        const std::uint32_t rank = rankOf(codes[record]);
-        sorted[next[rank]++] = {record, rank};
+/// Records by code, missing ones first, equal codes in the order of the records.
+template <class CodeOf>
+std::vector<SortedRecord> sortByCode(std::uint32_t numRecords, std::uint32_t numCodes, CodeOf codeOf) {
+    // Where the next record of a code goes, times two, and 1 until one went there.
+    std::vector<std::uint32_t> next(std::size_t{numCodes} + 1, 0);
+    for (std::uint32_t record = 0; record < numRecords; ++record) ++next[codeOf(record)];
+    std::uint32_t begin = next[numCodes];
+    for (std::uint32_t code = 0; code < numCodes; ++code) begin += std::exchange(next[code], begin << 1 | 1);
+    next[numCodes] = 0;
+    std::vector<SortedRecord> sorted(numRecords);
+    for (std::uint32_t record = 0; record < numRecords; ++record) {
+        std::uint32_t& place = next[codeOf(record)];
+        sorted[place >> 1] = {record, place & 1};
+        place = (place & ~1u) + 2;
     }
     return sorted;
 }
@@ -27,64 +32,68 @@ std::vector<SortedRecord> sortByRank(const std::vector<std::uint32_t>& codes, st
 
 FeatureLists makeLists(const TrainingFeature& feature, std::span<const std::uint32_t> tableRows) {
     FeatureLists lists;
-    lists.codes.resize(tableRows.size());
     if (feature.isCategorical()) {
         lists.form = FeatureLists::Form::CATEGORIES;
         lists.numCodes = static_cast<std::uint32_t>(feature.numCategories);
+        lists.codes.resize(tableRows.size());
         for (std::size_t i = 0; i < tableRows.size(); ++i) {
             const std::int32_t code = feature.codes[tableRows[i]];
             lists.codes[i] = code < 0 ? lists.numCodes : static_cast<std::uint32_t>(code);
         }
         return lists;
     }
-    lists.ranks = feature.ranks;
     lists.numCodes = static_cast<std::uint32_t>(feature.ranks->distinct.size());
-    for (std::size_t i = 0; i < tableRows.size(); ++i) {
-        const std::size_t row = feature.selection
-                                    ? static_cast<std::size_t>((*feature.selection)[tableRows[i]])
-                                    : std::size_t{tableRows[i]};
-        lists.codes[i] = feature.ranks->codes[row];
-    }
-    if (lists.numCodes <= kMaxNumBins) {
-        lists.form = FeatureLists::Form::NUMBERS;
+    const auto rankedRow = [&](std::uint32_t record) { return feature.rankedRow(tableRows[record]); };
+    const auto codeOf = [&](std::uint32_t record) { return feature.ranks->codes[rankedRow(record)]; };
+    const auto numRecords = static_cast<std::uint32_t>(tableRows.size());
+    if (lists.numCodes > kMaxNumBins) {
+        lists.sorted = sortByCode(numRecords, lists.numCodes, codeOf);
         return lists;
     }
-    lists.sorted = sortByRank(lists.codes, lists.numCodes);
-    lists.codes = {};
+    lists.form = FeatureLists::Form::NUMBERS;
+    lists.codes.resize(numRecords);
+    lists.values.resize(std::size_t{lists.numCodes} + 1);
+    for (std::uint32_t record = 0; record < numRecords; ++record) {
+        lists.codes[record] = codeOf(record);
+        lists.values[lists.codes[record]] = feature.numbers[rankedRow(record)];
+    }
     return lists;
 }
 
-void part(std::span<SortedRecord> range, std::size_t numLeft, const std::vector<std::uint8_t>& goesLeft,
-          bool keepLeft, bool keepRight, std::vector<SortedRecord>& scratch) {
+void part(std::span<SortedRecord> range, const std::vector<std::uint8_t>& goesLeft, bool keepLeft,
+          bool keepRight, std::vector<SortedRecord>& scratch) {
+    if (!keepLeft && !keepRight) return;
     SortedRecord* const entries = range.data();
-    const std::uint8_t* const isLeft = goesLeft.data();
+    const std::uint8_t* const goesLeftOf = goesLeft.data();
     if (!keepRight) {
-        if (!keepLeft) return;
         SortedRecord* left = entries;
+        std::uint32_t startsLeft = 0;
         for (std::size_t i = 0; i < range.size(); ++i) {
             const SortedRecord entry = entries[i];
-            *left = entry;
-            left += isLeft[entry.record];
+            const std::uint32_t isLeft = goesLeftOf[entry.record()];
+            startsLeft |= entry.startsValue();
+            *left = {entry.record(), startsLeft};
+            left += isLeft;
+            startsLeft &= 1 - isLeft;
         }
         return;
     }
-    if (!keepLeft) {
-        SortedRecord* right = entries + range.size() - 1;
-        for (std::size_t i = range.size(); i-- > 0 && right >= entries + numLeft;) {
-            const SortedRecord entry = entries[i];
-            *right = entry;
-            right -= 1 - isLeft[entry.record];
-        }
-        return;
-    }
+    // A value that starts in the range starts on both sides, with the next entry that goes there.
     if (scratch.size() < range.size() + 1) scratch.resize(range.size() + 1);
     SortedRecord* left = entries;
     SortedRecord* right = scratch.data();
+    std::uint32_t startsLeft = 0, startsRight = 0;
     for (std::size_t i = 0; i < range.size(); ++i) {
         const SortedRecord entry = entries[i];
-        *left = *right = entry;
-        left += isLeft[entry.record];
-        right += 1 - isLeft[entry.record];
+        const std::uint32_t isLeft = goesLeftOf[entry.record()];
+        startsLeft |= entry.startsValue();
+        startsRight |= entry.startsValue();
+        *left = {entry.record(), startsLeft};
+        *right = {entry.record(), startsRight};
+        left += isLeft;
+        right += 1 - isLeft;
+        startsLeft &= 1 - isLeft;
+        startsRight &= isLeft;
     }
     std::copy(scratch.data(), right, left);
 }

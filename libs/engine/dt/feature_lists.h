@@ -14,19 +14,20 @@ struct FeatureLists {
     enum class Form { SORTED, NUMBERS, CATEGORIES };
 
     Form form = Form::SORTED;
-    std::vector<SortedRecord> sorted;  ///< SORTED: the records of each node are a range, sorted by rank
+    std::vector<SortedRecord> sorted;  ///< SORTED: the records of each node are a range, sorted by value
     std::vector<std::uint32_t> codes;  ///< else by record, `numCodes` when missing
     std::uint32_t numCodes = 0;
-    const RankCodes* ranks = nullptr;
+    std::vector<double> values;  ///< NUMBERS: by code, of those that a record has
 
     BinnedFeature binned() const { return {codes, numCodes}; }
 };
 
 FeatureLists makeLists(const TrainingFeature& feature, std::span<const std::uint32_t> tableRows);
 
-/// Moves the entries of a range that go left before the others; both keep their order.
+/// Moves the entries of a range that go left before the others; both keep their order, and the marks of their
+/// values are set anew.
 /// @param keepLeft,keepRight  whether the entries of that side will be read again.
-void part(std::span<SortedRecord> range, std::size_t numLeft, const std::vector<std::uint8_t>& goesLeft,
-          bool keepLeft, bool keepRight, std::vector<SortedRecord>& scratch);
+void part(std::span<SortedRecord> range, const std::vector<std::uint8_t>& goesLeft, bool keepLeft,
+          bool keepRight, std::vector<SortedRecord>& scratch);
 
 }  // namespace Tessel::Engine::DT

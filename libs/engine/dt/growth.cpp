@@ -92,6 +92,7 @@ class Grower {
     Split findSplit(const Tree& tree, const OpenNode& open, Scratch* own);
     Candidate searchFeature(std::size_t feature, const OpenNode& open, const Totals& totals,
                             Scratch& scratch) const;
+    double valueOf(std::uint32_t codeOrPosition, std::int32_t feature, const OpenNode& open) const;
     std::uint32_t partRecords(const OpenNode& open, const Candidate& candidate, Scratch& scratch);
     std::uint32_t partMembers(const OpenNode& open, std::vector<std::uint32_t>& scratch);
     double gainOf(const Node& node, const double* classWeights, const Split& split) const;
@@ -102,6 +103,8 @@ class Grower {
     template <class Work>
     void forEachFeature(std::size_t n, std::size_t numRecords, Scratch* own, Work&& work);
 
+    const TrainingData& data_;
+    const std::vector<std::uint32_t>& tableRows_;
     const Records& records_;
     const Limits limits_;
     const std::size_t numClasses_;
@@ -113,7 +116,9 @@ class Grower {
 };
 
 Grower::Grower(const TrainingData& data, const PreparedRecords& prepared, const Limits& limits)
-    : records_(prepared.records),
+    : data_(data),
+      tableRows_(prepared.tableRows),
+      records_(prepared.records),
       limits_(limits),
       numClasses_(static_cast<std::size_t>(prepared.records.numClasses)),
       search_(SplitSearch::make(records_, std::max(1, limits.minNumRecordsInLeaves))),
@@ -123,7 +128,7 @@ Grower::Grower(const TrainingData& data, const PreparedRecords& prepared, const 
       scratches_(static_cast<std::size_t>(omp_in_parallel() ? 1 : omp_get_max_threads())) {
     for (std::uint32_t record = 0; record < members_.size(); ++record) members_[record] = record;
     forEachFeature(features_.size(), records_.size, nullptr, [&](std::size_t feature, Scratch&) {
-        features_[feature] = makeLists(data.features[feature], prepared.tableRows);
+        features_[feature] = makeLists(data_.features[feature], tableRows_);
     });
 }
 
@@ -290,17 +295,26 @@ Candidate Grower::searchFeature(std::size_t feature, const OpenNode& open, const
                : search_->searchCategories(members, lists.binned(), totals, scratch);
 }
 
+/// One of the two values between which a candidate splits; 0 rather than -0.
+double Grower::valueOf(std::uint32_t codeOrPosition, std::int32_t feature, const OpenNode& open) const {
+    const FeatureLists& lists = features_[static_cast<std::size_t>(feature)];
+    if (lists.form == FeatureLists::Form::NUMBERS) return lists.values[codeOrPosition] + 0.0;
+    const TrainingFeature& cells = data_.features[static_cast<std::size_t>(feature)];
+    const std::uint32_t record = lists.sorted[open.begin + codeOrPosition].record();
+    return cells.numbers[cells.rankedRow(tableRows_[record])] + 0.0;
+}
+
 /// Marks the side of each record of the node and parts its range of members; returns where the right begins.
 std::uint32_t Grower::partRecords(const OpenNode& open, const Candidate& candidate, Scratch& scratch) {
     const FeatureLists& lists = features_[static_cast<std::size_t>(candidate.feature)];
     if (lists.form == FeatureLists::Form::SORTED) {
         for (std::uint32_t i = open.begin; i < open.end; ++i)
-            goesLeft_[lists.sorted[i].record] = lists.sorted[i].rank <= candidate.lowerCode + 1;
+            goesLeft_[lists.sorted[i].record()] = i <= open.begin + candidate.lower;
     } else {
         std::vector<std::uint8_t> codeGoesLeft(std::size_t{lists.numCodes} + 1, 0);
         codeGoesLeft[lists.numCodes] = 1;
         if (lists.form == FeatureLists::Form::NUMBERS)
-            std::fill_n(codeGoesLeft.begin(), candidate.lowerCode + 1, std::uint8_t{1});
+            std::fill_n(codeGoesLeft.begin(), candidate.lower + 1, std::uint8_t{1});
         for (const std::int32_t category : candidate.leftCategories)
             codeGoesLeft[static_cast<std::size_t>(category)] = 1;
         for (std::uint32_t i = open.begin; i < open.end; ++i)
@@ -352,8 +366,8 @@ void Grower::applySplit(Tree& tree, const OpenNode& open, Split& split, Scratch*
             node.categorySet = static_cast<std::int32_t>(tree.categorySets.size());
             tree.categorySets.push_back(std::move(split.candidate.leftCategories));
         } else {
-            node.threshold = thresholdBetween(splitLists.ranks->distinct[split.candidate.lowerCode],
-                                              splitLists.ranks->distinct[split.candidate.upperCode]);
+            node.threshold = thresholdBetween(valueOf(split.candidate.lower, node.feature, open),
+                                              valueOf(split.candidate.upper, node.feature, open));
         }
     }
     split.left.parent = split.right.parent = open.node;
@@ -370,8 +384,8 @@ void Grower::applySplit(Tree& tree, const OpenNode& open, Split& split, Scratch*
     forEachFeature(features_.size(), numRecords, own, [&](std::size_t feature, Scratch& scratch) {
         FeatureLists& lists = features_[feature];
         if (lists.form != FeatureLists::Form::SORTED || &lists == &splitLists) return;
-        part(std::span(lists.sorted).subspan(open.begin, numRecords), split.middle - open.begin, goesLeft_,
-             keepLeft, keepRight, scratch.moved);
+        part(std::span(lists.sorted).subspan(open.begin, numRecords), goesLeft_, keepLeft, keepRight,
+             scratch.moved);
     });
 }
 

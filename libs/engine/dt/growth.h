@@ -11,10 +11,10 @@
 // Growing a tree by exact best binary splits (Breiman, Friedman, Olshen & Stone, Classification and
 // Regression Trees, 1984): decrease of Gini's index, or of the sum of squares.
 //
-// Every feature of many values keeps its records in a list sorted by rank, made once by counting; a split
+// Every feature of many values keeps its records in a list sorted by value, made once by counting; a split
 // parts each list in place and in order, so that searching a node visits each of its values once. Features of
-// few values and categories add up their codes instead. O(n p) a level of the tree, 8 bytes a cell of such
-// lists (4 bytes a cell for features of few values).
+// few values and categories add up their codes instead. O(n p) a level of the tree, 4 bytes a cell for the
+// lists or the codes.
 //
 // The tree does not depend on the number of threads: the split of a node depends on its records alone, and
 // sums run in the order of the records or of their values.

@@ -71,18 +71,18 @@ class SplitSearchOf final : public SplitSearch {
         const SortedRecord* const entries = list.data();
         const std::size_t size = list.size();
         std::size_t i = 0;  // entries on the left side
-        while (i < size && entries[i].rank == 0) left.add(entries[i++].record);
+        while (i < size && !entries[i].startsValue()) left.add(entries[i++].record());
         std::size_t last = size;
         if constexpr (Unit) {  // records and entries are the same: no count to look at below
             const auto fewest = static_cast<std::size_t>(minNumRecords_);
-            while (i + 1 < fewest && i < size) left.add(entries[i++].record);
+            while (i + 1 < fewest && i < size) left.add(entries[i++].record());
             last = size >= fewest ? size - fewest + 1 : 0;
         }
         double best = -1.0;
         std::size_t bestAt = 0;
         while (i + 1 < size && i < last) {
-            left.add(entries[i++].record);
-            if (entries[i - 1].rank == entries[i].rank || i >= last || !isLargeEnough(left, totals)) continue;
+            left.add(entries[i++].record());
+            if (!entries[i].startsValue() || i >= last || !isLargeEnough(left, totals)) continue;
             const double score = left.score();
             if (score > best) {
                 best = score;
@@ -92,8 +92,8 @@ class SplitSearchOf final : public SplitSearch {
         if (best < 0.0) return {};
         Candidate candidate;
         candidate.score = best;
-        candidate.lowerCode = entries[bestAt - 1].rank - 1;
-        candidate.upperCode = entries[bestAt].rank - 1;
+        candidate.lower = static_cast<std::uint32_t>(bestAt - 1);
+        candidate.upper = static_cast<std::uint32_t>(bestAt);
         return candidate;
     }
 
@@ -110,8 +110,8 @@ class SplitSearchOf final : public SplitSearch {
                 const double score = left.score();
                 if (score > best.score) {
                     best.score = score;
-                    best.lowerCode = previous;
-                    best.upperCode = code;
+                    best.lower = previous;
+                    best.upper = code;
                 }
             }
             isFirst = false;

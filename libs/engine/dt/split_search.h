@@ -12,10 +12,20 @@
 
 namespace Tessel::Engine::DT {
 
-/// A record in the list of a feature, which is sorted by rank: 0 for missing, else 1 + code.
-struct SortedRecord {
-    std::uint32_t record;
-    std::uint32_t rank;
+/// A record in the list of a feature, which is sorted by value, missing ones first. Whether it is the first
+/// of its value in the list of its node takes one bit: a list begins with missing records up to the first
+/// such mark, and neighbours have different values where the latter has the mark.
+class SortedRecord {
+ public:
+    SortedRecord() = default;
+    /// @pre record < 2^31
+    SortedRecord(std::uint32_t record, std::uint32_t startsValue) : bits_(record << 1 | startsValue) {}
+
+    std::uint32_t record() const { return bits_ >> 1; }
+    std::uint32_t startsValue() const { return bits_ & 1; }  ///< 0 or 1
+
+ private:
+    std::uint32_t bits_;
 };
 
 /// Above this number of categories present in a node the subsets of three and more classes are not all tried.
@@ -25,8 +35,9 @@ inline constexpr std::size_t kMaxCategoriesTriedExhaustively = 10;
 struct Candidate {
     double score = -1.0;  ///< -1: there is no split
     std::int32_t feature = -1;
-    std::uint32_t lowerCode = 0;  ///< numbers: the largest code on the left ...
-    std::uint32_t upperCode = 0;  ///< ... and the smallest on the right
+    // Numbers: the greatest value on the left side and the least on the right one, as codes or, of a sorted
+    // list, as positions of records in the node.
+    std::uint32_t lower = 0, upper = 0;
     std::vector<std::int32_t> leftCategories;
 
     bool exists() const { return score >= 0.0; }

@@ -8,11 +8,11 @@
 
 namespace Tessel::Engine::DT {
 
-/// A feature to train on: numbers by their ranks, or categories by their codes.
+/// A feature to train on: numbers with their ranks, or categories by their codes.
 struct TrainingFeature {
     /// A numeric feature; `selection` lists the rows of the ranked column that make the table, null for all.
-    static TrainingFeature numeric(const RankCodes& ranks, const RowIndexes* selection = nullptr) {
-        return {.ranks = &ranks, .selection = selection};
+    static TrainingFeature numeric(const ColumnCells& column, const RowIndexes* selection = nullptr) {
+        return {.ranks = &column.rankCodes(), .numbers = column.numbers(), .selection = selection};
     }
     /// A categorical feature: codes 0 .. numCategories - 1, or -1 when missing.
     static TrainingFeature categorical(std::span<const std::int32_t> codes, std::int32_t numCategories) {
@@ -20,8 +20,13 @@ struct TrainingFeature {
     }
 
     bool isCategorical() const { return ranks == nullptr; }
+    /// Where the ranked column has a row of the table.
+    std::size_t rankedRow(std::uint32_t row) const {
+        return selection ? static_cast<std::size_t>((*selection)[row]) : row;
+    }
 
     const RankCodes* ranks = nullptr;
+    std::span<const double> numbers = {};
     const RowIndexes* selection = nullptr;
     std::span<const std::int32_t> codes = {};
     std::int32_t numCategories = 0;

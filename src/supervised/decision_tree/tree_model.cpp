@@ -44,7 +44,7 @@ Engine::DT::TrainingData trainingData(const TrainingFeatures& features, const Ve
             if (!distinct.empty() && !(std::isfinite(distinct.front()) && std::isfinite(distinct.back())))
                 requireFinite(features);
             data.features.push_back(
-                Engine::DT::TrainingFeature::numeric(cells.root().rankCodes(), cells.selection().get()));
+                Engine::DT::TrainingFeature::numeric(cells.root(), cells.selection().get()));
         }
     }
     return data;

@@ -188,7 +188,7 @@ TEST(TreeGrowth, SameTreeBySortedListsAndBySums) {
                 numbers.push_back(random.nextBelow(10) == 0 ? std::nan("") : random.nextUniform());
             for (const std::int32_t row : rows) selected.push_back(numbers[static_cast<std::size_t>(row)]);
             roots.push_back(ColumnCells::ofNumbers(std::move(numbers)));
-            data.features.push_back(DT::TrainingFeature::numeric(roots.back()->rankCodes(), &rows));
+            data.features.push_back(DT::TrainingFeature::numeric(*roots.back(), &rows));
             table.addNumbers(std::move(selected));
         }
         std::vector<std::int32_t> classes;

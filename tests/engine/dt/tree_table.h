@@ -31,7 +31,7 @@ class TreeTable {
         data.numRows = static_cast<int>(numRows());
         for (const Column& column : columns_)
             data.features.push_back(
-                column.cells ? DT::TrainingFeature::numeric(column.cells->rankCodes())
+                column.cells ? DT::TrainingFeature::numeric(*column.cells)
                              : DT::TrainingFeature::categorical(column.codes, column.numCategories));
         return data;
     }

@@ -75,19 +75,17 @@ RankCodes rank(std::span<const double> numbers) {
 
     RankCodes ranks;
     ranks.codes.resize(numbers.size());
-    std::size_t numDistinct = 0;
     for (std::size_t i = 0; i < cells.size(); ++i) {
-        if (i == 0 || cells[i - 1].key != cells[i].key) ++numDistinct;
-        ranks.codes[cells[i].row] = static_cast<std::uint32_t>(numDistinct - 1);
+        if (i == 0 || cells[i - 1].key != cells[i].key) ++ranks.numDistinct;
+        ranks.codes[cells[i].row] = ranks.numDistinct - 1;
     }
-    ranks.distinct.reserve(numDistinct);
-    for (std::size_t i = 0; i < cells.size(); ++i)
-        if (i == 0 || cells[i - 1].key != cells[i].key)
-            ranks.distinct.push_back(fromOrderedBits(cells[i].key));
+    if (!cells.empty()) {
+        ranks.smallest = fromOrderedBits(cells.front().key);
+        ranks.largest = fromOrderedBits(cells.back().key);
+    }
     if (cells.size() < numbers.size())
         for (std::size_t row = 0; row < numbers.size(); ++row)
-            if (std::isnan(numbers[row]))
-                ranks.codes[row] = static_cast<std::uint32_t>(ranks.distinct.size());
+            if (std::isnan(numbers[row])) ranks.codes[row] = ranks.numDistinct;
     return ranks;
 }
 
@@ -147,6 +145,18 @@ const RankCodes& ColumnCells::rankCodes() const {
     return ranks_.get([this] { return rank(numbers()); });
 }
 
+const std::vector<double>& ColumnCells::distinctNumbers() const {
+    return distinctNumbers_.get([this] {
+        const RankCodes& ranks = rankCodes();
+        std::vector<double> distinct(ranks.numDistinct);
+        const std::span<const double> all = numbers();
+        for (std::size_t row = 0; row < all.size(); ++row)
+            if (ranks.codes[row] < ranks.numDistinct)
+                distinct[ranks.codes[row]] = all[row] + 0.0;  // 0 rather than -0
+        return distinct;
+    });
+}
+
 const std::vector<std::int32_t>& ColumnCells::presentCodes() const {
     return presentCodes_.get([this] {
         std::vector<std::int32_t> present;
@@ -166,6 +176,7 @@ void ColumnCells::detach(std::shared_ptr<ColumnCells>& cells) {
         // Pairs with the release of the last other owner, so that its reads are over.
         std::atomic_thread_fence(std::memory_order_acquire);
         cells->ranks_.reset();
+        cells->distinctNumbers_.reset();
         cells->presentCodes_.reset();
         return;
     }

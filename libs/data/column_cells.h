@@ -17,8 +17,9 @@ using RowIndexes = std::vector<std::int32_t>;
 
 /// The cells of a numeric column as dense ranks.
 struct RankCodes {
-    std::vector<double> distinct;      ///< the distinct values, ascending, without NaN
-    std::vector<std::uint32_t> codes;  ///< per row its position in `distinct`; `distinct.size()` when missing
+    std::vector<std::uint32_t> codes;      ///< per row 0 .. numDistinct - 1; `numDistinct` when missing
+    std::uint32_t numDistinct = 0;         ///< distinct values without NaN; -0 and 0 are one
+    double smallest = 0.0, largest = 0.0;  ///< 0 when all cells are missing
 };
 
 /// The cells of one column: doubles (NaN = missing) or codes into a dictionary (`kMissingCode` = missing).
@@ -56,6 +57,8 @@ class ColumnCells {
 
     /// Ranks of a numeric column, computed once and kept with the cells.
     const RankCodes& rankCodes() const;
+    /// The distinct values of a numeric column by their rank, without NaN; computed once and kept.
+    const std::vector<double>& distinctNumbers() const;
     /// Codes that occur in a text column, in order of first appearance in its rows; computed once.
     const std::vector<std::int32_t>& presentCodes() const;
 
@@ -89,6 +92,7 @@ class ColumnCells {
     Lazy<std::vector<double>> gatheredNumbers_;
     Lazy<std::vector<std::int32_t>> gatheredCodes_;
     Lazy<RankCodes> ranks_;
+    Lazy<std::vector<double>> distinctNumbers_;
     Lazy<std::vector<std::int32_t>> presentCodes_;
 };
 

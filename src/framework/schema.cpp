@@ -19,7 +19,7 @@ std::size_t at(std::int32_t position) { return static_cast<std::size_t>(position
 std::shared_ptr<const Dictionary> categoriesOf(const ColumnCells& cells) {
     std::vector<WString> texts;
     if (cells.isNumeric()) {
-        for (const double value : cells.rankCodes().distinct) texts.push_back(Convert::toString(value));
+        for (const double value : cells.distinctNumbers()) texts.push_back(Convert::toString(value));
     } else {
         for (const std::int32_t code : cells.presentCodes()) texts.push_back(cells.dictionary()[code]);
     }
@@ -35,7 +35,7 @@ std::vector<std::int32_t> codeMap(const ColumnCells& cells, const Dictionary& ca
     };
     std::vector<std::int32_t> map;
     if (cells.isNumeric()) {
-        for (const double value : cells.rankCodes().distinct) map.push_back(codeOf(Convert::toString(value)));
+        for (const double value : cells.distinctNumbers()) map.push_back(codeOf(Convert::toString(value)));
         map.push_back(kMissingCode);  // the rank of missing cells
     } else {
         map.assign(cells.dictionary().levels().size(), kMissingCode);
@@ -174,8 +174,8 @@ ClassTarget readClassTarget(const DataFrameColumn& target) {
     read.name = target.getColName();
     if (cells.isNumeric()) {
         const RankCodes& ranks = cells.rankCodes();
-        encodeClasses(ranks.codes, ranks.distinct.size(), read,
-                      [&](std::size_t rank) { return Convert::toString(ranks.distinct[rank]); });
+        encodeClasses(ranks.codes, ranks.numDistinct, read,
+                      [&](std::size_t rank) { return Convert::toString(cells.distinctNumbers()[rank]); });
     } else {
         const std::vector<WString>& levels = cells.dictionary().levels();
         encodeClasses(cells.codes(), levels.size(), read, [&](std::size_t code) { return levels[code]; });

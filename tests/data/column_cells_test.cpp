@@ -36,20 +36,22 @@ TEST(ColumnCellsTest, rankCodes) {
     };
     for (const Case& known : cases) {
         const auto cells = ColumnCells::ofNumbers(known.numbers);
-        EXPECT_EQ(cells->rankCodes().distinct, known.distinct);
+        EXPECT_EQ(cells->distinctNumbers(), known.distinct);
         EXPECT_EQ(cells->rankCodes().codes, known.codes);
     }
-    EXPECT_FALSE(std::signbit(ColumnCells::ofNumbers({-0.0})->rankCodes().distinct[0]));
+    EXPECT_FALSE(std::signbit(ColumnCells::ofNumbers({-0.0})->distinctNumbers()[0]));
     const auto chosen = select(ColumnCells::ofNumbers({9, 1, 5}), {2, 0, 2});
-    EXPECT_EQ(chosen->rankCodes().distinct, (std::vector<double>{5, 9}));
+    EXPECT_EQ(chosen->distinctNumbers(), (std::vector<double>{5, 9}));
     EXPECT_EQ(chosen->rankCodes().codes, (std::vector<std::uint32_t>{0, 1, 0}));
 }
 
 TEST(ColumnCellsTest, factsFollowWrites) {
     auto numbers = ColumnCells::ofNumbers({2, 1});
     EXPECT_EQ(numbers->rankCodes().codes[0], 1u);
+    EXPECT_EQ(numbers->distinctNumbers()[0], 1.0);
     ColumnCells::assign(numbers, 0, 0.5);
     EXPECT_EQ(numbers->rankCodes().codes[0], 0u);
+    EXPECT_EQ(numbers->distinctNumbers()[0], 0.5);
 
     const StringVector texts{L"b", L"", L"a", L"b"};
     auto cells = ColumnCells::ofTexts(texts.elements());

@@ -20,7 +20,10 @@ void expectRanks(const std::vector<double>& numbers) {
     distinct.erase(std::unique(distinct.begin(), distinct.end()), distinct.end());
     const auto cells = ColumnCells::ofNumbers(numbers);
     const RankCodes& ranks = cells->rankCodes();
-    EXPECT_EQ(ranks.distinct, distinct);
+    EXPECT_EQ(ranks.numDistinct, distinct.size());
+    EXPECT_EQ(cells->distinctNumbers(), distinct);
+    EXPECT_EQ(ranks.smallest, distinct.empty() ? 0.0 : distinct.front());
+    EXPECT_EQ(ranks.largest, distinct.empty() ? 0.0 : distinct.back());
     ASSERT_EQ(ranks.codes.size(), numbers.size());
     for (std::size_t row = 0; row < numbers.size(); ++row) {
         const auto found = std::lower_bound(distinct.begin(), distinct.end(), numbers[row]);

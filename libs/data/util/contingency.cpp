@@ -18,9 +18,9 @@ Categories categoriesOf(const DataFrameColumn& column) {
         return {{codes.begin(), codes.end()}, cells.dictionary().levels().size()};
     }
     const RankCodes& ranks = cells.rankCodes();
-    Categories categories{std::vector<std::int32_t>(ranks.codes.size()), ranks.distinct.size()};
+    Categories categories{std::vector<std::int32_t>(ranks.codes.size()), ranks.numDistinct};
     std::transform(ranks.codes.begin(), ranks.codes.end(), categories.codes.begin(), [&](std::uint32_t code) {
-        return code == ranks.distinct.size() ? kMissingCode : static_cast<std::int32_t>(code);
+        return code == ranks.numDistinct ? kMissingCode : static_cast<std::int32_t>(code);
     });
     return categories;
 }

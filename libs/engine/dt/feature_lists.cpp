@@ -42,7 +42,7 @@ FeatureLists makeLists(const TrainingFeature& feature, std::span<const std::uint
         }
         return lists;
     }
-    lists.numCodes = static_cast<std::uint32_t>(feature.ranks->distinct.size());
+    lists.numCodes = feature.ranks->numDistinct;
     const auto rankedRow = [&](std::uint32_t record) { return feature.rankedRow(tableRows[record]); };
     const auto codeOf = [&](std::uint32_t record) { return feature.ranks->codes[rankedRow(record)]; };
     const auto numRecords = static_cast<std::uint32_t>(tableRows.size());

@@ -40,9 +40,8 @@ Engine::DT::TrainingData trainingData(const TrainingFeatures& features, const Ve
         } else {
             // Ranks belong to the whole column, so that all resamples of a table share them.
             const ColumnCells& cells = column.cells();
-            const std::vector<double>& distinct = cells.root().rankCodes().distinct;
-            if (!distinct.empty() && !(std::isfinite(distinct.front()) && std::isfinite(distinct.back())))
-                requireFinite(features);
+            const RankCodes& ranks = cells.root().rankCodes();
+            if (!std::isfinite(ranks.smallest) || !std::isfinite(ranks.largest)) requireFinite(features);
             data.features.push_back(
                 Engine::DT::TrainingFeature::numeric(cells.root(), cells.selection().get()));
         }

@@ -143,7 +143,8 @@ class PruningFitable {
 class TESSEL_API TreeHandle : public CategoricalVariables::Retrievable {
  public:
     /// Makes the nested sequence of pruned trees by cost complexity and judges them by validation data; the
-    /// selected tree stays. @throws LabelUnseenInTraining for a class that training did not have.
+    /// selected tree stays. Classes are those that the success class and cut-off of now predict. @throws
+    /// LabelUnseenInTraining for a class that training did not have.
     void prune(const DataFrame& features, const DataFrameColumn& target);
     void prune(const DataFrame& features, const DataFrame& target);
     /// Selects the tree that scores and reports. May be repeated with another type. MANUAL takes the number

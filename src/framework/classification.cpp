@@ -11,14 +11,21 @@ namespace Tessel::Classification {
 
 // ---- model
 
+void IModelable::setClassSchema(ClassSchema learnt) {
+    classSchema = std::move(learnt);
+    adoptClassRule();
+}
+
 void IModelable::setSuccessClass(const WString& label) {
     if (!classSchema.classes.exists(label)) throw InvalidSuccessLabel();
     classSchema.successClass = label;
+    adoptClassRule();
 }
 
 void IModelable::setSuccessProbability(double cutOff) {
     if (!(cutOff >= 0.0 && cutOff <= 1.0)) throw ValueOutOfRange("Success probability", 0.0, 1.0);
     classSchema.successProbability = cutOff;
+    adoptClassRule();
 }
 
 void IModelable::validate() const {
@@ -138,8 +145,8 @@ std::shared_ptr<IModelable> IEstimator::fit(const DataFrame& features, const Dat
     // With two classes one of them is the success class: the one of the first row unless another was chosen.
     WString success = successClass.get();
     if (success.empty() && data.target.classes.size() == 2) success = data.target.classes.front();
-    model->classSchema = {data.target.classes, data.priors, data.target.counts, success,
-                          successProbability.get()};
+    model->setClassSchema(
+        {data.target.classes, data.priors, data.target.counts, success, successProbability.get()});
     return model;
 }
 

@@ -30,6 +30,8 @@ class IModelable : public Supervised::IModelable {
 
     ClassSchema classSchema;
 
+    /// What the fit learnt of the classes.
+    void setClassSchema(ClassSchema learnt);
     void setSuccessClass(const WString& label);
     void setSuccessProbability(double cutOff);
     /// @throws InvalidSuccessLabel, ValueOutOfRange
@@ -43,6 +45,9 @@ class IModelable : public Supervised::IModelable {
  protected:
     /// Fills `posteriors`, which has its size, for rows whose columns stand in the order of the schema.
     virtual void score(const std::vector<FeatureColumn>& columns, Posteriors& posteriors) const = 0;
+
+    /// Called after success class or cut-off changed, for engines that choose classes themselves.
+    virtual void adoptClassRule() {}
 
     void describe(StringVector& labels, StringVector& values) const override;
     void report(DataFrameVector& tables) const override;

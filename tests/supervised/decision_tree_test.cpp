@@ -234,6 +234,27 @@ TEST(DecisionTree, PrunesWithValidationDataWhenATypeIsSet) {
     EXPECT_THROW(best.prune(validation.features, unseen), LabelUnseenInTraining);
 }
 
+TEST(DecisionTree, RulesReportAndPruningFollowTheCutOff) {
+    const LabelledTable training = noisyTable(400, 0), validation = noisyTable(300, 3);
+    auto model = Classifier()
+                     .setMaxNumLevels(1)
+                     .setSuccessClass(L"class 1")
+                     .setSuccessProbability(0.95)
+                     .fit(training.features, training.target);
+    model.prune(validation.features, validation.target);
+    double errors = 0.0;  // no leaf reaches the cut-off, so that all is class 0
+    for (int row = 0; row < 300; ++row) errors += validation.target(row).toString() != L"class 0";
+    EXPECT_NEAR(model.getPruningLog()(0, 0).toDouble(), errors / 300.0, 1e-12);
+
+    const auto responses = [&] {
+        return model.toDataFrameVector().at(L"All Nodes Info")(Util::all, L"Response").toStringVector();
+    };
+    EXPECT_EQ(responses(), (StringVector{L"class 0", L"class 0", L"class 0"}));
+    model.setSuccessProbability(0.01);
+    EXPECT_EQ(responses(), (StringVector{L"class 1", L"class 1", L"class 1"}));
+    for (const WString& rule : model.treeRules(9)) EXPECT_NE(rule.find(L"THEN class 1 ("), WString::npos);
+}
+
 TEST(DecisionTree, ReportsItsTables) {
     const Fruit fruit;
     const DataFrameVector classifier = Classifier().fit(fruit.features, fruit.label).toDataFrameVector();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include <tessel/data/convert.h>
 #include <tessel/data/util/sets.h>
 #include <tessel/framework/errors.h>
 
@@ -42,6 +43,13 @@ void IModel::score(const std::vector<FeatureColumn>& columns, Posteriors& poster
         for (std::size_t row = 0; row < numRows; ++row) posteriors[k][row] = byRow[row * numClasses + k];
 }
 
+void IModel::adoptClassRule() {
+    const StringVector& classes = classSchema.classes;
+    const std::size_t success = classes.find(classSchema.successClass);
+    tree_.setSuccessClass(success < classes.size() ? static_cast<std::int32_t>(success) : -1);
+    tree_.setSuccessProbabilityCutoff(classSchema.successProbability);
+}
+
 void IModel::describe(StringVector& labels, StringVector& values) const {
     IModelable::describe(labels, values);
     describeTree(labels, values);
@@ -74,6 +82,10 @@ DataFrame IModel::pruningLog() const {
     table.append(DataFrameColumn(L"Validation MSE", std::move(errors)));
     table.setRowNames(Util::generateNames(L"", 0, table.getNumRows()));
     return table;
+}
+
+WString IModel::responseText(std::int32_t node) const {
+    return Convert::toString(tree_.tree().nodes[static_cast<std::size_t>(node)].response);
 }
 
 void IModel::score(const std::vector<FeatureColumn>& columns, std::span<double> predictions) const {

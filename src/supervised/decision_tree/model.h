@@ -24,7 +24,11 @@ class IModel : public IModelable, public Tessel::DecisionTree::ITreeModel {
     Engine::DT::Model& engine() override { return tree_; }
     const Engine::DT::Model& engine() const override { return tree_; }
     const FittedSchema& fittedSchema() const override { return schema; }
-    StringVector classLabels() const override { return classSchema.classes; }
+    const StringVector& classLabels() const override { return classSchema.classes; }
+    WString responseText(std::int32_t node) const override {
+        return classSchema.classes[static_cast<std::size_t>(tree_.classOf(node))];
+    }
+    void adoptClassRule() override;
 
  private:
     Engine::DT::ClassificationModel tree_;
@@ -52,6 +56,7 @@ class IModel : public IModelable, public Tessel::DecisionTree::ITreeModel {
     Engine::DT::Model& engine() override { return tree_; }
     const Engine::DT::Model& engine() const override { return tree_; }
     const FittedSchema& fittedSchema() const override { return schema; }
+    WString responseText(std::int32_t node) const override;
 
  private:
     Engine::DT::RegressionModel tree_;

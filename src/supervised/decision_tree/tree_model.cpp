@@ -84,12 +84,6 @@ void ITreeModel::select(int numDecisionNodes) {
 
 // ---- texts
 
-WString ITreeModel::responseText(std::int32_t node) const {
-    const double response = nodeAt(engine().tree(), node).response;
-    const StringVector labels = classLabels();
-    return labels.empty() ? Convert::toString(response) : labels[static_cast<std::size_t>(response)];
-}
-
 WString ITreeModel::splitText(std::int32_t node, WString (*threshold)(double)) const {
     const Tree& tree = engine().tree();
     const Node& split = nodeAt(tree, node);

@@ -44,7 +44,12 @@ class ITreeModel {
     virtual const Engine::DT::Model& engine() const = 0;
     virtual const FittedSchema& fittedSchema() const = 0;
     /// The labels of the classes; none in regression.
-    virtual StringVector classLabels() const { return {}; }
+    virtual const StringVector& classLabels() const {
+        static const StringVector none;
+        return none;
+    }
+    /// What a record that ends in this node is predicted to be.
+    virtual WString responseText(std::int32_t node) const = 0;
 
     /// Rows of the model summary.
     void describeTree(StringVector& labels, StringVector& values) const;
@@ -52,7 +57,6 @@ class ITreeModel {
     void reportTree(DataFrameVector& tables) const;
 
  private:
-    WString responseText(std::int32_t node) const;
     /// The threshold, or the categories that go left.
     WString splitText(std::int32_t node, WString (*threshold)(double)) const;
     WString conditionText(std::int32_t parent, bool isLeft) const;

@@ -154,9 +154,10 @@ class TESSEL_API TreeHandle : public CategoricalVariables::Retrievable {
     /// @throws ConstraintViolation before `prune`.
     void select(int numDecisionNodes);
 
-    /// One rule a leaf: "IF petal_length <= 2.45 AND colour IN {red, blue} THEN setosa (50 records)". A
-    /// missing cell fulfils the conditions <= and IN, whatever the value. Thresholds have 7 digits; the
-    /// report table "All Nodes Info" has them exactly.
+    /// One rule a leaf: "IF petal_length <= 2.45 AND colour IN {red, blue} THEN setosa (50 records)". Of the
+    /// conditions on one side of a feature only the narrowest is told. A missing cell fulfils <= and IN,
+    /// whatever the value. Thresholds have 7 digits, and always the first decimal; the report table "All Nodes
+    /// Info" has them exactly.
     /// @param numLevels  splits to follow from the root; where the tree goes deeper the node there answers.
     StringVector treeRules(int numLevels) const;
     /// The selected tree as indented text, down to `numLevels` levels of splits.

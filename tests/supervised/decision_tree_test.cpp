@@ -66,6 +66,31 @@ TEST(DecisionTree, FindsTheTreeThatIsPlainToSee) {
     EXPECT_EQ(regressor.predict(fruit.features).getName(), L"Scores");
 }
 
+TEST(DecisionTree, RulesTellTheNarrowestConditionsOnly) {
+    // Whole numbers of 8 digits whose thresholds must stay apart, and categories split off one after the
+    // other.
+    DataFrame days, groups;
+    days.append(DataFrameColumn(L"day", Vector{20230114, 20230115, 20230116, 20230117}));
+    groups.append(DataFrameColumn(L"group", StringVector{L"a", L"b", L"c", L"d"}));
+    const DataFrameColumn target(L"y", Vector{1, 10, 100, 1000});
+    EXPECT_EQ(Regressor().fit(days, target).treeRules(9),
+              (StringVector{L"IF day <= 20230114.5 THEN 1 (1 records)",
+                            L"IF day <= 20230115.5 AND day > 20230114.5 THEN 10 (1 records)",
+                            L"IF day <= 20230116.5 AND day > 20230115.5 THEN 100 (1 records)",
+                            L"IF day > 20230116.5 THEN 1000 (1 records)"}));
+    EXPECT_EQ(Regressor().fit(groups, target).treeRules(9),
+              (StringVector{L"IF group IN {a} THEN 1 (1 records)",
+                            L"IF group IN {a, b} AND group NOT IN {a} THEN 10 (1 records)",
+                            L"IF group IN {a, b, c} AND group NOT IN {a, b} THEN 100 (1 records)",
+                            L"IF group NOT IN {a, b, c} THEN 1000 (1 records)"}));
+    const DataFrameColumn falling(L"y", Vector{-1, -10, -100, -1000});
+    EXPECT_EQ(Regressor().fit(groups, falling).treeRules(9),
+              (StringVector{L"IF group IN {d} THEN -1000 (1 records)",
+                            L"IF group NOT IN {d} AND group IN {c} THEN -100 (1 records)",
+                            L"IF group NOT IN {c, d} AND group IN {b} THEN -10 (1 records)",
+                            L"IF group NOT IN {b, c, d} THEN -1 (1 records)"}));
+}
+
 TEST(DecisionTree, MissingGoesLeftAndUnseenCategoriesGoRight) {
     const Fruit fruit;
     const auto model = Classifier().fit(fruit.features, fruit.label);

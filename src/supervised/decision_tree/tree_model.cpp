@@ -1,6 +1,8 @@
 #include "supervised/decision_tree/tree_model.h"
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include <tessel/data/convert.h>
 #include <tessel/data/util/sets.h>
@@ -18,10 +20,52 @@ const Node& nodeAt(const Tree& tree, std::int32_t position) {
     return tree.nodes[static_cast<std::size_t>(position)];
 }
 
-/// A threshold for people; midpoints can have many more digits than the numbers that they part.
+/// A threshold for people; midpoints can have many more digits than the numbers that they part. The first
+/// decimal is always there, so that thresholds between neighbouring whole numbers stay apart.
 WString readable(double threshold) {
-    const NumberText text(threshold, std::chars_format::general, 7);
+    const double magnitude = std::abs(threshold);
+    const int numWholeDigits = magnitude < 1.0 ? 1 : static_cast<int>(std::log10(magnitude)) + 1;
+    const NumberText text(threshold, std::chars_format::general, std::clamp(numWholeDigits + 1, 7, 17));
     return WString(text.begin(), text.end());
+}
+
+/// The way from the root to a node by its conditions, gathered by feature and side: of several thresholds on
+/// one side of a feature, and of several sets of categories, the last is the narrowest.
+class Path {
+ public:
+    struct Conditions {
+        std::vector<std::int32_t> splits;  ///< the decision nodes, from the root down
+        bool isLeft = false;
+    };
+
+    explicit Path(std::size_t numFeatures) : conditions_(2 * numFeatures) {}
+
+    void enter(std::int32_t split, std::int32_t feature, bool isLeft) {
+        const std::size_t slot = 2 * static_cast<std::size_t>(feature) + (isLeft ? 0 : 1);
+        Conditions& conditions = conditions_[slot];
+        if (conditions.splits.empty()) slots_.push_back(slot);
+        conditions.splits.push_back(split);
+        conditions.isLeft = isLeft;
+        way_.push_back(slot);
+    }
+    void leave() {
+        std::vector<std::int32_t>& splits = conditions_[way_.back()].splits;
+        way_.pop_back();
+        splits.pop_back();
+        if (splits.empty()) slots_.pop_back();
+    }
+    std::size_t size() const { return slots_.size(); }
+    /// In the order in which the way met them.
+    const Conditions& operator[](std::size_t i) const { return conditions_[slots_[i]]; }
+
+ private:
+    std::vector<Conditions> conditions_;
+    std::vector<std::size_t> slots_;  ///< of the conditions that are there
+    std::vector<std::size_t> way_;    ///< the slot of each step
+};
+
+const std::vector<std::int32_t>& categorySetOf(const Tree& tree, const Node& split) {
+    return tree.categorySets[static_cast<std::size_t>(split.categorySet)];
 }
 
 Vector vectorOf(const std::vector<double>& numbers) { return Vector(numbers.begin(), numbers.end()); }
@@ -84,50 +128,68 @@ void ITreeModel::select(int numDecisionNodes) {
 
 // ---- texts
 
-WString ITreeModel::splitText(std::int32_t node, WString (*threshold)(double)) const {
-    const Tree& tree = engine().tree();
-    const Node& split = nodeAt(tree, node);
-    if (split.categorySet < 0) return threshold(split.threshold);
-    const Dictionary& categories =
-        *fittedSchema().features[static_cast<std::size_t>(split.feature)].categories;
-    StringVector left;
-    for (const std::int32_t code : tree.categorySets[static_cast<std::size_t>(split.categorySet)])
-        left.push_back(categories[code]);
-    return Util::join(left, L", ", L"{", L"}");
+WString ITreeModel::splitText(const Engine::DT::Node& split) const {
+    if (split.categorySet < 0) return Convert::toString(split.threshold);
+    return categoriesText(split.feature, categorySetOf(engine().tree(), split));
 }
 
-WString ITreeModel::conditionText(std::int32_t parent, bool isLeft) const {
-    const Node& split = nodeAt(engine().tree(), parent);
-    const WString& feature = fittedSchema().features[static_cast<std::size_t>(split.feature)].name;
-    const wchar_t* relation =
-        split.categorySet < 0 ? (isLeft ? L" <= " : L" > ") : (isLeft ? L" IN " : L" NOT IN ");
-    return feature + relation + splitText(parent, readable);
+WString ITreeModel::categoriesText(std::int32_t feature, const std::vector<std::int32_t>& codes) const {
+    const Dictionary& categories = *fittedSchema().features[static_cast<std::size_t>(feature)].categories;
+    StringVector texts;
+    for (const std::int32_t code : codes) texts.push_back(categories[code]);
+    return Util::join(texts, L", ", L"{", L"}");
+}
+
+WString ITreeModel::conditionText(const std::vector<std::int32_t>& splits, bool isLeft) const {
+    const Tree& tree = engine().tree();
+    const Node& last = nodeAt(tree, splits.back());
+    const WString& feature = fittedSchema().features[static_cast<std::size_t>(last.feature)].name;
+    if (last.categorySet < 0) return feature + (isLeft ? L" <= " : L" > ") + readable(last.threshold);
+    if (isLeft) return feature + L" IN " + categoriesText(last.feature, categorySetOf(tree, last));
+    std::vector<std::int32_t> excluded;
+    for (const std::int32_t split : splits) {
+        const std::vector<std::int32_t>& codes = categorySetOf(tree, nodeAt(tree, split));
+        excluded.insert(excluded.end(), codes.begin(), codes.end());
+    }
+    std::sort(excluded.begin(), excluded.end());
+    return feature + L" NOT IN " + categoriesText(last.feature, excluded);
 }
 
 StringVector ITreeModel::treeRules(int numLevels) const {
     if (numLevels < 0) throw ValueOutOfRange("Number of levels", 0, kNoLimit);
     struct Step {
         std::int32_t node;
-        std::size_t level;
-        WString condition;  // that leads from the parent to the node
+        int level;
+        bool isReturn;
     };
     const Tree& tree = engine().tree();
-    StringVector rules, path;  // the conditions from the root to the node at hand
-    std::vector<Step> pending{{0, 0, {}}};
+    Path path(fittedSchema().features.size());
+    StringVector rules;
+    std::vector<Step> pending{{0, 0, false}};
     while (!pending.empty()) {
-        const Step step = std::move(pending.back());
+        const auto [position, level, isReturn] = pending.back();
         pending.pop_back();
-        path.resize(step.level);
-        if (step.level > 0) path.back() = step.condition;
-        const Node& node = nodeAt(tree, step.node);
-        if (!engine().isLeaf(step.node) && step.level < static_cast<std::size_t>(numLevels)) {
-            pending.push_back({node.right(), step.level + 1, conditionText(step.node, false)});
-            pending.push_back({node.left, step.level + 1, conditionText(step.node, true)});
+        if (isReturn) {
+            path.leave();
             continue;
         }
-        const WString conditions = path.empty() ? WString() : Util::join(path, L" AND ", L"IF ", L" THEN ");
-        rules.push_back(conditions + responseText(step.node) + L" (" + Convert::toString(node.numRecords) +
-                        L" records)");
+        const Node& node = nodeAt(tree, position);
+        if (node.parent >= 0) {
+            const Node& parent = nodeAt(tree, node.parent);
+            path.enter(node.parent, parent.feature, parent.left == position);
+            pending.push_back({position, level, true});
+        }
+        if (!engine().isLeaf(position) && level < numLevels) {
+            pending.push_back({node.right(), level + 1, false});
+            pending.push_back({node.left, level + 1, false});
+            continue;
+        }
+        WString rule;
+        for (std::size_t i = 0; i < path.size(); ++i)
+            rule += (i == 0 ? L"IF " : L" AND ") + conditionText(path[i].splits, path[i].isLeft);
+        if (!rule.empty()) rule += L" THEN ";
+        rules.push_back(rule + responseText(position) + L" (" +
+                        Convert::toString(node.numRecords) + L" records)");
     }
     return rules;
 }
@@ -183,7 +245,7 @@ DataFrame ITreeModel::allNodesInfo() const {
         rights.push_back(isLeaf ? missing : node.right() + 1);
         features.push_back(isLeaf ? L""
                                   : fittedSchema().features[static_cast<std::size_t>(node.feature)].name);
-        splits.push_back(isLeaf ? WString() : splitText(position, Convert::toString));
+        splits.push_back(isLeaf ? WString() : splitText(node));
         trainingCases.push_back(static_cast<double>(node.numRecords));
         validationCases.push_back(validation.empty()
                                       ? missing

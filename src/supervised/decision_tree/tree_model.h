@@ -58,8 +58,10 @@ class ITreeModel {
 
  private:
     /// The threshold, or the categories that go left.
-    WString splitText(std::int32_t node, WString (*threshold)(double)) const;
-    WString conditionText(std::int32_t parent, bool isLeft) const;
+    WString splitText(const Engine::DT::Node& split) const;
+    WString categoriesText(std::int32_t feature, const std::vector<std::int32_t>& codes) const;
+    /// What one side of several splits by one feature, the last below the others, says of a record.
+    WString conditionText(const std::vector<std::int32_t>& splits, bool isLeft) const;
 
     StringVector categoricalFeaturesNames_;
     IntVector categoricalFeaturesOffsets_;

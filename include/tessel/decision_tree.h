@@ -148,16 +148,18 @@ class TESSEL_API TreeHandle : public CategoricalVariables::Retrievable {
     void prune(const DataFrame& features, const DataFrameColumn& target);
     void prune(const DataFrame& features, const DataFrame& target);
     /// Selects the tree that scores and reports. May be repeated with another type. MANUAL takes the number
-    /// of decision nodes of the estimator. @throws ConstraintViolation before `prune`, but for FULL_GROWN.
+    /// of decision nodes of the estimator. @throws ConstraintViolation for BEST_PRUNED and MIN_ERROR before
+    /// `prune`.
     void select(TreeType type);
-    /// Selects the largest pruned tree with at most so many decision nodes; 0 is the root alone.
-    /// @throws ConstraintViolation before `prune`.
+    /// Selects the largest pruned tree with at most so many decision nodes; 0 is the root alone. The sequence
+    /// of pruned trees comes from the training data, so this needs no `prune`. @throws ValueOutOfRange below
+    /// 0.
     void select(int numDecisionNodes);
 
     /// One rule a leaf: "IF petal_length <= 2.45 AND colour IN {red, blue} THEN setosa (50 records)". Of the
     /// conditions on one side of a feature only the narrowest is told. A missing cell fulfils <= and IN,
-    /// whatever the value. Thresholds have 7 digits, and always the first decimal; the report table "All Nodes
-    /// Info" has them exactly.
+    /// whatever the value. Thresholds have 7 digits, and always the first decimal; the report table "All
+    /// Nodes Info" has them exactly.
     /// @param numLevels  splits to follow from the root; where the tree goes deeper the node there answers.
     StringVector treeRules(int numLevels) const;
     /// The selected tree as indented text, down to `numLevels` levels of splits.

@@ -228,6 +228,9 @@ TEST(DecisionTree, PrunesWithValidationDataWhenATypeIsSet) {
     EXPECT_EQ(full.getPruningLog().getNumRows(), 0);
     const int numFull = numDecisionNodes(full.toDataFrameVector());
     EXPECT_THROW(full.select(TreeType::MIN_ERROR), ConstraintViolation);
+    full.select(1);
+    EXPECT_EQ(numDecisionNodes(full.toDataFrameVector()), 1);
+    EXPECT_EQ(full.getPruningLog().getNumRows(), 0);  // nothing has judged it
 
     auto best = fit(Classifier().setPrunedTreeType(TreeType::BEST_PRUNED));
     const int numBest = numDecisionNodes(best.toDataFrameVector());

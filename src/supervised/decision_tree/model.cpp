@@ -31,7 +31,9 @@ void IModel::prune(const DataFrame& features, const DataFrameColumn& target) {
 
 DataFrame IModel::pruningLog() const {
     DataFrame table(L"Pruning Log");
-    table.append(DataFrameColumn(L"Error Rate", Vector(tree_.pruningLog())));
+    Vector errors;  // trees selected by size alone were judged by nothing
+    if (isPruned()) errors = Vector(tree_.pruningLog());
+    table.append(DataFrameColumn(L"Error Rate", std::move(errors)));
     table.setRowNames(Util::generateNames(L"", 0, table.getNumRows()));
     return table;
 }
@@ -73,10 +75,11 @@ void IModel::prune(const DataFrame& features, const DataFrameColumn& target) {
 
 DataFrame IModel::pruningLog() const {
     Vector complexities, errors;
-    for (const auto& [complexity, validationError] : tree_.complexityLog()) {
-        complexities.push_back(complexity);
-        errors.push_back(validationError);
-    }
+    if (isPruned())
+        for (const auto& [complexity, validationError] : tree_.complexityLog()) {
+            complexities.push_back(complexity);
+            errors.push_back(validationError);
+        }
     DataFrame table(L"Pruning Log");
     table.append(DataFrameColumn(L"Cost Complexity", std::move(complexities)));
     table.append(DataFrameColumn(L"Validation MSE", std::move(errors)));

@@ -51,6 +51,8 @@ class ITreeModel {
     /// What a record that ends in this node is predicted to be.
     virtual WString responseText(std::int32_t node) const = 0;
 
+    /// Whether validation data have judged the pruned trees.
+    bool isPruned() const { return !engine().numValidationRecords().empty(); }
     /// Rows of the model summary.
     void describeTree(StringVector& labels, StringVector& values) const;
     /// The tables that both kinds have, in their order.

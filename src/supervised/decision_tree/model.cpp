@@ -39,10 +39,13 @@ DataFrame IModel::pruningLog() const {
 }
 
 void IModel::score(const std::vector<FeatureColumn>& columns, Posteriors& posteriors) const {
-    const std::size_t numClasses = posteriors.size(), numRows = posteriors.front().size();
-    const std::vector<double> byRow = tree_.posteriorProbability(cellsOf(columns), numRows);
-    for (std::size_t k = 0; k < numClasses; ++k)
-        for (std::size_t row = 0; row < numRows; ++row) posteriors[k][row] = byRow[row * numClasses + k];
+    const std::vector<std::int32_t> leaves = tree_.findNodes(cellsOf(columns), posteriors.front().size());
+    const Engine::DT::Tree& grown = tree_.tree();
+    for (std::size_t row = 0; row < leaves.size(); ++row) {
+        const double* classWeights = grown.classWeightsOf(leaves[row]);
+        const double weight = grown.nodes[static_cast<std::size_t>(leaves[row])].weight;
+        for (std::size_t k = 0; k < posteriors.size(); ++k) posteriors[k][row] = classWeights[k] / weight;
+    }
 }
 
 void IModel::adoptClassRule() {

@@ -53,6 +53,8 @@ void IWeightsAdmissible::validateWeights(int numRows) const {
                                 " rows, " + std::to_string(values.size()) + " weights.");
     const auto isPositive = [](double weight) { return weight > 0.0 && std::isfinite(weight); };
     if (!std::all_of(values.begin(), values.end(), isPositive)) throw NonPositiveWeights();
+    if (!std::isfinite(std::accumulate(values.begin(), values.end(), 0.0)))
+        throw ConstraintViolation(weights.getNarrowDescription(), "The sum of the weights must be finite.");
 }
 
 namespace CategoricalVariables {

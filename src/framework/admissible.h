@@ -26,7 +26,8 @@ class IWeightsAdmissible {
  public:
     Parameter<Vector> weights{L"weights", L"Observation weights"};
 
-    /// @throws IncompatibleSizes unless there are none or one per row, NonPositiveWeights
+    /// @throws IncompatibleSizes unless there are none or one per row, NonPositiveWeights,
+    /// ConstraintViolation when their sum overflows
     void validateWeights(int numRows) const;
 };
 

@@ -149,6 +149,8 @@ TEST(DecisionTree, ChecksItsParametersInOrderUnderTheirDisplayNames) {
         EXPECT_EQ(messageOf([&] { estimator.fit(fruit.features, fruit.label); }), c.message);
     }
     EXPECT_NO_THROW(Classifier().setMinNumRecordsInLeaves(6).fit(fruit.features, fruit.label));
+    EXPECT_THROW(Classifier().setWeights(Vector(6, 1e308)).fit(fruit.features, fruit.label),
+                 ConstraintViolation);
     EXPECT_THROW(Classifier().setWeights({1}).fit(fruit.features, fruit.label), IncompatibleSizes);
 }
 

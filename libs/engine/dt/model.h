@@ -67,8 +67,8 @@ struct Names {
 
 /// Layout of the text of a tree.
 struct TextLayout {
-    int numDigits = 7;         ///< significant digits of numbers, 1 .. 17
-    int indentation = 2;       ///< spaces a level; from level 40 on no more are added
+    int numDigits = 7;    ///< significant digits of numbers, 1 .. 17; more where the first decimal needs them
+    int indentation = 2;  ///< spaces a level; from level 40 on no more are added
     int numShareDecimals = 3;  ///< decimals of the share of the class
     int firstNumber = 1;       ///< number of the root
 };
@@ -76,6 +76,13 @@ struct TextLayout {
 /// What both kinds of trees do. Empty until fitted; a copy shares nothing.
 class Model {
  public:
+    Model() = default;
+    Model(const Model&) = default;
+    Model(Model&&) = default;
+    Model& operator=(const Model&) = default;
+    Model& operator=(Model&&) = default;
+    virtual ~Model() = default;
+
     void setLimits(const Limits& limits) { limits_ = limits; }
     const Limits& limits() const { return limits_; }
 
@@ -123,6 +130,9 @@ class Model {
     WString toString(int numLevels, const TextLayout& layout = {}, const Names& names = {}) const;
 
  protected:
+    /// The code of the class that a node answers with; classification only.
+    virtual std::int32_t labelOf(std::int32_t node) const;
+
     void adopt(Tree tree, std::size_t numFeatures);
     void checkCells(std::span<const Cells> features, std::size_t numRecords) const;
     /// The sequence of pruned trees judged by the validation error that each node would have as a leaf.
@@ -177,6 +187,9 @@ class ClassificationModel : public Model {
     std::vector<double> posteriorProbability(std::span<const Cells> features, std::size_t numRecords) const;
     /// Validation error rate of each pruned tree.
     std::vector<double> pruningLog() const;
+
+ protected:
+    std::int32_t labelOf(std::int32_t node) const override { return classOf(node); }
 
  private:
     void alterWeights(Records& records) const;

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 
 #include "engine/dt/model.h"
 
@@ -19,6 +20,14 @@ WString numberText(double number, std::chars_format format, int precision) {
     return widen(buffer.data(), end.ptr);
 }
 
+/// So many significant digits, but always the first decimal: days such as 20230115.5 are told apart.
+WString numberText(double number, const TextLayout& layout) {
+    const double magnitude = std::abs(number);
+    const int numWholeDigits = magnitude < 1.0 ? 1 : static_cast<int>(std::log10(magnitude)) + 1;
+    const int numDigits = std::clamp(numWholeDigits + 1, std::clamp(layout.numDigits, 1, 17), 17);
+    return numberText(number, std::chars_format::general, numDigits);
+}
+
 WString integerText(std::int64_t number) {
     std::array<char, 24> buffer{};
     return widen(buffer.data(), std::to_chars(buffer.data(), buffer.data() + buffer.size(), number).ptr);
@@ -34,8 +43,7 @@ WString conditionText(const Tree& tree, const Node& parent, bool isLeft, const T
                       const Names& names) {
     const WString feature = nameOr(names.features, parent.feature, L"Feature ");
     if (parent.categorySet < 0)
-        return feature + (isLeft ? L" <= " : L" > ") +
-               numberText(parent.threshold, std::chars_format::general, std::max(1, layout.numDigits));
+        return feature + (isLeft ? L" <= " : L" > ") + numberText(parent.threshold, layout);
     static const std::vector<WString> kNoNames;
     const auto index = static_cast<std::size_t>(parent.feature);
     const std::vector<WString>& categories =
@@ -50,11 +58,10 @@ WString conditionText(const Tree& tree, const Node& parent, bool isLeft, const T
     return text + L"}";
 }
 
-WString responseText(const Tree& tree, std::int32_t position, const TextLayout& layout, const Names& names) {
+/// @param code  the class that the node answers with
+WString classText(const Tree& tree, std::int32_t position, std::int32_t code, const TextLayout& layout,
+                  const Names& names) {
     const Node& node = tree.nodes[static_cast<std::size_t>(position)];
-    if (tree.numClasses == 0)
-        return numberText(node.response, std::chars_format::general, std::max(1, layout.numDigits));
-    const auto code = static_cast<std::int32_t>(node.response);
     return nameOr(names.classes, code, L"Class ") + L" (" +
            numberText(tree.classWeightsOf(position)[code] / node.weight, std::chars_format::fixed,
                       layout.numShareDecimals) +
@@ -62,6 +69,10 @@ WString responseText(const Tree& tree, std::int32_t position, const TextLayout& 
 }
 
 }  // namespace
+
+std::int32_t Model::labelOf(std::int32_t node) const {
+    return static_cast<std::int32_t>(tree_.nodes[static_cast<std::size_t>(node)].response);
+}
 
 WString Model::toString(int numLevels, const TextLayout& layout, const Names& names) const {
     if (!isFitted()) return {};
@@ -84,8 +95,9 @@ WString Model::toString(int numLevels, const TextLayout& layout, const Names& na
             const Node& parent = tree_.nodes[static_cast<std::size_t>(node.parent)];
             text += conditionText(tree_, parent, parent.left == position, layout, names);
         }
-        text +=
-            L"  n = " + integerText(node.numRecords) + L"  " + responseText(tree_, position, layout, names);
+        text += L"  n = " + integerText(node.numRecords) + L"  ";
+        text += tree_.numClasses == 0 ? numberText(node.response, layout)
+                                      : classText(tree_, position, labelOf(position), layout, names);
         text += isLeaf(position) ? L" *\n" : L"\n";
         if (isLeaf(position) || level >= numLevels) continue;
         stack.push_back({node.right(), level + 1});

@@ -188,8 +188,8 @@ StringVector ITreeModel::treeRules(int numLevels) const {
         for (std::size_t i = 0; i < path.size(); ++i)
             rule += (i == 0 ? L"IF " : L" AND ") + conditionText(path[i].splits, path[i].isLeft);
         if (!rule.empty()) rule += L" THEN ";
-        rules.push_back(rule + responseText(position) + L" (" +
-                        Convert::toString(node.numRecords) + L" records)");
+        rules.push_back(rule + responseText(position) + L" (" + Convert::toString(node.numRecords) +
+                        L" records)");
     }
     return rules;
 }

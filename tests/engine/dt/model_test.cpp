@@ -154,6 +154,10 @@ TEST(TreeModel, TextOfATree) {
     EXPECT_EQ(model.toString(0, {.numDigits = 3, .indentation = 1, .numShareDecimals = 0, .firstNumber = 0}),
               L"0) root  n = 4  Class 0 (1)\n");
     EXPECT_EQ(DT::RegressionModel().toString(3), L"");
+    DT::ClassificationModel cautious = model;  // the text tells the class that is predicted
+    cautious.setSuccessClass(1);
+    cautious.setSuccessProbabilityCutoff(0.25);
+    EXPECT_EQ(cautious.toString(0, {}, names), L"1) root  n = 4  ill (0.250)\n");
     DT::RegressionModel regression;
     regression.fit(table.data(), std::vector<double>{0.5, 2, 0.5, 2});
     EXPECT_EQ(regression.toString(1, {.numDigits = 2, .indentation = 4}, names),

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <numeric>
 
+#include <tessel/data/convert.h>
 #include <tessel/framework/errors.h>
 
 namespace Tessel {
@@ -43,6 +44,10 @@ std::optional<PriorProbs> ParameterType<PriorProbs>::fromJSON(const web::json::v
         priors[JSON::fromNative(label)] = *prior;
     }
     return priors;
+}
+
+WString WeightsParameter::valueText(const Vector& weights) const {
+    return weights.empty() ? WString() : Convert::toString(weights.size()) + L" weights";
 }
 
 void IWeightsAdmissible::validateWeights(int numRows) const {

@@ -21,10 +21,20 @@ struct ParameterType<PriorProbs> {
     static std::optional<PriorProbs> fromJSON(const web::json::value& json);
 };
 
+/// Observation weights. Tables tell how many there are, `Ladon` text holds all of them.
+class WeightsParameter : public Parameter<Vector> {
+ public:
+    using Parameter::Parameter;
+
+ protected:
+    WString typeWord() const override { return L"Weights"; }
+    WString valueText(const Vector& weights) const override;
+};
+
 /// Holds observation weights.
 class IWeightsAdmissible {
  public:
-    Parameter<Vector> weights{L"weights", L"Observation weights"};
+    WeightsParameter weights{L"weights", L"Observation weights"};
 
     /// @throws IncompatibleSizes unless there are none or one per row, NonPositiveWeights,
     /// ConstraintViolation when their sum overflows

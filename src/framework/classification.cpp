@@ -99,7 +99,7 @@ DataFrame IModelable::predictWithPosterior(const DataFrame& features) const {
 
 void IModelable::describe(StringVector& labels, StringVector& values) const {
     labels.push_back(L"#Classes");
-    values.push_back(Convert::toString(static_cast<int>(classSchema.classes.size())));
+    values.push_back(Convert::toString(classSchema.classes.size()));
     if (classSchema.successClass.empty()) return;
     labels.append(StringVector{L"Success class", L"Success probability"});
     values.append(StringVector{classSchema.successClass, Convert::toString(classSchema.successProbability)});

@@ -15,8 +15,6 @@ DataFrame summaryTable(const WString& title, const StringVector& labels, const S
     return table;
 }
 
-WString count(std::ptrdiff_t number) { return Convert::toString(static_cast<int>(number)); }
-
 }  // namespace
 
 DataFrameVector IModelable::toDataFrameVector() const {
@@ -31,8 +29,8 @@ DataFrameVector IModelable::toDataFrameVector() const {
         std::count_if(schema.features.begin(), schema.features.end(),
                       [](const FeatureSchema& feature) { return feature.isCategorical; });
     labels = {L"#Training records", L"#Features", L"#Categorical features", L"Target"};
-    values = {count(schema.numRows), count(std::ssize(schema.features)), count(numCategorical),
-              schema.targetName};
+    values = {Convert::toString(schema.numRows), Convert::toString(schema.features.size()),
+              Convert::toString(numCategorical), schema.targetName};
     describeTraining(labels, values);
     tables.push_back(summaryTable(L"Training Summary", labels, values));
     return tables;

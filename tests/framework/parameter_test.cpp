@@ -159,6 +159,7 @@ TEST(Admissible, ChecksWeightsAndCategoricalFeatures) {
     IWeightsAdmissible weighted;
     EXPECT_NO_THROW(weighted.validateWeights(3));
     weighted.weights.set({1.0, 2.0});
+    EXPECT_EQ(weighted.weights.describe().second, (StringVector{L"2 weights", L"", L"Weights", L""}));
     EXPECT_NO_THROW(weighted.validateWeights(2));
     EXPECT_THROW(weighted.validateWeights(3), IncompatibleSizes);
     for (const double bad : {0.0, -1.0, std::nan(""), kInfinity}) {

@@ -156,8 +156,8 @@ class TESSEL_API TreeHandle : public CategoricalVariables::Retrievable {
     /// 0.
     void select(int numDecisionNodes);
 
-    /// One rule a leaf: "IF petal_length <= 2.45 AND colour IN {red, blue} THEN setosa (50 records)". Of the
-    /// conditions on one side of a feature only the narrowest is told. A missing cell fulfils <= and IN,
+    /// One rule a leaf: "IF petal_length < 2.45 AND colour IN {red, blue} THEN setosa (50 records)". Of the
+    /// conditions on one side of a feature only the narrowest is told. A missing cell fulfils < and IN,
     /// whatever the value. Thresholds have 7 digits, and always the first decimal; the report table "All
     /// Nodes Info" has them exactly.
     /// @param numLevels  splits to follow from the root; where the tree goes deeper the node there answers.

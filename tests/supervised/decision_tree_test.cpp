@@ -30,9 +30,9 @@ std::string messageOf(const std::function<void()>& action) {
 
 Vector column(const DataFrame& table, int position) { return table(Util::all, position).toDoubleVector(); }
 
-/// Six records; by hand: size <= 2.5 is small, of the others red ones are big and blue ones are huge.
+/// Six records; by hand: size < 2.5 is small, of the others red ones are big and blue ones are huge.
 ///
-///               size <= 2.5
+///               size < 2.5
 ///              /           |
 ///           small    colour in {red}
 ///                      /        |
@@ -52,9 +52,9 @@ TEST(DecisionTree, FindsTheTreeThatIsPlainToSee) {
     const Fruit fruit;
     const auto model = Classifier().fit(fruit.features, fruit.label);
     EXPECT_EQ(model.treeRules(9),
-              (StringVector{L"IF size <= 2.5 THEN small (2 records)",
-                            L"IF size > 2.5 AND colour IN {red} THEN big (2 records)",
-                            L"IF size > 2.5 AND colour NOT IN {red} THEN huge (2 records)"}));
+              (StringVector{L"IF size < 2.5 THEN small (2 records)",
+                            L"IF size >= 2.5 AND colour IN {red} THEN big (2 records)",
+                            L"IF size >= 2.5 AND colour NOT IN {red} THEN huge (2 records)"}));
     EXPECT_EQ(model.treeRules(0).size(), 1u);
     EXPECT_EQ(model.predict(fruit.features)(Util::all, 0).toStringVector(), fruit.label.toStringVector());
     EXPECT_EQ(model.getModelName(), L"Classification Tree");
@@ -74,10 +74,10 @@ TEST(DecisionTree, RulesTellTheNarrowestConditionsOnly) {
     groups.append(DataFrameColumn(L"group", StringVector{L"a", L"b", L"c", L"d"}));
     const DataFrameColumn target(L"y", Vector{1, 10, 100, 1000});
     EXPECT_EQ(Regressor().fit(days, target).treeRules(9),
-              (StringVector{L"IF day <= 20230114.5 THEN 1 (1 records)",
-                            L"IF day <= 20230115.5 AND day > 20230114.5 THEN 10 (1 records)",
-                            L"IF day <= 20230116.5 AND day > 20230115.5 THEN 100 (1 records)",
-                            L"IF day > 20230116.5 THEN 1000 (1 records)"}));
+              (StringVector{L"IF day < 20230114.5 THEN 1 (1 records)",
+                            L"IF day < 20230115.5 AND day >= 20230114.5 THEN 10 (1 records)",
+                            L"IF day < 20230116.5 AND day >= 20230115.5 THEN 100 (1 records)",
+                            L"IF day >= 20230116.5 THEN 1000 (1 records)"}));
     EXPECT_EQ(Regressor().fit(groups, target).treeRules(9),
               (StringVector{L"IF group IN {a} THEN 1 (1 records)",
                             L"IF group IN {a, b} AND group NOT IN {a} THEN 10 (1 records)",

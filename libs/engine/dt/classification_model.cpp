@@ -58,7 +58,9 @@ void ClassificationModel::fit(const TrainingData& data, std::span<const std::int
     for (const std::uint32_t row : prepared.tableRows)
         prepared.records.classes.push_back(static_cast<std::uint16_t>(classes[row]));
     alterWeights(prepared.records);
-    adopt(grow(data, prepared, limits_), data.features.size());
+    Tree grown = grow(data, prepared, limits_);
+    sumClassWeights(grown);
+    adopt(std::move(grown), data.features.size());
 }
 
 void ClassificationModel::prune(std::span<const Cells> features, std::span<const std::int32_t> classes) {

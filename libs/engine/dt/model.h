@@ -17,7 +17,7 @@
 //
 // Splits. The best split of a node is the exact best one over all features and places: greatest decrease of
 // Gini's index (records weighted, priors altered as below) or of the sum of squares.
-// - A number is compared with the midpoint of neighbouring distinct values of the node; up to it goes left.
+// - A number is compared with the midpoint of neighbouring distinct values of the node; smaller ones go left.
 // - Categories of a node go left by subset. Two classes and regression: the best subset, found among the
 //   prefixes of the categories in the order of their mean response (Breiman, Friedman, Olshen & Stone,
 //   Classification and Regression Trees, 1984, theorem 4.5); where a prefix leaves too few records in a leaf,

@@ -31,7 +31,7 @@ Scorer::Scorer(const Tree& tree, const std::vector<std::uint8_t>& isCut) {
     for (std::size_t i = 0; i < treeNodes_.size(); ++i) {
         if (isEnd(treeNodes_[i])) {
             nodes_.push_back(
-                {std::numeric_limits<double>::infinity(), numericFeature, static_cast<std::int32_t>(i)});
+                {std::numeric_limits<double>::quiet_NaN(), numericFeature, static_cast<std::int32_t>(i)});
             continue;
         }
         const Node& node = tree.nodes[static_cast<std::size_t>(treeNodes_[i])];
@@ -71,9 +71,9 @@ void Scorer::descend(std::span<const Cells> features, std::size_t first, std::in
                 const PackedSet& set = sets_[static_cast<std::size_t>(-1 - node.feature)];
                 isRight = goesRight(set, features[static_cast<std::size_t>(set.feature)].codes[first + i]);
             } else {
-                // A comparison with NaN is false: missing cells go left.
+                // A comparison with NaN is false: missing cells go left, and nothing leaves an end.
                 isRight =
-                    features[static_cast<std::size_t>(node.feature)].numbers[first + i] > node.threshold;
+                    features[static_cast<std::size_t>(node.feature)].numbers[first + i] >= node.threshold;
             }
             const std::int32_t next = node.left + isRight;
             moves |= next ^ at[i];

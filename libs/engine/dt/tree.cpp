@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 #include <utility>
 
 #include <tessel/data/errors.h>
@@ -91,6 +92,14 @@ void connect(Tree& tree, int numFeatures) {
     for (std::size_t i = 0; i < numNodes; ++i) tree.nodes[i].parent = parents[i];
 }
 
+void sumClassWeights(Tree& tree) {
+    if (tree.numClasses == 0) return;
+    for (std::size_t i = 0; i < tree.nodes.size(); ++i) {
+        const double* const weights = tree.classWeightsOf(static_cast<std::int32_t>(i));
+        tree.nodes[i].weight = std::accumulate(weights, weights + tree.numClasses, 0.0);
+    }
+}
+
 std::vector<double> errorBySplit(const Tree& tree) {
     // Nodes by number would not do for ties: they are numbered by level, while here they are made in pairs.
     struct Open {
@@ -127,7 +136,7 @@ std::vector<double> errorBySplit(const Tree& tree) {
 
 double thresholdBetween(double lower, double upper) {
     const double middle = lower / 2.0 + upper / 2.0;
-    return lower <= middle && middle < upper ? middle : lower;
+    return lower < middle && middle <= upper ? middle : upper;
 }
 
 }  // namespace Tessel::Engine::DT

@@ -26,7 +26,7 @@ struct Node {
     std::int32_t left = -1;         ///< -1 in a leaf
     std::int32_t feature = -1;      ///< the feature of the split; -1 in a leaf
     std::int32_t categorySet = -1;  ///< split by categories: position in `Tree::categorySets`, else -1
-    double threshold = 0.0;         ///< split by a number: values up to it go left
+    double threshold = 0.0;         ///< split by a number: smaller values go left
     double gain = 0.0;              ///< decrease of impurity by the split
     double weight = 0.0;            ///< sum of the weights of the training records, altered by priors
     double impurity = 0.0;          ///< `weight` times Gini's index; sum of squares about the mean
@@ -63,12 +63,16 @@ void graft(Tree& tree, std::int32_t leaf, Tree& subtree);
 ///         features below `numFeatures`, sets of ascending codes >= 0, weights above 0, a weight per class.
 void connect(Tree& tree, int numFeatures);
 
+/// Makes the weight of each node the sum of its class weights in the order of the classes: a text that stores
+/// only these restores posteriors bit for bit. Nothing in regression trees.
+void sumClassWeights(Tree& tree);
+
 /// Error of the growing tree per unit of weight: of the root alone, then after each split in the order of
 /// greatest gain first among the nodes that are open (ties: the node made first).
 std::vector<double> errorBySplit(const Tree& tree);
 
-/// The midpoint of two neighbouring values, or the lower one where no double lies between them so that
-/// lower <= threshold < upper always holds.
+/// The midpoint of two neighbouring values, or the upper one where no double lies between them, so that
+/// lower < threshold <= upper always holds.
 double thresholdBetween(double lower, double upper);
 
 }  // namespace Tessel::Engine::DT

@@ -43,7 +43,7 @@ WString conditionText(const Tree& tree, const Node& parent, bool isLeft, const T
                       const Names& names) {
     const WString feature = nameOr(names.features, parent.feature, L"Feature ");
     if (parent.categorySet < 0)
-        return feature + (isLeft ? L" <= " : L" > ") + numberText(parent.threshold, layout);
+        return feature + (isLeft ? L" < " : L" >= ") + numberText(parent.threshold, layout);
     static const std::vector<WString> kNoNames;
     const auto index = static_cast<std::size_t>(parent.feature);
     const std::vector<WString>& categories =

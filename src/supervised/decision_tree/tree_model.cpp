@@ -144,7 +144,7 @@ WString ITreeModel::conditionText(const std::vector<std::int32_t>& splits, bool 
     const Tree& tree = engine().tree();
     const Node& last = nodeAt(tree, splits.back());
     const WString& feature = fittedSchema().features[static_cast<std::size_t>(last.feature)].name;
-    if (last.categorySet < 0) return feature + (isLeft ? L" <= " : L" > ") + readable(last.threshold);
+    if (last.categorySet < 0) return feature + (isLeft ? L" < " : L" >= ") + readable(last.threshold);
     if (isLeft) return feature + L" IN " + categoriesText(last.feature, categorySetOf(tree, last));
     std::vector<std::int32_t> excluded;
     for (const std::int32_t split : splits) {

@@ -19,7 +19,7 @@ DT::Cells numbers(const std::vector<double>& values) { return {.numbers = values
 DT::Cells codes(const std::vector<std::int32_t>& values) { return {.numbers = {}, .codes = values}; }
 
 TEST(TreeModel, MissingGoesLeftAndUnseenGoesRight) {
-    // number <= 2.5 or missing
+    // number < 2.5 or missing
     //   yes: 1.0 (3 records)
     //   no:  category in {1} or missing
     //          yes: 5.0 (2 records)
@@ -34,7 +34,7 @@ TEST(TreeModel, MissingGoesLeftAndUnseenGoesRight) {
     EXPECT_EQ(model.tree().categorySets, (std::vector<std::vector<std::int32_t>>{{1}}));
 
     // The category 0 did not occur in the second node, 4 and 5 not in training, 6 and -7 are no codes.
-    const std::vector<double> number{2.5, 2.6, kNan, 9, 9, 9, 9, 9, 9, 9};
+    const std::vector<double> number{2.4, 2.5, kNan, 9, 9, 9, 9, 9, 9, 9};
     const std::vector<std::int32_t> category{3, 1, 3, -1, 0, 4, 6, 1000, -7, 2};
     const std::vector<DT::Cells> cells{numbers(number), codes(category)};
     EXPECT_EQ(model.predict(cells, number.size()), (std::vector<double>{1, 5, 1, 5, 9, 9, 9, 9, 9, 9}));
@@ -57,7 +57,7 @@ TEST(TreeModel, ThresholdLiesBetweenItsNeighbours) {
         DT::RegressionModel model;
         model.fit(table.data(), std::vector<double>{1, 2});
         const double threshold = model.tree().nodes[0].threshold;
-        EXPECT_TRUE(lower <= threshold && threshold < upper) << lower << ' ' << upper;
+        EXPECT_TRUE(lower < threshold && threshold <= upper) << lower << ' ' << upper;
         EXPECT_EQ(model.predict(table.cells(), 2), (std::vector<double>{1, 2}));
     }
     EXPECT_EQ(DT::thresholdBetween(-1.0, 3.0), 1.0);
@@ -149,8 +149,8 @@ TEST(TreeModel, TextOfATree) {
     const DT::Names names{{L"Dose", L"Sex"}, {{}, {L"f", L"m"}}, {L"well", L"ill"}};
     EXPECT_EQ(model.toString(5, {}, names),
               L"1) root  n = 4  well (0.750)\n"
-              L"  2) Dose <= 3.5  n = 3  well (1.000) *\n"
-              L"  3) Dose > 3.5  n = 1  ill (1.000) *\n");
+              L"  2) Dose < 3.5  n = 3  well (1.000) *\n"
+              L"  3) Dose >= 3.5  n = 1  ill (1.000) *\n");
     EXPECT_EQ(model.toString(0, {.numDigits = 3, .indentation = 1, .numShareDecimals = 0, .firstNumber = 0}),
               L"0) root  n = 4  Class 0 (1)\n");
     EXPECT_EQ(DT::RegressionModel().toString(3), L"");

@@ -242,10 +242,15 @@ class Document {
     }
     Node* allocateCount(WStringView name, std::int32_t count);
     void appendCount(Node* node, WStringView name, std::int32_t count);
+    /// The text in the document's memory, ended by a zero.
     const wchar_t* copied(WStringView text);
-    Node* allocateDerivedField(WStringView name);
+    void copyNode(const Node& from, Node& to);
+    Node* allocateDataFieldNode(WStringView name, WStringView optype, WStringView dataType);
+    Node* allocateDerivedFieldNode(WStringView name);
     Node* allocateArray(WStringView text, std::size_t size, WStringView type);
-    WString modelAttribute(WStringView name) const;
+    WString getModelAttribute(WStringView name) const;
+    /// An attribute of each field of the data dictionary but the one named `except`.
+    StringVector getFieldAttributes(WStringView attribute, const WString* except) const;
     static void getMinigFields(const Node* miningSchema, StringVector* names, WString* target);
 
     std::unique_ptr<Content> content_;

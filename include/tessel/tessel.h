@@ -22,7 +22,9 @@
 #include <tessel/framework/errors.h>
 #include <tessel/framework/estimator.h>
 #include <tessel/framework/fitable.h>
+#include <tessel/framework/json_model.h>
 #include <tessel/framework/ladon.h>
+#include <tessel/framework/pmml.h>
 #include <tessel/framework/regressor.h>
 #include <tessel/framework/supervised.h>
 #include <tessel/framework/supervised_model.h>

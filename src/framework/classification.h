@@ -46,7 +46,13 @@ class IModelable : public Supervised::IModelable {
     /// Fills `posteriors`, which has its size, for rows whose columns stand in the order of the schema.
     virtual void score(const std::vector<FeatureColumn>& columns, Posteriors& posteriors) const = 0;
 
-    /// Called after success class or cut-off changed, for engines that choose classes themselves.
+    void writeTarget(PMML::ModelWriter& writer) const override;
+    void readTarget(const PMML::ModelReader& reader) override;
+    void writeTarget(web::json::value& model) const override;
+    void readTarget(const JSON::Members& model) override;
+    StringVector targetCategories() const override { return classSchema.classes; }
+
+    /// Called after classes, success class or cut-off changed, for engines that choose classes themselves.
     virtual void adoptClassRule() {}
 
     void describe(StringVector& labels, StringVector& values) const override;
@@ -54,6 +60,8 @@ class IModelable : public Supervised::IModelable {
     void describeTraining(StringVector& labels, StringVector& values) const override;
 
  private:
+    /// Checks of classes that were read. @throws TooFewClassLabels, DuplicateName and what `validate` throws.
+    void requireClasses() const;
     Posteriors posteriors(const DataFrame& features) const;
     DataFrame predictionTable(const DataFrame& features, const Posteriors& posteriors) const;
     DataFrame posteriorTable(const DataFrame& features, Posteriors posteriors) const;

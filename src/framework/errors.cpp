@@ -75,7 +75,13 @@ CategoryReductionIllegalCategories::CategoryReductionIllegalCategories()
 CategoryReductionIllegalCategories::~CategoryReductionIllegalCategories() = default;
 
 UnsupportedPMMLFormat::UnsupportedPMMLFormat() : Exception("Unsupported or Invalid PMML format.", 227) {}
+UnsupportedPMMLFormat::UnsupportedPMMLFormat(const std::string& reason)
+    : Exception("Unsupported or Invalid PMML format. " + reason, 227) {}
 UnsupportedPMMLFormat::~UnsupportedPMMLFormat() = default;
+
+MalformedPMML::MalformedPMML(const std::string& reason)
+    : UnsupportedPMMLFormat("The text is no well-formed XML: " + reason + ".") {}
+MalformedPMML::~MalformedPMML() = default;
 
 ClusterNotResponding::ClusterNotResponding()
     : Exception(
@@ -116,6 +122,8 @@ NoSuchPartition::NoSuchPartition(const std::string& name)
 NoSuchPartition::~NoSuchPartition() = default;
 
 UnsupportedJSONModel::UnsupportedJSONModel() : Exception("Unsupported or Invalid JSON model.", 239) {}
+UnsupportedJSONModel::UnsupportedJSONModel(const std::string& reason)
+    : Exception("Unsupported or Invalid JSON model. " + reason, 239) {}
 UnsupportedJSONModel::~UnsupportedJSONModel() = default;
 
 UnableToCreateWeakLearner::UnableToCreateWeakLearner() : Exception("Unable to create a weak learner.", 244) {}

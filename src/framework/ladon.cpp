@@ -1,9 +1,4 @@
-#include <tessel/data/convert.h>
-#include <tessel/data/util/tables.h>
-#include <tessel/framework/errors.h>
 #include <tessel/framework/ladon.h>
-
-#include "data/files.h"
 
 namespace Tessel::Ladon {
 
@@ -89,19 +84,5 @@ const WString TEXT_MINING = L"textMining";
 const WString CLUSTERING = L"clustering";
 const WString TIME_SERIES = L"timeSeries";
 }  // namespace TaskKind
-
-Exportable::~Exportable() = default;
-void Exportable::toLadon(const WString& path) const { Files::writeBytes(path, Convert::toUtf8(toLadon())); }
-
-Importable::~Importable() = default;
-void Importable::fromLadonFile(const WString& path) {
-    WString text;
-    try {
-        text = Util::readFile(path);
-    } catch (const InvalidEncoding&) {
-        throw UnsupportedJSONModel();
-    }
-    fromLadonString(text);
-}
 
 }  // namespace Tessel::Ladon

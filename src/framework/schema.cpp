@@ -79,10 +79,28 @@ StringVector FittedSchema::featureNames() const {
     return names;
 }
 
+const Rescaling* InputScaling::find(const WString& column) const {
+    const auto found = columns_.find(column);
+    return found == columns_.end() ? nullptr : &found->second;
+}
+
+const Rescaling& InputScaling::at(const WString& column) const {
+    const Rescaling* const rescaling = find(column);
+    if (!rescaling) throw NotAValidColName("Scaled columns", Convert::toUtf8Lossy(column));
+    return *rescaling;
+}
+
 FeatureColumn FeatureColumn::numeric(std::shared_ptr<ColumnCells> cells) {
     FeatureColumn column;
     column.cells_ = std::move(cells);
     return column;
+}
+
+FeatureColumn FeatureColumn::numeric(const std::shared_ptr<ColumnCells>& cells, const Rescaling& rescaling) {
+    const std::span<const double> numbers = cells->numbers();
+    std::vector<double> scaled(numbers.size());
+    std::transform(numbers.begin(), numbers.end(), scaled.begin(), rescaling);
+    return numeric(ColumnCells::ofNumbers(std::move(scaled)));
 }
 
 FeatureColumn FeatureColumn::categorical(std::shared_ptr<ColumnCells> cells, const Dictionary& categories) {
@@ -161,8 +179,10 @@ std::vector<FeatureColumn> readFeatures(const FittedSchema& schema, const DataFr
         if (feature.isCategorical) {
             columns.push_back(FeatureColumn::categorical(cells, *feature.categories));
         } else {
-            columns.push_back(
-                FeatureColumn::numeric(cells->isNumeric() ? cells : numbersOf(feature.name, *cells)));
+            const auto numbers = cells->isNumeric() ? cells : numbersOf(feature.name, *cells);
+            const Rescaling* const rescaling = schema.scaling.find(feature.name);
+            columns.push_back(rescaling ? FeatureColumn::numeric(numbers, *rescaling)
+                                        : FeatureColumn::numeric(numbers));
         }
     }
     return columns;

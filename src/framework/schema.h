@@ -3,9 +3,11 @@
 #include <cstdint>
 #include <memory>
 #include <span>
+#include <unordered_map>
 #include <vector>
 
 #include <tessel/data/data_frame.h>
+#include <tessel/framework/pmml.h>
 
 #include "data/column_cells.h"
 #include "data/row_names.h"
@@ -23,6 +25,31 @@ struct FeatureSchema {
     std::int32_t numCategories() const { return categories ? categories->size() : 0; }
 };
 
+/// The map x -> (x - shift) * scale.
+struct Rescaling {
+    double shift = 0.0;
+    double scale = 1.0;
+    double operator()(double value) const { return (value - shift) * scale; }
+};
+
+/// The scaling that belongs to a model: its columns by name.
+class InputScaling : public PMML::ColumnScaling {
+ public:
+    bool isScaled(const WString& column) const override { return find(column) != nullptr; }
+    double getShift(const WString& column) const override { return at(column).shift; }
+    double getScale(const WString& column) const override { return at(column).scale; }
+
+    bool isEmpty() const { return columns_.empty(); }
+    void add(const WString& column, const Rescaling& rescaling) { columns_[column] = rescaling; }
+    /// Null when the column is not scaled.
+    const Rescaling* find(const WString& column) const;
+
+ private:
+    const Rescaling& at(const WString& column) const;
+
+    std::unordered_map<WString, Rescaling> columns_;
+};
+
 /// What every supervised model remembers of its training data.
 struct FittedSchema {
     std::vector<FeatureSchema> features;
@@ -30,6 +57,7 @@ struct FittedSchema {
     WString targetName;
     RowNames::Pointer rowNames;
     int numRows = 0;
+    InputScaling scaling;  // numeric features only; of models that were read from a text
 
     StringVector featureNames() const;
     StringVector trainingRowNames() const { return RowNames::all(rowNames, numRows); }
@@ -42,6 +70,8 @@ class FeatureColumn {
  public:
     /// @pre the cells are numeric.
     static FeatureColumn numeric(std::shared_ptr<ColumnCells> cells);
+    /// The same after a change of scale, which copies the cells.
+    static FeatureColumn numeric(const std::shared_ptr<ColumnCells>& cells, const Rescaling& rescaling);
     /// Cells of either type; numbers are matched by their text.
     static FeatureColumn categorical(std::shared_ptr<ColumnCells> cells, const Dictionary& categories);
 

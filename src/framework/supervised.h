@@ -3,6 +3,7 @@
 #include <tessel/data/data_frame_vector.h>
 
 #include "framework/estimatable.h"
+#include "framework/portable.h"
 #include "framework/schema.h"
 
 // The implementations that classifiers and regressors have in common.
@@ -10,12 +11,18 @@
 namespace Tessel::Supervised {
 
 /// The implementation of any fitted supervised model: what it remembers of its training data, and its report.
-class IModelable : public IIdentifiable {
+class IModelable : public IPortableModel {
  public:
     /// @param modelName  the kind of model, such as "Naive Bayes".
-    explicit IModelable(const WString& modelName) : IIdentifiable(modelName) { setModelName(modelName); }
+    explicit IModelable(const WString& modelName) : IPortableModel(modelName) { setModelName(modelName); }
 
     FittedSchema schema;
+    /// A new model of the same family without anything in it, to be read from a text.
+    virtual std::shared_ptr<IModelable> blank() const = 0;
+
+    web::json::value toJSONValue() const override;
+    void readJSONValue(const web::json::value& value) override;
+
 
     /// The model summary, the family's tables, the training summary.
     DataFrameVector toDataFrameVector() const;
@@ -27,6 +34,27 @@ class IModelable : public IIdentifiable {
     virtual void report(DataFrameVector& tables) const = 0;
     /// Adds rows of the training summary.
     virtual void describeTraining(StringVector& /*labels*/, StringVector& /*values*/) const {}
+
+    // Texts: what a kind says of its target, and what the family has learned. PMML first, then JSON.
+    /// `Output` and `Targets`.
+    virtual void writeTarget(PMML::ModelWriter& writer) const;
+    virtual void readTarget(const PMML::ModelReader& reader);
+    virtual void writeTarget(web::json::value& model) const;
+    virtual void readTarget(const JSON::Members& model);
+    /// Attributes of the model element behind the common ones.
+    virtual void writeAttributes(PMML::ModelWriter& /*writer*/) const {}
+    virtual void writeBody(PMML::ModelWriter& writer) const = 0;
+    virtual void readBody(const PMML::ModelReader& reader) = 0;
+    virtual void writeBody(web::json::value& model) const = 0;
+    virtual void readBody(const JSON::Members& model) = 0;
+
+    void writeDataDictionary(PMML::ModelWriter& writer) const override;
+    void writeElement(PMML::ModelWriter& writer) const override;
+    void readElement(PMML::ModelReader& reader) override;
+    /// The target's categories in the data dictionary; none for a continuous one.
+    virtual StringVector targetCategories() const { return {}; }
+    /// Trees and ensembles put the scaling of inputs in front of the mining schema, others behind it.
+    virtual bool writesTransformationsFirst() const { return false; }
 };
 
 /// The implementation of any supervised estimator.

@@ -51,12 +51,52 @@ StringVector SupervisedModel<Interface>::getRowNames() const {
 }
 
 template <class Interface>
+const PMML::ColumnScaling& SupervisedModel<Interface>::getInputScaling() const {
+    return implementation_->schema.scaling;
+}
+
+template <class Interface>
 DataFrameVector SupervisedModel<Interface>::toDataFrameVector() const {
     return implementation_->toDataFrameVector();
 }
 template <class Interface>
 WString SupervisedModel<Interface>::toString() const {
     return toDataFrameVector().toString();
+}
+
+template <class Interface>
+WString SupervisedModel<Interface>::toJSON() const {
+    return implementation_->toJSON();
+}
+template <class Interface>
+WString SupervisedModel<Interface>::toPMML() const {
+    return implementation_->toPMML(nullptr);
+}
+template <class Interface>
+WString SupervisedModel<Interface>::toPMML(const PMML::ColumnScaling& scaler) const {
+    return implementation_->toPMML(&scaler);
+}
+template <class Interface>
+WString SupervisedModel<Interface>::toLadon() const {
+    return implementation_->toLadon();
+}
+template <class Interface>
+void SupervisedModel<Interface>::fromJSONString(const WString& text) {
+    const auto read = implementation_->blank();
+    read->fromJSONString(text);
+    implementation_ = read;
+}
+template <class Interface>
+void SupervisedModel<Interface>::fromPMMLString(const WString& text) {
+    const auto read = implementation_->blank();
+    read->fromPMMLString(text);
+    implementation_ = read;
+}
+template <class Interface>
+void SupervisedModel<Interface>::fromLadonString(const WString& text) {
+    const auto read = implementation_->blank();
+    read->fromLadonString(text);
+    implementation_ = read;
 }
 
 template class SupervisedModel<Supervised::Classification::Modelable>;

@@ -67,7 +67,7 @@ class TESSEL_API ClassifierModel : public SupervisedModel<Supervised::Classifica
     ~ClassifierModel() override;
 
     /// The class labels, in the order of the posterior columns: by first appearance in the training data.
-    const StringVector& getClasses() const;
+    const StringVector& getClasses() const override;
     DataFrame priorProbability() const override;
     const WString& getSuccessClass() const override;
     double getSuccessProbability() const override;

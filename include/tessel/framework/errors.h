@@ -133,7 +133,17 @@ class TESSEL_API CategoryReductionIllegalCategories : public Exception {
 class TESSEL_API UnsupportedPMMLFormat : public Exception {
  public:
     UnsupportedPMMLFormat();
+    /// @param reason  what cannot be read, as a sentence; it follows the fixed text.
+    explicit UnsupportedPMMLFormat(const std::string& reason);
     ~UnsupportedPMMLFormat() override;
+};
+
+/// The same for a text that is no well-formed XML at all.
+class TESSEL_API MalformedPMML : public UnsupportedPMMLFormat {
+ public:
+    /// @param reason  of the XML parser.
+    explicit MalformedPMML(const std::string& reason);
+    ~MalformedPMML() override;
 };
 
 /// The remote analytics service does not answer. Code 228.
@@ -203,6 +213,8 @@ class TESSEL_API NoSuchPartition : public Exception {
 class TESSEL_API UnsupportedJSONModel : public Exception {
  public:
     UnsupportedJSONModel();
+    /// @param reason  what cannot be read, as a sentence; it follows the fixed text.
+    explicit UnsupportedJSONModel(const std::string& reason);
     ~UnsupportedJSONModel() override;
 };
 

@@ -113,6 +113,15 @@ class TESSEL_API Importable {
     virtual void fromLadonString(const WString& text) = 0;
     /// The same for a UTF-8 file, with or without byte-order mark. @throws FileNotFound, UnsupportedJSONModel
     virtual void fromLadonFile(const WString& path);
+
+    // What a text describes, by the member "type" of its root. @throws UnsupportedJSONModel when the text is
+    // no JSON object with such a member.
+    static bool isClassifier(const WString& text);
+    static bool isRegressor(const WString& text);
+    static bool isPredictor(const WString& text);
+    static bool isClusterizer(const WString& text);
+    static bool isForecaster(const WString& text);
+    static bool isTransformer(const WString& text);
 };
 
 }  // namespace Tessel::Ladon

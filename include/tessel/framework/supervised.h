@@ -4,7 +4,9 @@
 
 #include <tessel/data/data_frame.h>
 #include <tessel/framework/capabilities.h>
+#include <tessel/framework/json_model.h>
 #include <tessel/framework/ladon.h>
+#include <tessel/framework/pmml.h>
 
 // Learning with a target: what classifiers and regressors have in common, and how each kind is fitted and
 // used.
@@ -41,6 +43,29 @@ class TESSEL_API Scorable {
     /// A one-column table with a row per row of `features`. The columns that the model was trained on are
     /// found by name; others are ignored. @throws NotAValidColName for one that is missing.
     virtual DataFrame predict(const DataFrame& features) const = 0;
+};
+
+/// Everything that a fitted model with a target offers, whatever its kind. It scores from any number of
+/// threads at once; its setters and importers need it for themselves.
+class TESSEL_API Modelable : public Identifiable,
+                             public ModelNameIdentifiable,
+                             public virtual Scorable,
+                             public DataFrameVectorExportable,
+                             public JSONModel::Exportable,
+                             public JSONModel::Importable,
+                             public PMML::Exportable,
+                             public PMML::Importable,
+                             public Ladon::Exportable,
+                             public Ladon::Importable,
+                             public StringExportable {
+ public:
+    /// Columns that the model was trained on, without index columns.
+    virtual StringVector getColNames() const = 0;
+    virtual StringVector getIndexColNames() const = 0;
+    virtual const WString& getTargetColName() const = 0;
+    /// The scaling that a model which was read from a text applies to its inputs itself; after a fit no
+    /// column is scaled.
+    virtual const PMML::ColumnScaling& getInputScaling() const = 0;
 };
 
 /// The only column of a target given as a table. @throws NumColumnsMismatch
@@ -88,7 +113,7 @@ class TESSEL_API Classifiable {
 };
 
 /// Predicts classes and their probabilities.
-class TESSEL_API Scorable : public Supervised::Scorable, public Classifiable {
+class TESSEL_API Scorable : public virtual Supervised::Scorable, public Classifiable {
  public:
     /// A column per class, "Posterior Probability: " and the class, in the order of the class list; each row
     /// sums to 1.
@@ -96,12 +121,10 @@ class TESSEL_API Scorable : public Supervised::Scorable, public Classifiable {
 };
 
 /// Everything that a fitted classifier offers.
-class TESSEL_API Modelable : public Identifiable,
-                             public ModelNameIdentifiable,
-                             public Scorable,
-                             public StringExportable,
-                             public DataFrameVectorExportable {
+class TESSEL_API Modelable : public Supervised::Modelable, public Scorable {
  public:
+    /// The class labels, in the order of the posterior columns.
+    virtual const StringVector& getClasses() const = 0;
     /// The column of `predict` followed by the columns of `posteriorProbability`.
     virtual DataFrame predictWithPosterior(const DataFrame& features) const = 0;
 };
@@ -134,11 +157,7 @@ class TESSEL_API PriorProbsAdmissible {
 namespace Regression {
 
 /// Everything that a fitted regressor offers.
-class TESSEL_API Modelable : public Identifiable,
-                             public ModelNameIdentifiable,
-                             public Supervised::Scorable,
-                             public StringExportable,
-                             public DataFrameVectorExportable {};
+class TESSEL_API Modelable : public Supervised::Modelable {};
 
 }  // namespace Regression
 }  // namespace Supervised

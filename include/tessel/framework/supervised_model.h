@@ -20,17 +20,29 @@ class SupervisedModel : public Interface {
 
     const WString& getName() const override;
     const WString& getModelName() const override;
-    /// Columns that the model was trained on, without index columns.
-    StringVector getColNames() const;
-    StringVector getIndexColNames() const;
-    const WString& getTargetColName() const;
-    /// Names of the training rows.
+    StringVector getColNames() const override;
+    StringVector getIndexColNames() const override;
+    const WString& getTargetColName() const override;
+    const PMML::ColumnScaling& getInputScaling() const override;
+    /// Names of the training rows; none after reading a PMML text, which does not tell them.
     StringVector getRowNames() const;
 
     /// Model summary, the tables of the kind and of the family, training summary.
     DataFrameVector toDataFrameVector() const override;
     /// Those tables as text.
     WString toString() const override;
+
+    // The texts. Reading gives this handle a model of its own; others that shared its model keep theirs.
+    using JSONModel::Exportable::toJSON;
+    using Ladon::Exportable::toLadon;
+    using PMML::Exportable::toPMML;
+    WString toJSON() const override;
+    WString toPMML() const override;
+    WString toPMML(const PMML::ColumnScaling& scaler) const override;
+    WString toLadon() const override;
+    void fromJSONString(const WString& text) override;
+    void fromPMMLString(const WString& text) override;
+    void fromLadonString(const WString& text) override;
 
  protected:
     explicit SupervisedModel(std::shared_ptr<Supervised::IModelable> implementation);

@@ -91,6 +91,17 @@ std::int32_t Model::numDecisionNodes() const {
     return count;
 }
 
+Tree Model::selectedTree() const {
+    requireFitted();
+    Tree selected = tree_;
+    for (std::size_t i = 0; i < selected.nodes.size(); ++i) {
+        const auto position = static_cast<std::int32_t>(i);
+        if (isLeaf(position)) makeLeaf(selected.nodes[i]);
+        if (selected.numClasses > 0) selected.nodes[i].response = labelOf(position);
+    }
+    return inLevelOrder(selected);
+}
+
 void Model::checkCells(std::span<const Cells> features, std::size_t numRecords) const {
     requireFitted();
     if (features.size() != numFeatures_)

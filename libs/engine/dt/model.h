@@ -108,6 +108,8 @@ class Model {
     /// A node that is a leaf in the selected tree.
     bool isLeaf(std::int32_t node) const;
     std::int32_t numDecisionNodes() const;
+    /// The selected tree on its own, with its nodes level by level and their labels as `response`.
+    Tree selectedTree() const;
     /// The leaf of the selected tree where each record ends: a position in `tree().nodes`.
     /// @throws NumColumnsMismatch, NumRowsMismatch when the cells are not those of the features.
     std::vector<std::int32_t> findNodes(std::span<const Cells> features, std::size_t numRecords) const;

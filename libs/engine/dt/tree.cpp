@@ -92,6 +92,37 @@ void connect(Tree& tree, int numFeatures) {
     for (std::size_t i = 0; i < numNodes; ++i) tree.nodes[i].parent = parents[i];
 }
 
+void deriveStatistics(Tree& tree) {
+    sumClassWeights(tree);
+    for (std::size_t i = tree.nodes.size(); i-- > 0;) {
+        Node& node = tree.nodes[i];
+        if (tree.numClasses > 0) {
+            const double* const weights = tree.classWeightsOf(static_cast<std::int32_t>(i));
+            const double* const largest = std::max_element(weights, weights + tree.numClasses);
+            double squares = 0.0;
+            for (int k = 0; k < tree.numClasses; ++k) squares += weights[k] * (weights[k] / node.weight);
+            node.response = static_cast<double>(largest - weights);
+            node.error = node.weight - *largest;
+            node.impurity = std::max(0.0, node.weight - squares);
+        } else {
+            node.weight = std::max(1.0, static_cast<double>(node.numRecords));
+            node.impurity = 0.0;
+        }
+        if (!node.isLeaf()) {
+            const Node& left = tree.nodes[static_cast<std::size_t>(node.left)];
+            const Node& right = tree.nodes[static_cast<std::size_t>(node.right())];
+            const auto squaresBetween = [&](const Node& child) {
+                const double distance = child.response - node.response;
+                return child.weight * distance * distance;
+            };
+            const double within = left.impurity + right.impurity;
+            if (tree.numClasses == 0) node.impurity = within + squaresBetween(left) + squaresBetween(right);
+            node.gain = std::max(0.0, node.impurity - within);
+        }
+        if (tree.numClasses == 0) node.error = node.impurity;
+    }
+}
+
 void sumClassWeights(Tree& tree) {
     if (tree.numClasses == 0) return;
     for (std::size_t i = 0; i < tree.nodes.size(); ++i) {

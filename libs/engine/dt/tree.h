@@ -52,6 +52,12 @@ struct Tree {
     std::size_t numDecisionNodes() const { return nodes.size() / 2; }
 };
 
+/// Forgets the split of a node.
+inline void makeLeaf(Node& node) {
+    node.left = node.feature = node.categorySet = -1;
+    node.threshold = node.gain = 0.0;
+}
+
 /// The same tree with its nodes level by level.
 Tree inLevelOrder(const Tree& tree);
 
@@ -62,6 +68,11 @@ void graft(Tree& tree, std::int32_t leaf, Tree& subtree);
 /// @throws ConstraintViolation when it is none: children behind their parents and each with one parent,
 ///         features below `numFeatures`, sets of ascending codes >= 0, weights above 0, a weight per class.
 void connect(Tree& tree, int numFeatures);
+
+/// Fills in what a text of a tree need not tell: from the class weights, in regression from the responses and
+/// the numbers of records, come weights, labels, errors, impurities and gains. In regression the squares
+/// within the leaves are unknown and taken as 0.
+void deriveStatistics(Tree& tree);
 
 /// Makes the weight of each node the sum of its class weights in the order of the classes: a text that stores
 /// only these restores posteriors bit for bit. Nothing in regression trees.

@@ -65,6 +65,9 @@ struct Fitted {
     /// Stands for a probability of 0 (a category never seen with a class, no Laplace correction), so that one
     /// such cell weighs heavily but cannot leave a row without any possible class.
     double zeroProbability = 1e-10;
+    /// Densities of numeric inputs below this are raised to it; 0 after every fit. Models of other makers may
+    /// want it.
+    double densityFloor = 0.0;
 };
 
 /// Learns the densities and frequencies of every input in every class.

@@ -28,6 +28,7 @@ struct NumericTerm {
     std::span<const double> cells;
     std::vector<double> mean, halfPrecision, halfLogVariance;
     double center, reach;  ///< Numbers are drawn in to center - reach .. center + reach.
+    double logFloor;       ///< No log density is below this, the constant left out; minus infinity for none.
 };
 
 /// A categorical input made ready: logProbability[class * (numCategories + 1) + category + 1]; the first slot
@@ -51,8 +52,10 @@ bool isInformative(const GaussianInput& input) {
                        [](double variance) { return variance > 0.0 && std::isfinite(variance); });
 }
 
-NumericTerm prepare(const GaussianInput& input, std::span<const double> cells) {
-    NumericTerm term{cells, input.mean, {}, {}, 0.0, 0.0};
+NumericTerm prepare(const Fitted& fitted, const GaussianInput& input, std::span<const double> cells) {
+    constexpr double kHalfLogTwoPi = 0.91893853320467274;
+    const double logFloor = std::log(fitted.densityFloor) + kHalfLogTwoPi;
+    NumericTerm term{cells, input.mean, {}, {}, 0.0, 0.0, logFloor};
     for (const double variance : input.variance) {
         term.halfPrecision.push_back(0.5 / variance);
         term.halfLogVariance.push_back(0.5 * std::log(variance));
@@ -85,7 +88,7 @@ Terms prepare(const Fitted& fitted, std::span<const double> logPriors, std::span
         if (const auto* gaussian = std::get_if<GaussianInput>(&fitted.inputs[i])) {
             assert(!inputs[i].isCategorical && inputs[i].numbers.size() == numRows);
             if (!isInformative(*gaussian)) continue;
-            const NumericTerm& term = terms.numeric.emplace_back(prepare(*gaussian, inputs[i].numbers));
+            const NumericTerm& term = terms.numeric.emplace_back(prepare(fitted, *gaussian, inputs[i].numbers));
             for (std::size_t code = 0; code < terms.numClasses; ++code)
                 terms.start[code] -= term.halfLogVariance[code];
         } else if (const auto* categorical = std::get_if<CategoricalInput>(&fitted.inputs[i])) {
@@ -115,7 +118,21 @@ struct Block {
     double* of(std::size_t code) const { return scores + code * stride; }
 };
 
+void addWithFloor(const NumericTerm& term, std::size_t numClasses, const Block& block) {
+    const double* const numbers = term.cells.data() + block.firstRow;
+    for (std::size_t code = 0; code < numClasses; ++code) {
+        const double halfLogVariance = term.halfLogVariance[code];  // taken out of the start again
+        for (std::size_t row = 0; row < block.count; ++row) {
+            const double deviation = numbers[row] - term.mean[code];
+            const double logDensity = -deviation * deviation * term.halfPrecision[code] - halfLogVariance;
+            const double factor = std::isnan(logDensity) ? 0.0 : std::max(logDensity, term.logFloor);
+            block.of(code)[row] += factor + halfLogVariance;
+        }
+    }
+}
+
 void add(const NumericTerm& term, std::size_t numClasses, const Block& block) {
+    if (term.logFloor > -std::numeric_limits<double>::infinity()) return addWithFloor(term, numClasses, block);
     const double* numbers = term.cells.data() + block.firstRow;
     const bool isOrdinary = allWithinReach(term, numbers, block.count);
     std::array<double, kMaxBlockRows> drawnIn;

@@ -10,8 +10,8 @@
 #include <tessel/data/matrix.h>
 #include <tessel/data/types.h>
 #include <tessel/data/vectors.h>
+#include <tessel/framework/pmml.h>
 
-#include "serialization/pmml/column_scaling.h"
 #include "serialization/pmml/wide_xml.h"
 
 namespace Tessel::PMML {

@@ -10,8 +10,12 @@ inline constexpr wchar_t kModelName[] = L"Classification Tree";
 
 class IModel : public IModelable, public Tessel::DecisionTree::ITreeModel {
  public:
+    IModel() : IModelable(kModelName) {}
     IModel(const Tessel::DecisionTree::IParameters& parameters, Engine::DT::ClassificationModel tree)
         : IModelable(kModelName), ITreeModel(parameters), tree_(std::move(tree)) {}
+
+    const ModelType& type() const override;
+    std::shared_ptr<Supervised::IModelable> blank() const override { return std::make_shared<IModel>(); }
 
     void prune(const DataFrame& features, const DataFrameColumn& target) override;
     DataFrame pruningLog() const override;
@@ -20,6 +24,13 @@ class IModel : public IModelable, public Tessel::DecisionTree::ITreeModel {
     void score(const std::vector<FeatureColumn>& columns, Posteriors& posteriors) const override;
     void describe(StringVector& labels, StringVector& values) const override;
     void report(DataFrameVector& tables) const override;
+
+    void writeAttributes(PMML::ModelWriter& writer) const override { writeTreeAttributes(writer); }
+    void writeBody(PMML::ModelWriter& writer) const override;
+    void readBody(const PMML::ModelReader& reader) override;
+    void writeBody(web::json::value& model) const override;
+    void readBody(const JSON::Members& model) override;
+    bool writesTransformationsFirst() const override { return true; }
 
     Engine::DT::Model& engine() override { return tree_; }
     const Engine::DT::Model& engine() const override { return tree_; }
@@ -31,6 +42,8 @@ class IModel : public IModelable, public Tessel::DecisionTree::ITreeModel {
     void adoptClassRule() override;
 
  private:
+    void restore(Engine::DT::Tree tree);
+
     Engine::DT::ClassificationModel tree_;
 };
 
@@ -42,8 +55,12 @@ inline constexpr wchar_t kModelName[] = L"Regression Tree";
 
 class IModel : public IModelable, public Tessel::DecisionTree::ITreeModel {
  public:
+    IModel() : IModelable(kModelName) {}
     IModel(const Tessel::DecisionTree::IParameters& parameters, Engine::DT::RegressionModel tree)
         : IModelable(kModelName), ITreeModel(parameters), tree_(std::move(tree)) {}
+
+    const ModelType& type() const override;
+    std::shared_ptr<Supervised::IModelable> blank() const override { return std::make_shared<IModel>(); }
 
     void prune(const DataFrame& features, const DataFrameColumn& target) override;
     DataFrame pruningLog() const override;
@@ -52,6 +69,13 @@ class IModel : public IModelable, public Tessel::DecisionTree::ITreeModel {
     void score(const std::vector<FeatureColumn>& columns, std::span<double> predictions) const override;
     void describe(StringVector& labels, StringVector& values) const override { describeTree(labels, values); }
     void report(DataFrameVector& tables) const override { reportTree(tables); }
+
+    void writeAttributes(PMML::ModelWriter& writer) const override { writeTreeAttributes(writer); }
+    void writeBody(PMML::ModelWriter& writer) const override;
+    void readBody(const PMML::ModelReader& reader) override;
+    void writeBody(web::json::value& model) const override;
+    void readBody(const JSON::Members& model) override;
+    bool writesTransformationsFirst() const override { return true; }
 
     Engine::DT::Model& engine() override { return tree_; }
     const Engine::DT::Model& engine() const override { return tree_; }

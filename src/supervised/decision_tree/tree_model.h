@@ -5,6 +5,7 @@
 #include <tessel/decision_tree.h>
 
 #include "engine/dt/model.h"
+#include "framework/portable.h"
 #include "framework/schema.h"
 #include "supervised/decision_tree/parameters.h"
 
@@ -38,7 +39,13 @@ class ITreeModel {
     DataFrame categoricalFeaturesInfo() const;
 
  protected:
+    /// To be read from a text, which tells nothing of the estimator.
+    ITreeModel() = default;
     explicit ITreeModel(const IParameters& parameters);
+
+    static void writeTreeAttributes(PMML::ModelWriter& writer);
+    /// Takes a tree that was read, with the categorical features of its schema.
+    void restoreTree(Engine::DT::Tree tree);
 
     virtual Engine::DT::Model& engine() = 0;
     virtual const Engine::DT::Model& engine() const = 0;
@@ -67,8 +74,8 @@ class ITreeModel {
 
     StringVector categoricalFeaturesNames_;
     IntVector categoricalFeaturesOffsets_;
-    int prunedTreeNumDecisionNodes_;
-    int maxNumLevelsTreeDiagram_;
+    int prunedTreeNumDecisionNodes_ = kNoLimit;
+    int maxNumLevelsTreeDiagram_ = 2;
 };
 
 }  // namespace Tessel::DecisionTree

@@ -1,8 +1,11 @@
 #include "supervised/naive_bayes/model.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include <tessel/data/convert.h>
+#include <tessel/framework/errors.h>
+#include <tessel/framework/ladon.h>
 
 namespace Tessel::Classification::NaiveBayes {
 namespace {
@@ -53,6 +56,39 @@ std::vector<Engine::NB::Input> engineInputs(const FittedSchema& schema,
         inputs.push_back({columns[i].isCategorical(), columns[i].numbers(), columns[i].codes(),
                           schema.features[i].numCategories()});
     return inputs;
+}
+
+const ModelType& IModel::type() const {
+    static const ModelType type{Ladon::TaskKind::CLASSIFICATION, Ladon::ModelAlgorithm::NAIVE_BAYES,
+                                L"NaiveBayesModel", L"NaiveBayes"};
+    return type;
+}
+
+void IModel::checkFitted() const {
+    const auto require = [](bool holds, const char* rule) {
+        if (!holds) throw ConstraintViolation("Naive Bayes model", rule);
+    };
+    const auto isProbability = [](double value) { return value >= 0.0 && value <= 1.0; };
+    require(fitted_.laplace >= 0.0 && std::isfinite(fitted_.laplace), "has no pseudo-count >= 0");
+    require(fitted_.zeroProbability > 0.0 && isProbability(fitted_.zeroProbability), "needs a threshold in (0, 1]");
+    require(isProbability(fitted_.densityFloor), "needs a density floor in [0, 1]");
+    require(std::any_of(classSchema.priors.begin(), classSchema.priors.end(), [](double p) { return p > 0.0; }),
+            "has no class of positive prior");
+    for (const FittedInput& input : fitted_.inputs) {
+        if (const auto* gaussian = std::get_if<GaussianInput>(&input)) {
+            for (std::size_t k = 0; k < gaussian->mean.size(); ++k)
+                require(std::isfinite(gaussian->mean[k]) && std::isfinite(gaussian->variance[k]) &&
+                            gaussian->variance[k] >= 0.0,
+                        "has a density without finite mean and variance");
+            continue;
+        }
+        double total = fitted_.laplace;
+        for (const double count : std::get<CategoricalInput>(input).counts) {
+            require(count >= 0.0 && std::isfinite(count), "has a count that is negative or not finite");
+            total += count;
+        }
+        require(total > 0.0 && std::isfinite(total), "has an input whose counts are all 0 or overflow");
+    }
 }
 
 void IModel::score(const std::vector<FeatureColumn>& columns, Posteriors& posteriors) const {

@@ -15,14 +15,26 @@ std::vector<Engine::NB::Input> engineInputs(const FittedSchema& schema,
 
 class IModel : public IModelable {
  public:
-    explicit IModel(Engine::NB::Fitted fitted) : IModelable(kModelName), fitted_(std::move(fitted)) {}
+    explicit IModel(Engine::NB::Fitted fitted = {}) : IModelable(kModelName), fitted_(std::move(fitted)) {}
+
+    const ModelType& type() const override;
+    std::shared_ptr<Supervised::IModelable> blank() const override { return std::make_shared<IModel>(); }
 
  protected:
     void score(const std::vector<FeatureColumn>& columns, Posteriors& posteriors) const override;
     void describe(StringVector& labels, StringVector& values) const override;
     void report(DataFrameVector& tables) const override;
 
+    void writeAttributes(PMML::ModelWriter& writer) const override;
+    void writeBody(PMML::ModelWriter& writer) const override;
+    void readBody(const PMML::ModelReader& reader) override;
+    void writeBody(web::json::value& model) const override;
+    void readBody(const JSON::Members& model) override;
+
  private:
+    /// Checks what was read from a text. @throws ConstraintViolation
+    void checkFitted() const;
+
     Engine::NB::Fitted fitted_;
 };
 

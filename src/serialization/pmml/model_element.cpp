@@ -1,0 +1,87 @@
+#include "serialization/pmml/model_element.h"
+
+#include <tessel/data/convert.h>
+#include <tessel/framework/errors.h>
+
+#include "framework/portable.h"
+
+namespace Tessel::PMML {
+
+Node* ModelWriter::writeElement(Document& document, const IPortableModel& model, const ColumnScaling* scaling,
+                                bool isSegment) {
+    const ModelType& type = model.type();
+    Node* const element = document.allocateNode(type.pmmlElement);
+    document.appendAttribute(element, L"modelName", model.getName());
+    document.appendAttribute(element, L"functionName", type.kind);
+    document.appendAttribute(element, L"algorithmName", type.pmmlAlgorithm);
+    ModelWriter writer{document, element, scaling};
+    writer.isSegment = isSegment;
+    model.writeElement(writer);
+    return element;
+}
+
+FieldTable readDataDictionary(const Node* dataDictionary) {
+    if (!dataDictionary) throw UnsupportedPMMLFormat("There is no DataDictionary.");
+    FieldTable fields;
+    forEachChild(dataDictionary, L"DataField", [&](const Node* node) {
+        const WString name(Document::requiredAttribute(node, L"name"));
+        Field field;
+        field.isCategorical = Document::requiredAttribute(node, L"optype") != L"continuous";
+        if (field.isCategorical)
+            forEachChild(node, L"Value", [&](const Node* value) {
+                const auto property = Document::optionalAttribute(value, L"property");
+                if (!property || *property == L"valid")
+                    field.categories.push_back(WString(Document::requiredAttribute(value, L"value")));
+            });
+        if (!fields.emplace(name, std::move(field)).second)
+            throw UnsupportedPMMLFormat("Two fields are called " + Convert::toUtf8Lossy(name) + ".");
+    });
+    return fields;
+}
+
+const Field& ModelReader::field(WStringView name) const {
+    const auto found = fields.find(WString(name));
+    if (found == fields.end())
+        throw UnsupportedPMMLFormat("The DataDictionary has no field " + Convert::toUtf8Lossy(name) + ".");
+    return found->second;
+}
+
+std::int32_t ModelReader::featureOf(WStringView field) const {
+    const auto found = featureOfField.find(field);
+    if (found == featureOfField.end())
+        throw UnsupportedPMMLFormat("The model refers to " + Convert::toUtf8Lossy(field) +
+                                    ", which is none of its inputs.");
+    return found->second;
+}
+
+void ModelReader::readInto(IPortableModel& model) {
+    const ModelType& type = model.type();
+    const auto name = Document::optionalAttribute(element, L"modelName");
+    const WStringView elementName(element->name(), element->name_size());
+    if (elementName != type.pmmlElement)
+        throw UnsupportedPMMLFormat("The model is a " + Convert::toUtf8Lossy(elementName) + ", not a " +
+                                    Convert::toUtf8Lossy(type.pmmlElement) + ".");
+    if (Document::requiredAttribute(element, L"functionName") != type.kind)
+        throw UnsupportedPMMLFormat("The model's function is not " + Convert::toUtf8Lossy(type.kind) + ".");
+    if (name && !name->empty()) model.setName(WString(*name));
+    model.readElement(*this);
+}
+
+Node* allocateExtension(Document& document, WStringView name, WStringView value) {
+    Node* const extension = document.allocateNode(L"Extension");
+    document.appendAttribute(extension, L"name", name);
+    document.appendAttribute(extension, L"value", value);
+    return extension;
+}
+
+std::optional<WStringView> findExtension(const Node* node, WStringView name) {
+    std::optional<WStringView> found;
+    if (node)
+        forEachChild(node, L"Extension", [&](const Node* extension) {
+            const auto itsName = Document::optionalAttribute(extension, L"name");
+            if (!found && itsName && *itsName == name) found = Document::optionalAttribute(extension, L"value");
+        });
+    return found;
+}
+
+}  // namespace Tessel::PMML

@@ -1,0 +1,93 @@
+#pragma once
+
+#include <memory>
+#include <unordered_map>
+#include <vector>
+
+#include <tessel/framework/pmml.h>
+
+#include "data/dictionary.h"
+#include "serialization/pmml/document.h"
+
+// The border between fitted models and PMML elements: what a model is given to write its element with, and
+// what it is given to read it from.
+
+namespace Tessel {
+
+class IPortableModel;
+
+namespace PMML {
+
+/// Writes one model element.
+struct ModelWriter {
+    Document& document;
+    Node* element;                           ///< the model element
+    const ColumnScaling* scaling = nullptr;  ///< of the inputs; null for none
+    StringVector fields = {};  ///< names by which the body refers to the features, in their order
+    /// Whether the element is a member of an ensemble, which tells neither output nor scaling of its own.
+    bool isSegment = false;
+
+    /// The child that the writer appends to the model element.
+    Node* append(Node* child) const {
+        element->append_node(child);
+        return child;
+    }
+
+    /// The model element with its common attributes and its content.
+    static Node* writeElement(Document& document, const IPortableModel& model, const ColumnScaling* scaling,
+                              bool isSegment = false);
+};
+
+/// A field of a data dictionary.
+struct Field {
+    bool isCategorical = false;
+    /// What a categorical field may hold; empty when the text does not tell.
+    StringVector categories;
+};
+using FieldTable = std::unordered_map<WString, Field>;
+
+/// The fields of a data dictionary. @throws UnsupportedPMMLFormat
+FieldTable readDataDictionary(const Node* dataDictionary);
+
+/// Feature positions by the names of fields, looked up without a copy of the name.
+struct FieldHash {
+    using is_transparent = void;
+    std::size_t operator()(WStringView name) const { return std::hash<WStringView>()(name); }
+};
+using FeatureOfField = std::unordered_map<WString, std::int32_t, FieldHash, std::equal_to<>>;
+
+/// Reads one model element.
+struct ModelReader {
+    const FieldTable& fields;
+    const Node* element;
+    /// The feature that a field of the body stands for, by the field's name.
+    FeatureOfField featureOfField = {};
+
+    /// @throws UnsupportedPMMLFormat
+    std::int32_t featureOf(WStringView field) const;
+    /// Null when absent.
+    const Node* child(WStringView name) const { return Document::getSubnode(element, name); }
+    /// @throws UnsupportedPMMLFormat
+    const Node* requiredChild(WStringView name) const { return Document::getRequiredSubnode(element, name); }
+    /// @throws UnsupportedPMMLFormat
+    const Field& field(WStringView name) const;
+
+    /// Reads a segment's model. @throws UnsupportedPMMLFormat and what checks of its parts throw.
+    void readInto(IPortableModel& model);
+};
+
+/// Children of a name, one after the other.
+template <class Visit>
+void forEachChild(const Node* node, WStringView name, Visit visit) {
+    for (const Node* child = node->first_node(name.data(), name.size()); child;
+         child = child->next_sibling(name.data(), name.size()))
+        visit(child);
+}
+
+/// An `Extension` that tells what the standard has no place for.
+Node* allocateExtension(Document& document, WStringView name, WStringView value);
+/// The value of such an extension below `node`, if it is there.
+std::optional<WStringView> findExtension(const Node* node, WStringView name);
+
+}  // namespace PMML
+}  // namespace Tessel

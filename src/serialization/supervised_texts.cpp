@@ -1,0 +1,248 @@
+#include <algorithm>
+#include <cmath>
+
+#include <tessel/data/convert.h>
+#include <tessel/data/util/sets.h>
+#include <tessel/framework/errors.h>
+
+#include "framework/supervised.h"
+#include "serialization/json/read.h"
+#include "serialization/pmml/model_element.h"
+
+// What the texts of all supervised models say: names, columns and their categories, the scaling of inputs.
+
+namespace Tessel::Supervised {
+namespace {
+
+using PMML::Document;
+using PMML::Node;
+
+/// @throws UnsupportedPMMLFormat and the like, by the caller's translation.
+void requireDistinct(const StringVector& texts, const WString& what) {
+    std::vector<WString> sorted(texts.begin(), texts.end());
+    std::sort(sorted.begin(), sorted.end());
+    const bool isOdd = std::adjacent_find(sorted.begin(), sorted.end()) != sorted.end() ||
+                       (!sorted.empty() && sorted.front().empty());
+    if (isOdd) throw ConstraintViolation(Convert::toUtf8Lossy(what), "Names must be distinct and not empty.");
+}
+
+FeatureSchema featureOf(const WString& name, bool isCategorical, const StringVector& categories) {
+    FeatureSchema feature{name, isCategorical, nullptr};
+    if (!isCategorical) return feature;
+    requireDistinct(categories, L"The categories of " + name);
+    feature.categories = std::make_shared<const Dictionary>(std::vector<WString>(categories.begin(), categories.end()));
+    return feature;
+}
+
+/// The map of two points; more points or a missing-value rule would make it another one.
+Rescaling readNormContinuous(const Node* norm) {
+    std::vector<Document::Point> points;
+    PMML::forEachChild(norm, L"LinearNorm",
+                       [&](const Node* point) { points.push_back(Document::getLinearNormPoint(point)); });
+    const auto outliers = Document::optionalAttribute(norm, L"outliers");
+    if (points.size() != 2 || Document::optionalAttribute(norm, L"mapMissingTo") ||
+        (outliers && *outliers != L"asIs"))
+        throw UnsupportedPMMLFormat("A NormContinuous is not one straight line.");
+    const auto [first, second] = std::pair(points[0], points[1]);
+    // The points as this library writes them hold shift and scale themselves.
+    const bool isOwn = first.norm == 0.0 && second.orig == first.orig + 1.0;
+    const double slope = isOwn ? second.norm : (second.norm - first.norm) / (second.orig - first.orig);
+    const Rescaling rescaling{isOwn || first.norm == 0.0 ? first.orig : first.orig - first.norm / slope, slope};
+    if (!std::isfinite(rescaling.shift) || !std::isfinite(rescaling.scale))
+        throw UnsupportedPMMLFormat("A NormContinuous has no finite shift and scale.");
+    return rescaling;
+}
+
+}  // namespace
+
+// ---- PMML
+
+void IModelable::writeDataDictionary(PMML::ModelWriter& writer) const {
+    PMML::Categories categories;
+    for (const FeatureSchema& feature : schema.features)
+        categories[feature.name] =
+            feature.isCategorical ? StringVector(feature.categories->levels()) : StringVector();
+    categories[schema.targetName] = targetCategories();
+    writer.append(writer.document.allocateDataDictionaryNode(schema.targetName, schema.featureNames(), &categories));
+}
+
+void IModelable::writeElement(PMML::ModelWriter& writer) const {
+    writeAttributes(writer);
+    if (writer.scaling && !schema.scaling.isEmpty())
+        throw ConstraintViolation("Scaler", "The model scales its inputs already.");
+    const PMML::ColumnScaling& scaling = writer.scaling ? *writer.scaling : schema.scaling;
+    bool isScaled = false;
+    for (const FeatureSchema& feature : schema.features) {
+        if (!scaling.isScaled(feature.name)) continue;
+        if (feature.isCategorical)
+            throw ConstraintViolation("Scaler", Convert::toUtf8Lossy(feature.name) +
+                                                    " is scaled, but the model takes its values as categories.");
+        isScaled = true;
+    }
+    Node* transformations = nullptr;
+    if (writer.isSegment) {
+        if (writer.fields.empty()) writer.fields = schema.featureNames();
+    } else if (isScaled) {
+        transformations =
+            writer.document.allocateTransformationNode(schema.featureNames(), nullptr, &scaling, writer.fields);
+    } else {
+        writer.fields = schema.featureNames();
+    }
+    if (transformations && writesTransformationsFirst()) writer.append(transformations);
+    writer.append(writer.document.allocateMiningSchemaNode(schema.targetName, schema.featureNames()));
+    if (transformations && !writesTransformationsFirst()) writer.append(transformations);
+    writeTarget(writer);
+    writeBody(writer);
+}
+
+void IModelable::readElement(PMML::ModelReader& reader) {
+    StringVector names;
+    bool hasTarget = false;
+    PMML::forEachChild(reader.requiredChild(L"MiningSchema"), L"MiningField", [&](const Node* field) {
+        const WString name(Document::requiredAttribute(field, L"name"));
+        const WStringView usage = Document::optionalAttribute(field, L"usageType").value_or(L"active");
+        if (usage == L"predicted" || usage == L"target") {
+            if (hasTarget) throw UnsupportedPMMLFormat("There are several targets.");
+            hasTarget = true;
+            schema.targetName = name;
+        } else if (usage == L"active") {
+            const auto isFilled = Document::optionalAttribute(field, L"missingValueReplacement");
+            const auto outliers = Document::optionalAttribute(field, L"outliers");
+            if (isFilled || (outliers && *outliers != L"asIs"))
+                throw UnsupportedPMMLFormat("The mining field " + Convert::toUtf8Lossy(name) +
+                                            " replaces missing values or outliers.");
+            const PMML::Field& declared = reader.field(name);
+            schema.features.push_back(featureOf(name, declared.isCategorical, declared.categories));
+            names.push_back(name);
+        }
+    });
+    if (!hasTarget) throw UnsupportedPMMLFormat("The MiningSchema has no target.");
+    requireDistinct(names, L"MiningSchema");
+    for (std::size_t i = 0; i < names.size(); ++i)
+        reader.featureOfField[names[i]] = static_cast<std::int32_t>(i);
+    if (const Node* transformations = reader.child(L"LocalTransformations"))
+        PMML::forEachChild(transformations, L"DerivedField", [&](const Node* derived) {
+            const Node* const norm = Document::getSubnode(derived, L"NormContinuous");
+            if (!norm)
+                throw UnsupportedPMMLFormat("A DerivedField is not a NormContinuous, the only kind read here.");
+            const WString raw(Document::requiredAttribute(norm, L"field"));
+            const auto found = reader.featureOfField.find(raw);
+            if (found == reader.featureOfField.end() ||
+                schema.features[static_cast<std::size_t>(found->second)].isCategorical)
+                throw UnsupportedPMMLFormat("A NormContinuous refers to " + Convert::toUtf8Lossy(raw) +
+                                            ", which is not a numeric input, or scaled twice.");
+            const std::int32_t feature = found->second;
+            schema.scaling.add(raw, readNormContinuous(norm));
+            // A body that uses the unscaled input as well is refused when it asks for it.
+            reader.featureOfField.erase(found);
+            reader.featureOfField[WString(Document::requiredAttribute(derived, L"name"))] = feature;
+        });
+    readTarget(reader);
+    readBody(reader);
+}
+
+void IModelable::writeTarget(PMML::ModelWriter& writer) const {
+    if (writer.isSegment) return;
+    Document& document = writer.document;
+    Node* const output = document.allocateNode(L"Output");
+    Node* const field = document.allocateNode(L"OutputField");
+    document.appendAttribute(field, L"name", L"Predicted_" + schema.targetName);
+    document.appendAttribute(field, L"optype", L"continuous");
+    document.appendAttribute(field, L"dataType", L"double");
+    document.appendAttribute(field, L"feature", L"predictedValue");
+    output->append_node(field);
+    writer.append(output);
+}
+
+void IModelable::readTarget(const PMML::ModelReader& reader) {
+    const Node* const targets = reader.child(L"Targets");
+    const Node* const target = Document::getSubnode(targets, L"Target");
+    for (const wchar_t* name : {L"min", L"max", L"rescaleFactor", L"rescaleConstant", L"castInteger"})
+        if (target && Document::optionalAttribute(target, name))
+            throw UnsupportedPMMLFormat("The Target changes predictions, which this model cannot do.");
+}
+
+// ---- JSON
+
+web::json::value IModelable::toJSONValue() const {
+    using JSONModel::fromStrings;
+    using JSONModel::set;
+    StringVector categorical;
+    std::vector<web::json::value> categories, scaled;
+    for (const FeatureSchema& feature : schema.features) {
+        if (feature.isCategorical) {
+            categorical.push_back(feature.name);
+            categories.push_back(fromStrings(StringVector(feature.categories->levels())));
+        } else if (const Rescaling* const rescaling = schema.scaling.find(feature.name)) {
+            web::json::value column = web::json::value::object(true);
+            set(column, L"name", JSON::fromText(feature.name));
+            set(column, L"shift", JSON::fromNumber(rescaling->shift));
+            set(column, L"scale", JSON::fromNumber(rescaling->scale));
+            scaled.push_back(std::move(column));
+        }
+    }
+    web::json::value model = web::json::value::object(true);
+    set(model, L"type", JSON::fromText(type().kind));
+    set(model, L"algorithm", JSON::fromText(type().algorithm));
+    set(model, L"modelName", JSON::fromText(getName()));
+    set(model, L"targetColumn", JSON::fromText(schema.targetName));
+    set(model, L"variables", fromStrings(schema.featureNames()));
+    set(model, L"categoricalVariables", fromStrings(categorical));
+    set(model, L"categories", web::json::value::array(std::move(categories)));
+    if (!scaled.empty()) set(model, L"scaledVariables", web::json::value::array(std::move(scaled)));
+    set(model, L"indexColumns", fromStrings(schema.indexColNames));
+    set(model, L"numRecords", web::json::value::number(schema.numRows));
+    if (schema.rowNames) set(model, L"recordNames", fromStrings(schema.trainingRowNames()));
+    writeTarget(model);
+    writeBody(model);
+    return model;
+}
+
+void IModelable::readJSONValue(const web::json::value& value) {
+    const JSON::Members model(value, "A model");
+    setName(JSON::toText(model.at("modelName"), "modelName"));
+    schema.targetName = JSON::toText(model.at("targetColumn"), "targetColumn");
+    const StringVector names = JSON::toStringVector(model.at("variables"), "variables");
+    const StringVector categorical =
+        JSON::toStringVector(model.at("categoricalVariables"), "categoricalVariables");
+    const web::json::array& categories = JSON::toArray(model.at("categories"), "categories");
+    requireDistinct(names, L"variables");
+    requireDistinct(categorical, L"categoricalVariables");
+    if (categories.size() != categorical.size())
+        throw NumElementsMismatch(static_cast<std::int64_t>(categorical.size()),
+                                  static_cast<std::int64_t>(categories.size()));
+    for (const WString& name : categorical)
+        if (!names.exists(name)) throw NotAValidColName("categoricalVariables", Convert::toUtf8Lossy(name));
+    for (const WString& name : names) {
+        const std::size_t position = categorical.find(name);
+        const bool isCategorical = position < categorical.size();
+        schema.features.push_back(featureOf(
+            name, isCategorical,
+            isCategorical ? JSON::toStringVector(categories.at(position), "categories") : StringVector()));
+    }
+    if (const web::json::value* const scaled = model.find("scaledVariables"))
+        for (const web::json::value& element : JSON::toArray(*scaled, "scaledVariables")) {
+            const JSON::Members column(element, "A scaled variable");
+            const WString name = JSON::toText(column.at("name"), "name");
+            if (!names.exists(name) || categorical.exists(name))
+                throw NotAValidColName("scaledVariables", Convert::toUtf8Lossy(name));
+            schema.scaling.add(name, {JSON::toNumber(column.at("shift"), "shift"),
+                                      JSON::toNumber(column.at("scale"), "scale")});
+        }
+    schema.indexColNames = JSON::toStringVector(model.at("indexColumns"), "indexColumns");
+    schema.numRows = JSON::toInteger(model.at("numRecords"), "numRecords");
+    if (schema.numRows < 0) throw ValueOutOfRange("numRecords", 0, std::numeric_limits<int>::max());
+    if (const web::json::value* const recordNames = model.find("recordNames")) {
+        const StringVector texts = JSON::toStringVector(*recordNames, "recordNames");
+        if (texts.size() != static_cast<std::size_t>(schema.numRows))
+            throw NumElementsMismatch(schema.numRows, static_cast<std::int64_t>(texts.size()));
+        schema.rowNames = RowNames::of(std::vector<WString>(texts.begin(), texts.end()));
+    }
+    readTarget(model);
+    readBody(model);
+}
+
+void IModelable::writeTarget(web::json::value&) const {}
+void IModelable::readTarget(const JSON::Members&) {}
+
+}  // namespace Tessel::Supervised

@@ -1,0 +1,282 @@
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include <tessel/data/convert.h>
+#include <tessel/framework/errors.h>
+
+#include "serialization/pmml/values.h"
+#include "supervised/decision_tree/tree_texts.h"
+
+namespace Tessel::DecisionTree {
+namespace {
+
+using PMML::Document;
+using PMML::ModelReader;
+using PMML::ModelWriter;
+using TreeNode = Engine::DT::Node;
+using XmlNode = PMML::Node;
+using Engine::DT::Tree;
+
+std::size_t at(std::int32_t position) { return static_cast<std::size_t>(position); }
+
+StringVector categoriesOf(const Tree& tree, const TreeNode& split, const FittedSchema& schema) {
+    StringVector labels;
+    for (const std::int32_t code : tree.categorySets[at(split.categorySet)])
+        labels.push_back((*schema.features[at(split.feature)].categories)[code]);
+    return labels;
+}
+
+/// What a record needs to get to a node.
+XmlNode* predicateNode(const Tree& tree, std::int32_t position, const FittedSchema& schema,
+                       const ModelWriter& writer) {
+    Document& document = writer.document;
+    const TreeNode& node = tree.nodes[at(position)];
+    if (node.parent < 0) return document.allocateNode(L"True");
+    const TreeNode& split = tree.nodes[at(node.parent)];
+    const bool isLeft = split.left == position;
+    const WString& field = writer.fields[at(split.feature)];
+    if (split.categorySet < 0) {
+        XmlNode* const predicate = document.allocateNode(L"SimplePredicate");
+        document.appendAttribute(predicate, L"field", field);
+        document.appendAttribute(predicate, L"operator", isLeft ? L"lessThan" : L"greaterOrEqual");
+        document.appendAttribute(predicate, L"value", split.threshold);
+        return predicate;
+    }
+    XmlNode* const predicate = document.allocateNode(L"SimpleSetPredicate");
+    document.appendAttribute(predicate, L"field", field);
+    document.appendAttribute(predicate, L"booleanOperator", isLeft ? L"isIn" : L"isNotIn");
+    const StringVector categories = categoriesOf(tree, split, schema);
+    Document::checkCategories(categories);
+    predicate->append_node(document.allocateArray(categories));
+    return predicate;
+}
+
+// ---- reading
+
+/// One side of a split, as a predicate tells it.
+struct Side {
+    enum class Form { LESS, NOT_LESS, IN, NOT_IN, TRUE } form = Form::TRUE;
+    std::int32_t feature = -1;
+    double threshold = 0.0;
+    std::vector<std::int32_t> codes;  ///< ascending
+
+    /// Whether missing cells, numbers below a threshold and categories of a set belong on the left.
+    bool isLeft() const { return form == Form::LESS || form == Form::IN; }
+    bool isComplementOf(const Side& left) const {
+        if (form == Form::TRUE) return true;
+        return form == (left.form == Form::LESS ? Form::NOT_LESS : Form::NOT_IN) && feature == left.feature &&
+               threshold == left.threshold && codes == left.codes;
+    }
+};
+
+std::vector<std::int32_t> codesOf(const StringVector& labels, const FeatureSchema& feature) {
+    std::vector<std::int32_t> codes;
+    for (const WString& label : labels) {
+        codes.push_back(feature.categories->find(label));
+        if (codes.back() < 0)
+            throw UnsupportedPMMLFormat("'" + Convert::toUtf8Lossy(label) + "' is not declared as a category of " +
+                                        Convert::toUtf8Lossy(feature.name) + ".");
+    }
+    std::sort(codes.begin(), codes.end());
+    codes.erase(std::unique(codes.begin(), codes.end()), codes.end());
+    return codes;
+}
+
+Side readSimplePredicate(const XmlNode* predicate, const FittedSchema& schema, const ModelReader& reader) {
+    Side side;
+    side.feature = reader.featureOf(Document::requiredAttribute(predicate, L"field"));
+    const FeatureSchema& feature = schema.features[at(side.feature)];
+    const WStringView comparison = Document::requiredAttribute(predicate, L"operator");
+    const WStringView value = Document::optionalAttribute(predicate, L"value").value_or(L"");
+    if (feature.isCategorical && (comparison == L"equal" || comparison == L"notEqual")) {
+        side.form = comparison == L"equal" ? Side::Form::IN : Side::Form::NOT_IN;
+        side.codes = codesOf(StringVector{WString(value)}, feature);
+        return side;
+    }
+    const bool isLess = comparison == L"lessThan" || comparison == L"lessOrEqual";
+    const bool isGreater = comparison == L"greaterOrEqual" || comparison == L"greaterThan";
+    if (feature.isCategorical || !(isLess || isGreater))
+        throw UnsupportedPMMLFormat("The operator " + Convert::toUtf8Lossy(comparison) + " cannot be read for " +
+                                    Convert::toUtf8Lossy(feature.name) + ".");
+    side.form = isLess ? Side::Form::LESS : Side::Form::NOT_LESS;
+    side.threshold = PMML::toDouble(value);
+    if (std::isnan(side.threshold)) throw UnsupportedPMMLFormat("A threshold is no number.");
+    if (comparison == L"lessOrEqual" || comparison == L"greaterThan")  // up to x is below the next number
+        side.threshold = std::nextafter(side.threshold, std::numeric_limits<double>::infinity());
+    return side;
+}
+
+Side readSetPredicate(const XmlNode* predicate, const FittedSchema& schema, const ModelReader& reader) {
+    Side side;
+    side.feature = reader.featureOf(Document::requiredAttribute(predicate, L"field"));
+    const FeatureSchema& feature = schema.features[at(side.feature)];
+    const WStringView comparison = Document::requiredAttribute(predicate, L"booleanOperator");
+    if (!feature.isCategorical || (comparison != L"isIn" && comparison != L"isNotIn"))
+        throw UnsupportedPMMLFormat("A SimpleSetPredicate does not fit its field " +
+                                    Convert::toUtf8Lossy(feature.name) + ".");
+    side.form = comparison == L"isIn" ? Side::Form::IN : Side::Form::NOT_IN;
+    side.codes =
+        codesOf(Document::getStringArray(Document::getRequiredSubnode(predicate, L"Array")), feature);
+    if (side.codes.empty()) throw UnsupportedPMMLFormat("A SimpleSetPredicate has no categories.");
+    return side;
+}
+
+Side readSide(const XmlNode* node, const FittedSchema& schema, const ModelReader& reader) {
+    for (const XmlNode* child = node->first_node(); child; child = child->next_sibling()) {
+        const WStringView name(child->name(), child->name_size());
+        if (name == L"SimplePredicate") return readSimplePredicate(child, schema, reader);
+        if (name == L"SimpleSetPredicate") return readSetPredicate(child, schema, reader);
+        if (name == L"True") return {};
+        if (name == L"CompoundPredicate" || name == L"False")
+            throw UnsupportedPMMLFormat("A node's predicate is a " + Convert::toUtf8Lossy(name) +
+                                        ", which cannot be read.");
+    }
+    throw UnsupportedPMMLFormat("A node has no predicate.");
+}
+
+/// Reads a tree level by level: `pending` are the elements of the nodes in their order.
+class NodesReader {
+ public:
+    NodesReader(const FittedSchema& schema, const StringVector& classes, const ModelReader& reader)
+        : schema_(schema), classes_(classes), reader_(reader) {
+        read_.tree.numClasses = static_cast<int>(classes.size());
+    }
+
+    ReadTree read() {
+        const XmlNode* const root = reader_.requiredChild(L"Node");
+        if (readSide(root, schema_, reader_).form != Side::Form::TRUE)
+            throw UnsupportedPMMLFormat("The root has a condition.");
+        pending_.push_back(root);
+        for (std::size_t i = 0; i < pending_.size(); ++i) readNode(pending_[i]);
+        Engine::DT::deriveStatistics(read_.tree);
+        return std::move(read_);
+    }
+
+ private:
+    void readNode(const XmlNode* element) {
+        TreeNode node;
+        const auto count = Document::optionalAttribute(element, L"recordCount");
+        const double numRecords = count ? PMML::toDouble(*count) : 0.0;
+        constexpr double kMaxCount = 9007199254740992.0;  // 2^53
+        if (!(numRecords >= 0.0 && numRecords <= kMaxCount))
+            throw UnsupportedPMMLFormat("A recordCount is no count.");
+        node.numRecords = static_cast<std::int64_t>(numRecords);
+        if (classes_.empty()) {
+            node.response = Document::requiredDouble(element, L"score");
+            if (!std::isfinite(node.response)) throw UnsupportedPMMLFormat("A score is not finite.");
+        } else {
+            readClasses(element, numRecords);
+        }
+        readChildren(element, node);
+        read_.tree.nodes.push_back(node);
+    }
+
+    std::int32_t classOf(WStringView label) const {
+        const auto found = std::find(classes_.begin(), classes_.end(), label);
+        if (found == classes_.end())
+            throw UnsupportedPMMLFormat(Convert::toUtf8Lossy(label) + " is no class of the target.");
+        return static_cast<std::int32_t>(found - classes_.begin());
+    }
+
+    void readClasses(const XmlNode* element, double numRecords) {
+        const auto score = Document::optionalAttribute(element, L"score");
+        read_.labels.push_back(score ? classOf(*score) : -1);
+        std::vector<double>& all = read_.tree.classWeights;
+        all.resize(all.size() + classes_.size(), 0.0);
+        double* const weights = all.data() + all.size() - classes_.size();
+        std::size_t expected = 0, numProbabilities = 0;
+        PMML::forEachChild(element, L"ScoreDistribution", [&](const XmlNode* distribution) {
+            const WStringView label = Document::requiredAttribute(distribution, L"value");
+            const bool isNext = expected < classes_.size() && classes_[expected] == label;
+            const std::size_t k = isNext ? expected : at(classOf(label));
+            expected = k + 1;
+            const auto probability = Document::optionalAttribute(distribution, L"probability");
+            numProbabilities += probability.has_value();
+            weights[k] = probability ? PMML::toDouble(*probability)
+                                     : Document::requiredDouble(distribution, L"recordCount");
+            if (!(weights[k] >= 0.0) || std::isinf(weights[k]))
+                throw UnsupportedPMMLFormat("A ScoreDistribution is negative or not finite.");
+        });
+        if (numProbabilities != 0 && numProbabilities != classes_.size())
+            throw UnsupportedPMMLFormat("Some classes of a node have a probability and some have none.");
+        if (numProbabilities != 0)
+            for (std::size_t k = 0; k < classes_.size(); ++k) weights[k] *= std::max(1.0, numRecords);
+        if (expected == 0 && score) weights[at(read_.labels.back())] = std::max(1.0, numRecords);
+    }
+
+    void readChildren(const XmlNode* element, TreeNode& node) {
+        std::vector<const XmlNode*> children;
+        PMML::forEachChild(element, L"Node", [&](const XmlNode* child) { children.push_back(child); });
+        if (children.empty()) return;
+        if (children.size() != 2) throw UnsupportedPMMLFormat("A node has not two children.");
+        Side left = readSide(children[0], schema_, reader_), right = readSide(children[1], schema_, reader_);
+        if (!left.isLeft() && right.isLeft()) {
+            std::swap(left, right);
+            std::swap(children[0], children[1]);
+        }
+        if (!left.isLeft() || !right.isComplementOf(left))
+            throw UnsupportedPMMLFormat("The children of a node are not the two sides of one comparison.");
+        if (Document::requiredAttribute(element, L"defaultChild") !=
+            Document::requiredAttribute(children[0], L"id"))
+            throw UnsupportedPMMLFormat(
+                "A node sends missing values to the side of large numbers or unlisted categories.");
+        node.feature = left.feature;
+        node.threshold = left.threshold;
+        if (left.form == Side::Form::IN) {
+            node.categorySet = static_cast<std::int32_t>(read_.tree.categorySets.size());
+            read_.tree.categorySets.push_back(std::move(left.codes));
+        }
+        node.left = static_cast<std::int32_t>(pending_.size());
+        pending_.insert(pending_.end(), children.begin(), children.end());
+    }
+
+    const FittedSchema& schema_;
+    const StringVector& classes_;
+    const ModelReader& reader_;
+    std::vector<const XmlNode*> pending_;
+    ReadTree read_;
+};
+
+}  // namespace
+
+void writeNodes(const Tree& tree, const FittedSchema& schema, const StringVector& classes,
+                const ModelWriter& writer) {
+    Document& document = writer.document;
+    std::vector<XmlNode*> elements;
+    elements.reserve(tree.nodes.size());
+    for (std::size_t i = 0; i < tree.nodes.size(); ++i) {
+        const TreeNode& node = tree.nodes[i];
+        XmlNode* const element = document.allocateNode(L"Node");
+        document.appendAttribute(element, L"id", i + 1);
+        if (classes.empty())
+            document.appendAttribute(element, L"score", node.response);
+        else
+            document.appendAttribute(element, L"score", classes[static_cast<std::size_t>(node.response)]);
+        document.appendAttribute(element, L"recordCount", Convert::toString(node.numRecords));
+        if (!node.isLeaf()) document.appendAttribute(element, L"defaultChild", node.left + 1);
+        element->append_node(predicateNode(tree, static_cast<std::int32_t>(i), schema, writer));
+        for (std::size_t k = 0; k < classes.size(); ++k) {
+            XmlNode* const distribution = document.allocateNode(L"ScoreDistribution");
+            document.appendAttribute(distribution, L"value", classes[k]);
+            document.appendAttribute(distribution, L"recordCount",
+                                     tree.classWeightsOf(static_cast<std::int32_t>(i))[k]);
+            element->append_node(distribution);
+        }
+        (node.parent < 0 ? writer.element : elements[at(node.parent)])->append_node(element);
+        elements.push_back(element);
+    }
+}
+
+ReadTree readNodes(const FittedSchema& schema, const StringVector& classes, const ModelReader& reader) {
+    const auto strategy = Document::optionalAttribute(reader.element, L"missingValueStrategy");
+    const bool isSplit = reader.requiredChild(L"Node")->first_node(L"Node") != nullptr;
+    if (isSplit && (!strategy || *strategy != L"defaultChild"))
+        throw UnsupportedPMMLFormat("Of the strategies for missing values only defaultChild is read.");
+    const auto penalty = Document::optionalAttribute(reader.element, L"missingValuePenalty");
+    if (penalty && PMML::toDouble(*penalty) != 1.0)
+        throw UnsupportedPMMLFormat("A penalty for missing values is not read.");
+    return NodesReader(schema, classes, reader).read();
+}
+
+}  // namespace Tessel::DecisionTree

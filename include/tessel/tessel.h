@@ -29,3 +29,6 @@
 #include <tessel/framework/supervised.h>
 #include <tessel/framework/supervised_model.h>
 #include <tessel/naive_bayes.h>
+#include <tessel/scaler.h>
+#include <tessel/scoring/facades.h>
+#include <tessel/scoring/fitted_model.h>

@@ -23,7 +23,6 @@ class IModelable : public IPortableModel {
     web::json::value toJSONValue() const override;
     void readJSONValue(const web::json::value& value) override;
 
-
     /// The model summary, the family's tables, the training summary.
     DataFrameVector toDataFrameVector() const;
 

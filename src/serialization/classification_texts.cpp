@@ -63,8 +63,8 @@ void IModelable::writeTarget(PMML::ModelWriter& writer) const {
         schema.targetName, priors,
         hasSuccess ? std::optional<WString>(classSchema.successClass) : std::nullopt));
     if (classSchema.successProbability != kDefaultCutOff)
-        targets->first_node()->prepend_node(PMML::allocateExtension(
-            document, kCutOff, PMML::decimalText(classSchema.successProbability)));
+        targets->first_node()->prepend_node(
+            PMML::allocateExtension(document, kCutOff, PMML::decimalText(classSchema.successProbability)));
 }
 
 void IModelable::readTarget(const PMML::ModelReader& reader) {

@@ -17,8 +17,9 @@ namespace {
 void requireText(const JSON::Members& object, const char* name, const WString& expected) {
     const WString found = JSON::toText(object.at(name), name);
     if (found != expected)
-        throw UnsupportedJSONModel(std::string("The member '") + name + "' is '" + Convert::toUtf8Lossy(found) +
-                                   "' where '" + Convert::toUtf8Lossy(expected) + "' is expected.");
+        throw UnsupportedJSONModel(std::string("The member '") + name + "' is '" +
+                                   Convert::toUtf8Lossy(found) + "' where '" +
+                                   Convert::toUtf8Lossy(expected) + "' is expected.");
 }
 
 /// What kind of object a `Ladon` text says that it is: transformers have their own word.

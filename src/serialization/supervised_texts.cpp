@@ -30,7 +30,8 @@ FeatureSchema featureOf(const WString& name, bool isCategorical, const StringVec
     FeatureSchema feature{name, isCategorical, nullptr};
     if (!isCategorical) return feature;
     requireDistinct(categories, L"The categories of " + name);
-    feature.categories = std::make_shared<const Dictionary>(std::vector<WString>(categories.begin(), categories.end()));
+    feature.categories =
+        std::make_shared<const Dictionary>(std::vector<WString>(categories.begin(), categories.end()));
     return feature;
 }
 
@@ -47,7 +48,8 @@ Rescaling readNormContinuous(const Node* norm) {
     // The points as this library writes them hold shift and scale themselves.
     const bool isOwn = first.norm == 0.0 && second.orig == first.orig + 1.0;
     const double slope = isOwn ? second.norm : (second.norm - first.norm) / (second.orig - first.orig);
-    const Rescaling rescaling{isOwn || first.norm == 0.0 ? first.orig : first.orig - first.norm / slope, slope};
+    const Rescaling rescaling{isOwn || first.norm == 0.0 ? first.orig : first.orig - first.norm / slope,
+                              slope};
     if (!std::isfinite(rescaling.shift) || !std::isfinite(rescaling.scale))
         throw UnsupportedPMMLFormat("A NormContinuous has no finite shift and scale.");
     return rescaling;
@@ -63,7 +65,8 @@ void IModelable::writeDataDictionary(PMML::ModelWriter& writer) const {
         categories[feature.name] =
             feature.isCategorical ? StringVector(feature.categories->levels()) : StringVector();
     categories[schema.targetName] = targetCategories();
-    writer.append(writer.document.allocateDataDictionaryNode(schema.targetName, schema.featureNames(), &categories));
+    writer.append(
+        writer.document.allocateDataDictionaryNode(schema.targetName, schema.featureNames(), &categories));
 }
 
 void IModelable::writeElement(PMML::ModelWriter& writer) const {
@@ -75,16 +78,17 @@ void IModelable::writeElement(PMML::ModelWriter& writer) const {
     for (const FeatureSchema& feature : schema.features) {
         if (!scaling.isScaled(feature.name)) continue;
         if (feature.isCategorical)
-            throw ConstraintViolation("Scaler", Convert::toUtf8Lossy(feature.name) +
-                                                    " is scaled, but the model takes its values as categories.");
+            throw ConstraintViolation("Scaler",
+                                      Convert::toUtf8Lossy(feature.name) +
+                                          " is scaled, but the model takes its values as categories.");
         isScaled = true;
     }
     Node* transformations = nullptr;
     if (writer.isSegment) {
         if (writer.fields.empty()) writer.fields = schema.featureNames();
     } else if (isScaled) {
-        transformations =
-            writer.document.allocateTransformationNode(schema.featureNames(), nullptr, &scaling, writer.fields);
+        transformations = writer.document.allocateTransformationNode(schema.featureNames(), nullptr, &scaling,
+                                                                     writer.fields);
     } else {
         writer.fields = schema.featureNames();
     }
@@ -124,7 +128,8 @@ void IModelable::readElement(PMML::ModelReader& reader) {
         PMML::forEachChild(transformations, L"DerivedField", [&](const Node* derived) {
             const Node* const norm = Document::getSubnode(derived, L"NormContinuous");
             if (!norm)
-                throw UnsupportedPMMLFormat("A DerivedField is not a NormContinuous, the only kind read here.");
+                throw UnsupportedPMMLFormat(
+                    "A DerivedField is not a NormContinuous, the only kind read here.");
             const WString raw(Document::requiredAttribute(norm, L"field"));
             const auto found = reader.featureOfField.find(raw);
             if (found == reader.featureOfField.end() ||

@@ -29,8 +29,8 @@ class TESSEL_API Exportable {
 
     /// @throws ConstraintViolation for a name or category that PMML cannot hold.
     virtual WString toPMML() const = 0;
-    /// The model preceded by the scaling of its inputs: for a model that was fitted on `scaler.transform(...)`
-    /// the text takes the unscaled table.
+    /// The model preceded by the scaling of its inputs: for a model that was fitted on
+    /// `scaler.transform(...)` the text takes the unscaled table.
     /// @throws ConstraintViolation as above, and when the model scales its inputs already.
     virtual WString toPMML(const ColumnScaling& scaler) const = 0;
     /// The same text to a file in UTF-8. A write that fails leaves no half-written file behind.

@@ -79,7 +79,8 @@ std::optional<WStringView> findExtension(const Node* node, WStringView name) {
     if (node)
         forEachChild(node, L"Extension", [&](const Node* extension) {
             const auto itsName = Document::optionalAttribute(extension, L"name");
-            if (!found && itsName && *itsName == name) found = Document::optionalAttribute(extension, L"value");
+            if (!found && itsName && *itsName == name)
+                found = Document::optionalAttribute(extension, L"value");
         });
     return found;
 }

@@ -47,10 +47,12 @@ void IModel::readBody(const PMML::ModelReader& reader) {
     restore(std::move(tree));
     const Engine::DT::Tree& restored = tree_.tree();
     for (std::size_t i = 0; i < labels.size(); ++i)
-        if (labels[i] >= 0 && restored.nodes[i].isLeaf() && tree_.classOf(static_cast<std::int32_t>(i)) != labels[i])
-            throw UnsupportedPMMLFormat("A leaf with the score " +
-                                        Convert::toUtf8Lossy(classSchema.classes[static_cast<std::size_t>(labels[i])]) +
-                                        " has another class of greatest probability.");
+        if (labels[i] >= 0 && restored.nodes[i].isLeaf() &&
+            tree_.classOf(static_cast<std::int32_t>(i)) != labels[i])
+            throw UnsupportedPMMLFormat(
+                "A leaf with the score " +
+                Convert::toUtf8Lossy(classSchema.classes[static_cast<std::size_t>(labels[i])]) +
+                " has another class of greatest probability.");
     const double* const counts = restored.classWeightsOf(0);
     classSchema.counts.assign(counts, counts + classSchema.classes.size());
 }
@@ -68,8 +70,8 @@ void IModel::readBody(const JSON::Members& model) {
 namespace Regression::DecisionTree {
 
 const ModelType& IModel::type() const {
-    static const ModelType type{Ladon::TaskKind::REGRESSION, Ladon::ModelAlgorithm::DECISION_TREE, L"TreeModel",
-                                L"DecisionTree"};
+    static const ModelType type{Ladon::TaskKind::REGRESSION, Ladon::ModelAlgorithm::DECISION_TREE,
+                                L"TreeModel", L"DecisionTree"};
     return type;
 }
 

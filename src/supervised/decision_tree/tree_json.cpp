@@ -138,14 +138,17 @@ class TreeReader {
 
     void readPredicate(const JSON::Members& predicate, TreeNode& node) {
         const WString field = JSON::toText(predicate.at("field"), "field");
-        const auto feature = std::find_if(schema_.features.begin(), schema_.features.end(),
-                                          [&](const FeatureSchema& candidate) { return candidate.name == field; });
+        const auto feature =
+            std::find_if(schema_.features.begin(), schema_.features.end(),
+                         [&](const FeatureSchema& candidate) { return candidate.name == field; });
         const WString type = JSON::toText(predicate.at("type"), "type");
         const WString comparison = JSON::toText(predicate.at("operator"), "operator");
         const bool isCategorical = type == L"categorical";
         if (feature == schema_.features.end() || feature->isCategorical != isCategorical ||
-            (!isCategorical && type != L"continuous") || comparison != (isCategorical ? L"isIn" : L"lessThan"))
-            throw UnsupportedJSONModel("A predicate of " + Convert::toUtf8Lossy(field) + " does not fit the model.");
+            (!isCategorical && type != L"continuous") ||
+            comparison != (isCategorical ? L"isIn" : L"lessThan"))
+            throw UnsupportedJSONModel("A predicate of " + Convert::toUtf8Lossy(field) +
+                                       " does not fit the model.");
         node.feature = static_cast<std::int32_t>(feature - schema_.features.begin());
         if (!isCategorical) {
             node.threshold = JSON::toNumber(predicate.at("splitValue"), "splitValue");

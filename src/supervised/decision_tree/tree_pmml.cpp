@@ -75,7 +75,8 @@ std::vector<std::int32_t> codesOf(const StringVector& labels, const FeatureSchem
     for (const WString& label : labels) {
         codes.push_back(feature.categories->find(label));
         if (codes.back() < 0)
-            throw UnsupportedPMMLFormat("'" + Convert::toUtf8Lossy(label) + "' is not declared as a category of " +
+            throw UnsupportedPMMLFormat("'" + Convert::toUtf8Lossy(label) +
+                                        "' is not declared as a category of " +
                                         Convert::toUtf8Lossy(feature.name) + ".");
     }
     std::sort(codes.begin(), codes.end());
@@ -97,8 +98,8 @@ Side readSimplePredicate(const XmlNode* predicate, const FittedSchema& schema, c
     const bool isLess = comparison == L"lessThan" || comparison == L"lessOrEqual";
     const bool isGreater = comparison == L"greaterOrEqual" || comparison == L"greaterThan";
     if (feature.isCategorical || !(isLess || isGreater))
-        throw UnsupportedPMMLFormat("The operator " + Convert::toUtf8Lossy(comparison) + " cannot be read for " +
-                                    Convert::toUtf8Lossy(feature.name) + ".");
+        throw UnsupportedPMMLFormat("The operator " + Convert::toUtf8Lossy(comparison) +
+                                    " cannot be read for " + Convert::toUtf8Lossy(feature.name) + ".");
     side.form = isLess ? Side::Form::LESS : Side::Form::NOT_LESS;
     side.threshold = PMML::toDouble(value);
     if (std::isnan(side.threshold)) throw UnsupportedPMMLFormat("A threshold is no number.");

@@ -37,6 +37,7 @@ ReadTree readNodes(const FittedSchema& schema, const StringVector& classes, cons
 void writeTree(const Engine::DT::Tree& tree, const FittedSchema& schema, const StringVector& classes,
                web::json::value& model);
 inline constexpr int kMaxNestedNodes = 32;
-Engine::DT::Tree readTree(const FittedSchema& schema, const StringVector& classes, const JSON::Members& model);
+Engine::DT::Tree readTree(const FittedSchema& schema, const StringVector& classes,
+                          const JSON::Members& model);
 
 }  // namespace Tessel::DecisionTree

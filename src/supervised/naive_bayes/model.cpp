@@ -70,10 +70,12 @@ void IModel::checkFitted() const {
     };
     const auto isProbability = [](double value) { return value >= 0.0 && value <= 1.0; };
     require(fitted_.laplace >= 0.0 && std::isfinite(fitted_.laplace), "has no pseudo-count >= 0");
-    require(fitted_.zeroProbability > 0.0 && isProbability(fitted_.zeroProbability), "needs a threshold in (0, 1]");
+    require(fitted_.zeroProbability > 0.0 && isProbability(fitted_.zeroProbability),
+            "needs a threshold in (0, 1]");
     require(isProbability(fitted_.densityFloor), "needs a density floor in [0, 1]");
-    require(std::any_of(classSchema.priors.begin(), classSchema.priors.end(), [](double p) { return p > 0.0; }),
-            "has no class of positive prior");
+    require(
+        std::any_of(classSchema.priors.begin(), classSchema.priors.end(), [](double p) { return p > 0.0; }),
+        "has no class of positive prior");
     for (const FittedInput& input : fitted_.inputs) {
         if (const auto* gaussian = std::get_if<GaussianInput>(&input)) {
             for (std::size_t k = 0; k < gaussian->mean.size(); ++k)

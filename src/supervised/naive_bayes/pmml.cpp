@@ -10,10 +10,10 @@
 #include "serialization/pmml/values.h"
 #include "supervised/naive_bayes/model.h"
 
-// `NaiveBayesModel`. Frequencies are written as the counts that give every scorer our probabilities: Laplace's
-// pseudo-count is added to each, and a category never seen with a class has the count of the probability that
-// stands for 0. The extension "pseudoCount" tells that they were added, so that reading takes them off again:
-// counts are whole numbers, so nothing is lost by rounding.
+// `NaiveBayesModel`. Frequencies are written as the counts that give every scorer our probabilities:
+// Laplace's pseudo-count is added to each, and a category never seen with a class has the count of the
+// probability that stands for 0. The extension "pseudoCount" tells that they were added, so that reading
+// takes them off again: counts are whole numbers, so nothing is lost by rounding.
 
 namespace Tessel::Classification::NaiveBayes {
 namespace {
@@ -60,7 +60,8 @@ void appendGaussian(const ModelWriter& writer, Node* bayesInput, const StringVec
 std::vector<double> countsToWrite(const Fitted& fitted, const CategoricalInput& input) {
     const std::size_t numClasses = fitted.classCounts.size();
     std::vector<double> totals(numClasses, 0.0);
-    for (std::size_t cell = 0; cell < input.counts.size(); ++cell) totals[cell % numClasses] += input.counts[cell];
+    for (std::size_t cell = 0; cell < input.counts.size(); ++cell)
+        totals[cell % numClasses] += input.counts[cell];
     const std::vector<double> probabilities = Engine::NB::categoryProbabilities(fitted, input);
     std::vector<double> counts = input.counts;
     for (std::size_t cell = 0; cell < counts.size(); ++cell) {
@@ -91,7 +92,8 @@ void appendFrequencies(const ModelWriter& writer, Node* bayesInput, const String
 
 double countAttribute(const Node* node) {
     const double count = Document::requiredDouble(node, L"count");
-    if (!(count >= 0.0) || std::isinf(count)) throw UnsupportedPMMLFormat("A count is negative or not finite.");
+    if (!(count >= 0.0) || std::isinf(count))
+        throw UnsupportedPMMLFormat("A count is negative or not finite.");
     return count;
 }
 
@@ -113,7 +115,8 @@ GaussianInput readGaussian(const Node* stats, const StringVector& classes) {
     PMML::forEachChild(stats, L"TargetValueStat", [&](const Node* stat) {
         const Node* const density = Document::getSubnode(stat, L"GaussianDistribution");
         if (!density)
-            throw UnsupportedPMMLFormat("Of the distributions of numeric inputs only GaussianDistribution is read.");
+            throw UnsupportedPMMLFormat(
+                "Of the distributions of numeric inputs only GaussianDistribution is read.");
         const std::size_t k = classOf(classes, stat);
         input.mean[k] = Document::requiredDouble(density, L"mean");
         input.variance[k] = Document::requiredDouble(density, L"variance");
@@ -135,7 +138,8 @@ CategoricalInput readFrequencies(const Node* bayesInput, const StringVector& cla
         if (category < 0)
             throw UnsupportedPMMLFormat(Convert::toUtf8Lossy(label) + " is not declared as a category.");
         PMML::forEachChild(
-            Document::getRequiredSubnode(pair, L"TargetValueCounts"), L"TargetValueCount", [&](const Node* count) {
+            Document::getRequiredSubnode(pair, L"TargetValueCounts"), L"TargetValueCount",
+            [&](const Node* count) {
                 input.counts[static_cast<std::size_t>(category) * classes.size() + classOf(classes, count)] =
                     countAttribute(count);
             });
@@ -168,8 +172,8 @@ bool isInformative(const GaussianInput& input) {
 void IModel::writeAttributes(ModelWriter& writer) const {
     writer.document.appendAttribute(writer.element, L"threshold", std::max(kThreshold, fitted_.densityFloor));
     writer.append(PMML::allocateExtension(writer.document, kPseudoCount, PMML::numberText(fitted_.laplace)));
-    writer.append(
-        PMML::allocateExtension(writer.document, kZeroProbability, PMML::numberText(fitted_.zeroProbability)));
+    writer.append(PMML::allocateExtension(writer.document, kZeroProbability,
+                                          PMML::numberText(fitted_.zeroProbability)));
     WString counts;
     for (const double count : fitted_.classCounts)
         counts += (counts.empty() ? L"" : L" ") + PMML::shortNumberText(count);
@@ -216,7 +220,8 @@ void IModel::readBody(const ModelReader& reader) {
     fitted_.inputs.resize(schema.features.size());
     std::vector<bool> isRead(schema.features.size(), false);
     PMML::forEachChild(reader.requiredChild(L"BayesInputs"), L"BayesInput", [&](const Node* node) {
-        const auto i = static_cast<std::size_t>(reader.featureOf(Document::requiredAttribute(node, L"fieldName")));
+        const auto i =
+            static_cast<std::size_t>(reader.featureOf(Document::requiredAttribute(node, L"fieldName")));
         const FeatureSchema& feature = schema.features[i];
         const Node* const stats = Document::getSubnode(node, L"TargetValueStats");
         if (isRead[i] || (stats != nullptr) == feature.isCategorical)
@@ -243,7 +248,8 @@ void IModel::readBody(const ModelReader& reader) {
     Vector sizes(classes.size(), 0.0);
     PMML::forEachChild(
         Document::getRequiredSubnode(reader.requiredChild(L"BayesOutput"), L"TargetValueCounts"),
-        L"TargetValueCount", [&](const Node* count) { sizes[classOf(classes, count)] = countAttribute(count); });
+        L"TargetValueCount",
+        [&](const Node* count) { sizes[classOf(classes, count)] = countAttribute(count); });
     const double numRecords = std::accumulate(sizes.begin(), sizes.end(), 0.0);
     if (!(numRecords > 0.0)) throw UnsupportedPMMLFormat("The BayesOutput counts no records.");
     if (!reader.child(L"Targets"))
@@ -251,7 +257,8 @@ void IModel::readBody(const ModelReader& reader) {
     fitted_.classCounts.assign(sizes.begin(), sizes.end());
     if (const auto counts = PMML::findExtension(reader.element, kRecordCounts)) {
         const StringVector texts = wordsOf(*counts);
-        if (texts.size() != classes.size()) throw UnsupportedPMMLFormat("There is not one record count a class.");
+        if (texts.size() != classes.size())
+            throw UnsupportedPMMLFormat("There is not one record count a class.");
         for (std::size_t k = 0; k < classes.size(); ++k) fitted_.classCounts[k] = PMML::toDouble(texts[k]);
     }
     classSchema.counts = fitted_.classCounts;

@@ -46,9 +46,7 @@ WString IPortableModel::toPMML(const PMML::ColumnScaling* scaling) const {
 
 void IPortableModel::fromPMMLString(WString text) {
     PMML::translatingErrors([&] {
-        PMML::Document document;
-        document.parse(std::move(text));
-        fromPMML(document);
+        fromPMML(PMML::parsed(std::move(text)));
     });
 }
 

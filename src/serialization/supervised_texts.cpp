@@ -60,6 +60,8 @@ Rescaling readNormContinuous(const Node* norm) {
 // ---- PMML
 
 void IModelable::writeDataDictionary(PMML::ModelWriter& writer) const {
+    if (schema.featureNames().exists(schema.targetName))
+        throw DuplicateName(Convert::toUtf8Lossy(schema.targetName));
     PMML::Categories categories;
     for (const FeatureSchema& feature : schema.features)
         categories[feature.name] =

@@ -20,7 +20,7 @@ namespace Tessel::Testing {
 /// @param special  characters that mean something in the format
 inline void replay(int (*target)(const std::uint8_t*, std::size_t), const char* corpus,
                    const std::string& special) {
-    const auto folder = std::filesystem::path(__FILE__).parent_path() / "../../fuzz/corpus" / corpus;
+    const auto folder = std::filesystem::path(TESSEL_SOURCE_DIR) / "fuzz/corpus" / corpus;
     std::vector<std::string> inputs;
     for (const auto& file : std::filesystem::directory_iterator(folder)) {
         std::ifstream stream(file.path(), std::ios::binary);

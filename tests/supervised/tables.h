@@ -7,6 +7,19 @@
 
 namespace Tessel::Testing {
 
+/// Deterministic numbers in [0, 1).
+class Noise {
+ public:
+    explicit Noise(unsigned seed) : state_(seed) {}
+    double operator()() {
+        state_ = state_ * 1664525u + 1013904223u;
+        return static_cast<double>(state_ >> 8) / 16777216.0;
+    }
+
+ private:
+    unsigned state_;
+};
+
 /// A deterministic table that classifiers of every family can learn from: two numeric features that tell the
 /// classes apart, a categorical one that does so in part, some missing cells, and an index column.
 struct LabelledTable {
@@ -17,11 +30,7 @@ struct LabelledTable {
 inline LabelledTable labelledTable(int numRows, int numClasses) {
     Vector first, second;
     StringVector group, label, id;
-    unsigned state = 12345;
-    const auto uniform = [&] {
-        state = state * 1664525u + 1013904223u;
-        return static_cast<double>(state >> 8) / 16777216.0;
-    };
+    Noise uniform(12345);
     for (int row = 0; row < numRows; ++row) {
         const int k = row % numClasses;
         first.push_back(2.0 * k + uniform() + uniform());

@@ -12,8 +12,7 @@ namespace {
 template <class Test>
 bool answers(const WString& text, Test test) {
     return translatingErrors([&] {
-        Document document;
-        document.parse(text);
+        const Document document = parsed(text);
         return (document.*test)();
     });
 }

@@ -2,12 +2,21 @@
 
 #include <new>
 #include <stdexcept>
+#include <utility>
 
 #include <tessel/framework/errors.h>
 
 #include "serialization/pmml/document.h"
 
 namespace Tessel::PMML {
+
+/// A parsed text. @throws rapidxml::parse_error, MalformedPMML for a text of nothing
+inline Document parsed(WString text) {
+    if (text.find_first_not_of(L" \t\r\n") == WString::npos) throw MalformedPMML("it is empty");
+    Document document;
+    document.parse(std::move(text));
+    return document;
+}
 
 /// Runs a reader of foreign text. What it throws becomes UnsupportedPMMLFormat with the reason, a parser's
 /// error MalformedPMML.

@@ -31,7 +31,7 @@ inline std::string shown(const DataFrame& table) {
 }
 
 inline std::filesystem::path sourcePath(const char* path) {
-    return std::filesystem::path(__FILE__).parent_path().parent_path().parent_path().parent_path() / path;
+    return std::filesystem::path(TESSEL_SOURCE_DIR) / path;
 }
 inline WString sourceFile(const char* path) { return sourcePath(path).wstring(); }
 

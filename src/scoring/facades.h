@@ -1,0 +1,33 @@
+#pragma once
+
+#include <memory>
+
+#include <tessel/scoring/facades.h>
+
+#include "framework/identifiable.h"
+#include "scoring/catalog.h"
+
+namespace Tessel::Scoring {
+
+/// The implementation of every facade: what was loaded, for whom.
+class IFacade : public IIdentifiable {
+ public:
+    explicit IFacade(Audience audience) : IIdentifiable(L""), audience_(audience) {}
+
+    void fromPMMLString(const WString& text);
+    void fromJSONString(const WString& text);
+    void fromLadonString(const WString& text);
+    void fromString(const WString& text);
+
+    bool isLoaded() const { return model_ != nullptr; }
+    /// @throws NoModels before anything was loaded.
+    const Loaded& model() const;
+
+ private:
+    void adopt(const CatalogRow& row, std::shared_ptr<IPortableModel> implementation);
+
+    Audience audience_;
+    std::shared_ptr<const Loaded> model_;
+};
+
+}  // namespace Tessel::Scoring

@@ -1,0 +1,82 @@
+#include <tessel/data/convert.h>
+#include <tessel/framework/errors.h>
+
+#include "scoring/facades.h"
+#include "serialization/json/read.h"
+#include "serialization/pmml/read.h"
+
+// From a text to the model that it holds.
+
+namespace Tessel::Scoring {
+namespace {
+
+WString memberText(const JSON::Members& object, const char* name) {
+    return JSON::toText(object.at(name), name);
+}
+
+bool startsAsXml(const WString& text) {
+    const std::size_t first = text.find_first_not_of(L" \t\r\n\uFEFF");
+    // A byte-order mark may also have been widened byte by byte.
+    return first != WString::npos && (text[first] == L'<' || text[first] == L'\u00EF');
+}
+
+}  // namespace
+
+const Loaded& IFacade::model() const {
+    if (!model_) throw NoModels();
+    return *model_;
+}
+
+void IFacade::adopt(const CatalogRow& row, std::shared_ptr<IPortableModel> implementation) {
+    const WString name = implementation->getName(), modelName = implementation->getModelName();
+    model_ = std::make_shared<const Loaded>(row.wrap(std::move(implementation)));
+    setName(name);
+    setModelName(modelName);
+}
+
+void IFacade::fromPMMLString(const WString& text) {
+    PMML::translatingErrors([&] {
+        const PMML::Document document = PMML::parsed(text);
+        const PMML::Node* const element = document.getModelNode();
+        if (!element)
+            throw UnsupportedPMMLFormat("There is no model element of the name that the header describes.");
+        const CatalogRow& row = rowOfPMML(audience_, WStringView(element->name(), element->name_size()),
+                                          document.getAlgorithmName(), document.getFunctionName());
+        const auto implementation = row.makeBlank();
+        implementation->fromPMML(document);
+        adopt(row, implementation);
+    });
+}
+
+void IFacade::fromJSONString(const WString& text) {
+    JSONModel::translatingErrors([&] {
+        const web::json::value value = JSON::parse(text);
+        const JSON::Members model(value, "A model");
+        const CatalogRow& row =
+            rowOfJSON(audience_, memberText(model, "type"), memberText(model, "algorithm"));
+        const auto implementation = row.makeBlank();
+        implementation->fromJSONValue(value);
+        adopt(row, implementation);
+    });
+}
+
+void IFacade::fromLadonString(const WString& text) {
+    JSONModel::translatingErrors([&] {
+        const web::json::value value = JSON::parse(text);
+        const JSON::Members object(value, "A Ladon description");
+        const CatalogRow& row =
+            rowOfJSON(audience_, memberText(object, "type"), memberText(object, "algorithm"));
+        const auto implementation = row.makeBlank();
+        implementation->fromLadonValue(value);
+        adopt(row, implementation);
+    });
+}
+
+void IFacade::fromString(const WString& text) {
+    if (startsAsXml(text)) return fromPMMLString(text);
+    const bool isLadon = JSONModel::translatingErrors(
+        [&] { return JSON::Members(JSON::parse(text), "A model").find("fittedModel") != nullptr; });
+    isLadon ? fromLadonString(text) : fromJSONString(text);
+}
+
+}  // namespace Tessel::Scoring

@@ -1,0 +1,266 @@
+#include <cmath>
+#include <filesystem>
+#include <limits>
+
+#include <gtest/gtest.h>
+
+#include <tessel/data/convert.h>
+#include <tessel/decision_tree.h>
+#include <tessel/framework/errors.h>
+#include <tessel/naive_bayes.h>
+
+#include "supervised/tables.h"
+
+// What holds for the texts of every supervised family; a new one joins by its name in the list of types.
+
+namespace Tessel {
+namespace {
+
+constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+
+template <class Estimator>
+class ModelTexts : public testing::Test {};
+using Families = testing::Types<Classification::NaiveBayes::Estimator,
+                                Classification::DecisionTree::Estimator, Regression::DecisionTree::Estimator>;
+TYPED_TEST_SUITE(ModelTexts, Families);
+
+template <class Model>
+constexpr bool kIsClassifier = std::is_base_of_v<Supervised::Classification::Modelable, Model>;
+
+const WString kCities[] = {L"New York", L"Zürich", L"<a & b>", L"東京", L" 7", L"it's"};
+const WString kClasses[] = {L"3", L"no answer", L"Ä"};
+
+/// Numbers with missing cells and many digits, categories with blanks, letters of many scripts and XML's own
+/// signs, and a numeric column; the classes may look like numbers.
+DataFrame features(int numRows, unsigned seed) {
+    Vector width, height;
+    StringVector city;
+    Testing::Noise noise(seed);
+    for (int row = 0; row < numRows; ++row) {
+        width.push_back(row % 11 == 3 ? kNan : noise() * 100.0 / 3.0);
+        height.push_back(std::exp(20.0 * noise() - 10.0));
+        city.push_back(row % 13 == 5 ? WString() : kCities[static_cast<int>(noise() * 6.0) % 6]);
+    }
+    DataFrame table(L"rooms");
+    table.append(DataFrameColumn(L"room width", width));
+    table.append(DataFrameColumn(L"height", height));
+    table.append(DataFrameColumn(L"city & state", city));
+    return table;
+}
+
+template <class Estimator>
+auto fitted(int numClasses, const Estimator& estimator = {}) {
+    const DataFrame table = features(300, 1);
+    StringVector labels;
+    Vector numbers;
+    for (int row = 0; row < table.getNumRows(); ++row) {
+        const double signal = table(row, 1).toDouble() > 1.0 ? 1.0 : 0.0;
+        const double number = signal + (table(row, 2).toString() == kCities[1] ? 1.0 : 0.0) + 0.1 * (row % 7);
+        numbers.push_back(number / 3.0);
+        labels.push_back(kClasses[static_cast<int>(number) % numClasses]);
+    }
+    const DataFrameColumn classes(L"answer", labels), target(L"answer", numbers);
+    return estimator.fit(table, kIsClassifier<decltype(estimator.fit(table, target))> ? classes : target);
+}
+
+/// Rows that training had not: missing everywhere, unseen and blank categories, infinite numbers.
+DataFrame strangers() {
+    DataFrame table = features(200, 2);
+    for (int row = 0; row < 40; ++row) {
+        if (row % 2 == 0) table(row, 0) = kNan;
+        if (row % 3 == 0) table(row, 1) = row % 6 == 0 ? kNan : std::numeric_limits<double>::infinity();
+        if (row % 5 == 0) table(row, 2) = row % 10 == 0 ? L"Atlantis" : L"";
+    }
+    return table;
+}
+
+template <class Model>
+void expectSameScores(const Model& model, const Model& read, const char* format) {
+    for (const DataFrame& table : {features(300, 1), strangers()}) {
+        EXPECT_EQ(read.predict(table).toString(), model.predict(table).toString()) << format;
+        const auto same = [&](const DataFrame& a, const DataFrame& b) {
+            ASSERT_EQ(a.getColNames(), b.getColNames());
+            for (int column = 0; column < a.getNumCols(); ++column) {
+                const Vector x = a(Util::all, column).toDoubleVector(),
+                             y = b(Util::all, column).toDoubleVector();
+                ASSERT_EQ(x.elements(), y.elements()) << format << ", column " << column;
+            }
+        };
+        if constexpr (kIsClassifier<Model>)
+            same(read.posteriorProbability(table), model.posteriorProbability(table));
+        else
+            same(read.predict(table), model.predict(table));
+    }
+}
+
+/// A text without the time at which it was written.
+WString timeless(WString pmml) {
+    const std::size_t begin = pmml.find(L"<Timestamp>"), end = pmml.find(L"</Timestamp>");
+    return begin == WString::npos ? pmml : pmml.erase(begin, end - begin);
+}
+
+template <class Model>
+void expectRoundTrips(const Model& model, const Model& other) {
+    Model read = other;
+    read.fromPMMLString(model.toPMML());
+    expectSameScores(model, read, "PMML");
+    EXPECT_EQ(timeless(read.toPMML()), timeless(model.toPMML()));
+    EXPECT_EQ(read.getColNames(), model.getColNames());
+    EXPECT_EQ(read.getTargetColName(), L"answer");
+    EXPECT_EQ(read.getName(), model.getName());
+
+    Model fromJSON = other;
+    fromJSON.fromJSONString(model.toJSON());
+    expectSameScores(model, fromJSON, "JSON");
+    EXPECT_EQ(fromJSON.toJSON(), model.toJSON());
+    EXPECT_EQ(timeless(fromJSON.toPMML()), timeless(model.toPMML()));
+    EXPECT_EQ(fromJSON.toString(), model.toString()) << "JSON holds all that reports tell";
+    EXPECT_EQ(fromJSON.getRowNames(), model.getRowNames());
+
+    Model fromLadon = other;
+    fromLadon.fromLadonString(model.toLadon());
+    expectSameScores(model, fromLadon, "Ladon");
+    EXPECT_EQ(fromLadon.toLadon(), model.toLadon());
+}
+
+TYPED_TEST(ModelTexts, RoundTripsScoreBitForBit) {
+    const auto other = fitted<TypeParam>(2);
+    for (const int numClasses : {2, 3}) {
+        auto model = fitted<TypeParam>(numClasses);
+        model.setName(L"Räume \"1\"");
+        expectRoundTrips(model, other);
+    }
+}
+
+TYPED_TEST(ModelTexts, PriorsAndCutOffSurvive) {
+    using Model = decltype(fitted<TypeParam>(2));
+    if constexpr (kIsClassifier<Model>) {
+        const auto other = fitted<TypeParam>(2);
+        TypeParam estimator;
+        estimator.setPriorProb(kClasses[0], 1.0 / 3.0).setPriorProb(kClasses[1], 2.0 / 3.0);
+        estimator.setSuccessClass(kClasses[1]).setSuccessProbability(0.137);
+        const Model model = fitted<TypeParam>(2, estimator);
+        expectRoundTrips(model, other);
+        Model read = other;
+        read.fromPMMLString(model.toPMML());
+        EXPECT_EQ(read.getSuccessClass(), kClasses[1]);
+        EXPECT_EQ(read.getSuccessProbability(), 0.137);
+        EXPECT_EQ(read.priorProbability().toString(), model.priorProbability().toString());
+    }
+}
+
+TYPED_TEST(ModelTexts, FilesHoldTheTexts) {
+    const auto model = fitted<TypeParam>(3);
+    auto read = fitted<TypeParam>(2);
+    const std::filesystem::path folder = testing::TempDir();
+    const auto path = [&](const char* name) { return (folder / name).wstring(); };
+    model.toPMML(path("model.pmml"));
+    read.fromPMMLFile(path("model.pmml"));
+    expectSameScores(model, read, "PMML file");
+    EXPECT_EQ(timeless(PMML::Importable::fromPMMLFileToString(path("model.pmml"))), timeless(model.toPMML()));
+    model.toJSON(path("model.json"));
+    read.fromJSONFile(path("model.json"));
+    expectSameScores(model, read, "JSON file");
+    model.toLadon(path("model.ladon"));
+    read.fromLadonFile(path("model.ladon"));
+    expectSameScores(model, read, "Ladon file");
+    EXPECT_THROW(read.fromPMMLFile(path("none.pmml")), FileNotFound);
+    EXPECT_THROW(read.fromJSONFile(path("none.json")), FileNotFound);
+    EXPECT_THROW(read.fromLadonFile(path("none.ladon")), FileNotFound);
+    EXPECT_THROW(model.toPMML(path("no such folder/model.pmml")), UnableToWriteFile);
+    EXPECT_THROW(model.toJSON(path("no such folder/model.json")), UnableToWriteFile);
+}
+
+TYPED_TEST(ModelTexts, KindTestsTellWhatATextHolds) {
+    const auto model = fitted<TypeParam>(2);
+    constexpr bool isClassifier = kIsClassifier<std::remove_cvref_t<decltype(model)>>;
+    const WString pmml = model.toPMML(), json = model.toJSON(), ladon = model.toLadon();
+    EXPECT_EQ(PMML::Importable::isClassifier(pmml), isClassifier);
+    EXPECT_EQ(PMML::Importable::isRegressor(pmml), !isClassifier);
+    EXPECT_TRUE(PMML::Importable::isPredictor(pmml));
+    EXPECT_FALSE(PMML::Importable::isClusterizer(pmml) || PMML::Importable::isForecaster(pmml) ||
+                 PMML::Importable::isTransformer(pmml));
+    EXPECT_EQ(JSONModel::Importable::isClassifier(json), isClassifier);
+    EXPECT_EQ(JSONModel::Importable::isRegressor(json), !isClassifier);
+    EXPECT_TRUE(JSONModel::Importable::isPredictor(json));
+    EXPECT_FALSE(JSONModel::Importable::isTransformer(json));
+    EXPECT_EQ(Ladon::Importable::isClassifier(ladon), isClassifier);
+    EXPECT_TRUE(Ladon::Importable::isPredictor(ladon));
+    EXPECT_TRUE(JSONModel::Importable::isTransformer(L"{\"type\":\"textMining\"}"));
+    EXPECT_TRUE(JSONModel::Importable::isTransformer(L"{\"type\":\"transformation\"}"));
+    EXPECT_THROW(JSONModel::Importable::isClassifier(L"{}"), UnsupportedJSONModel);
+    EXPECT_THROW(PMML::Importable::isClassifier(L"no XML"), MalformedPMML);
+}
+
+TYPED_TEST(ModelTexts, WrongTextsAreRefusedAndChangeNothing) {
+    auto model = fitted<TypeParam>(2);
+    const WString before = model.toJSON();
+    const WString pmml = model.toPMML(), json = model.toJSON(), ladon = model.toLadon();
+    const auto replaced = [](WString text, const WString& from, const WString& to) {
+        const std::size_t at = text.find(from);
+        EXPECT_NE(at, WString::npos);
+        return text.replace(at, from.size(), to);
+    };
+    for (const WString& text : {WString(), WString(L"<PMML>"), pmml.substr(0, pmml.size() / 2)})
+        EXPECT_THROW(model.fromPMMLString(text), MalformedPMML);
+    for (const WString& text : {WString(L"<PMML/>"), replaced(pmml, L"functionName=\"", L"functionName=\"x"),
+                                replaced(pmml, L"description=\"", L"description=\"x"),
+                                replaced(pmml, L"usageType=\"predicted\"", L""),
+                                replaced(pmml, L"<DataDictionary", L"<DataDictionery")})
+        EXPECT_THROW(model.fromPMMLString(text), UnsupportedPMMLFormat);
+    for (const WString& text : {WString(), WString(L"{"), WString(L"[]"), json.substr(0, json.size() / 2),
+                                replaced(json, L"\"type\":\"", L"\"type\":\"x"),
+                                replaced(json, L"\"algorithm\":\"", L"\"algorithm\":\"x"),
+                                replaced(json, L"\"variables\"", L"\"variable\""), ladon})
+        EXPECT_THROW(model.fromJSONString(text), UnsupportedJSONModel);
+    for (const WString& text : {WString(), json, replaced(ladon, L"\"objectType\":\"", L"\"objectType\":\"x"),
+                                replaced(ladon, L"\"fittedModel\"", L"\"model\"")})
+        EXPECT_THROW(model.fromLadonString(text), UnsupportedJSONModel);
+    EXPECT_EQ(model.toJSON(), before);
+}
+
+TYPED_TEST(ModelTexts, ReadingLeavesModelsThatWereSharedAlone) {
+    auto model = fitted<TypeParam>(2);
+    const auto shared = model;
+    const WString before = shared.toJSON();
+    model.fromPMMLString(fitted<TypeParam>(3, TypeParam().setName(L"other")).toPMML());
+    EXPECT_EQ(shared.toJSON(), before);
+    EXPECT_EQ(model.getName(), L"other");
+}
+
+/// Damages every attribute of a text in turn: whatever comes of it, it is a model or the one error.
+TYPED_TEST(ModelTexts, DamagedAttributesScoreOrAreRefused) {
+    auto model = fitted<TypeParam>(2);
+    const WString pmml = model.toPMML();
+    const DataFrame table = features(20, 3);
+    std::size_t numRead = 0, numRefused = 0, step = 1 + pmml.size() / 30000;
+    for (std::size_t at = pmml.find(L"=\"", pmml.find(L"<Data")), i = 0; at != WString::npos;
+         at = pmml.find(L"=\"", at + 2), ++i) {
+        if (i % step != 0) continue;
+        const std::size_t name = pmml.rfind(L' ', at), end = pmml.find(L'"', at + 2) + 1;
+        const WString attribute = pmml.substr(name, end - name);
+        for (const WString& damaged :
+             {WString(), attribute + attribute, WString(pmml.substr(name, at + 2 - name) + L"\""),
+              WString(pmml.substr(name, at + 2 - name) + L"99999999999999999999\""),
+              WString(pmml.substr(name, at + 2 - name) + L"-1\""),
+              WString(pmml.substr(name, at + 2 - name) + L"NaN\"")}) {
+            WString text = pmml;
+            text.replace(name, attribute.size(), damaged);
+            auto read = model;
+            try {
+                read.fromPMMLString(text);
+                read.predict(table);
+                ++numRead;
+            } catch (const UnsupportedPMMLFormat&) {
+                ++numRefused;
+            } catch (const NotAValidColName&) {
+                ++numRead;  // of other columns
+            }
+        }
+    }
+    EXPECT_GT(numRead, 0u);
+    EXPECT_GT(numRefused, 50u);
+}
+
+}  // namespace
+}  // namespace Tessel

@@ -45,9 +45,7 @@ WString IPortableModel::toPMML(const PMML::ColumnScaling* scaling) const {
 }
 
 void IPortableModel::fromPMMLString(WString text) {
-    PMML::translatingErrors([&] {
-        fromPMML(PMML::parsed(std::move(text)));
-    });
+    PMML::translatingErrors([&] { fromPMML(PMML::parsed(std::move(text))); });
 }
 
 void IPortableModel::fromPMML(const PMML::Document& document) {

@@ -88,7 +88,8 @@ Terms prepare(const Fitted& fitted, std::span<const double> logPriors, std::span
         if (const auto* gaussian = std::get_if<GaussianInput>(&fitted.inputs[i])) {
             assert(!inputs[i].isCategorical && inputs[i].numbers.size() == numRows);
             if (!isInformative(*gaussian)) continue;
-            const NumericTerm& term = terms.numeric.emplace_back(prepare(fitted, *gaussian, inputs[i].numbers));
+            const NumericTerm& term =
+                terms.numeric.emplace_back(prepare(fitted, *gaussian, inputs[i].numbers));
             for (std::size_t code = 0; code < terms.numClasses; ++code)
                 terms.start[code] -= term.halfLogVariance[code];
         } else if (const auto* categorical = std::get_if<CategoricalInput>(&fitted.inputs[i])) {
@@ -132,7 +133,8 @@ void addWithFloor(const NumericTerm& term, std::size_t numClasses, const Block& 
 }
 
 void add(const NumericTerm& term, std::size_t numClasses, const Block& block) {
-    if (term.logFloor > -std::numeric_limits<double>::infinity()) return addWithFloor(term, numClasses, block);
+    if (term.logFloor > -std::numeric_limits<double>::infinity())
+        return addWithFloor(term, numClasses, block);
     const double* numbers = term.cells.data() + block.firstRow;
     const bool isOrdinary = allWithinReach(term, numbers, block.count);
     std::array<double, kMaxBlockRows> drawnIn;

@@ -147,8 +147,7 @@ void expectBestSplits(const Problem& problem, const DT::Tree& tree, const Limits
         const auto feature = static_cast<std::size_t>(node.feature);
         for (const std::size_t row : rows[i]) {
             bool isLeft = problem.table.isMissing(feature, row);
-            if (!isLeft && node.categorySet < 0)
-                isLeft = problem.table.number(feature, row) < node.threshold;
+            if (!isLeft && node.categorySet < 0) isLeft = problem.table.number(feature, row) < node.threshold;
             if (!isLeft && node.categorySet >= 0) {
                 const auto& set = tree.categorySets[static_cast<std::size_t>(node.categorySet)];
                 isLeft = std::count(set.begin(), set.end(), problem.table.code(feature, row)) > 0;

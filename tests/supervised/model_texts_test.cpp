@@ -262,5 +262,110 @@ TYPED_TEST(ModelTexts, DamagedAttributesScoreOrAreRefused) {
     EXPECT_GT(numRefused, 50u);
 }
 
+/// A regression tree of one split a level as a text of another maker.
+WString chainText(int numLevels) {
+    const WString head =
+        L"<PMML version=\"4.2\"><Header description=\"TreeModel\"/><DataDictionary>"
+        L"<DataField name=\"x\" optype=\"continuous\" dataType=\"double\"/>"
+        L"<DataField name=\"y\" optype=\"continuous\" dataType=\"double\"/></DataDictionary>"
+        L"<TreeModel functionName=\"regression\" missingValueStrategy=\"defaultChild\"><MiningSchema>"
+        L"<MiningField name=\"x\"/><MiningField name=\"y\" usageType=\"target\"/></MiningSchema>";
+    WString nodes, ends;
+    for (int level = 0; level < numLevels; ++level) {
+        const WString number = std::to_wstring(level), deeper = number + L".5";
+        const WString above = std::to_wstring(level - 1) + L".5";
+        nodes +=
+            L"<Node id=\"r" + number + L"\" score=\"" + number + L"\" defaultChild=\"l" + number + L"\">" +
+            (level == 0
+                 ? WString(L"<True/>")
+                 : L"<SimplePredicate field=\"x\" operator=\"greaterThan\" value=\"" + above + L"\"/>") +
+            L"<Node id=\"l" + number + L"\" score=\"" + number +
+            L"\"><SimplePredicate field=\"x\" operator=\"lessOrEqual\" value=\"" + deeper + L"\"/></Node>";
+        ends += L"</Node>";
+    }
+    const WString last = std::to_wstring(numLevels - 1) + L".5";
+    nodes += L"<Node id=\"end\" score=\"-1\"><SimplePredicate field=\"x\" operator=\"greaterThan\" value=\"" +
+             last + L"\"/></Node>";
+    return head + nodes + ends + L"</TreeModel></PMML>";
+}
+
+TEST(TreeTexts, TreesOfAnyDepthSurvive) {
+    constexpr int kNumLevels = 10000;
+    DataFrame table;
+    table.append(
+        DataFrameColumn(L"x", Vector{-1.0, 0.5, std::nextafter(0.5, 1.0), 9999.4, 9999.6, 77.0, kNan}));
+    const Vector expected{0.0, 0.0, 1.0, 9999.0, -1.0, 77.0, 0.0};
+    auto model = fitted<Regression::DecisionTree::Estimator>(2);
+    model.fromPMMLString(chainText(kNumLevels));
+    EXPECT_EQ(model.predict(table)(Util::all, 0).toDoubleVector(), expected);
+    const WString pmml = model.toPMML(), json = model.toJSON(), ladon = model.toLadon();
+    model.fromPMMLString(pmml);
+    EXPECT_EQ(model.predict(table)(Util::all, 0).toDoubleVector(), expected);
+    model.fromJSONString(json);
+    EXPECT_EQ(model.predict(table)(Util::all, 0).toDoubleVector(), expected);
+    EXPECT_EQ(model.toJSON(), json);
+    model.fromLadonString(ladon);
+    EXPECT_EQ(model.toLadon(), ladon);
+}
+
+TEST(TreeTexts, SubtreesThatCannotBeAreRefused) {
+    auto model = fitted<Regression::DecisionTree::Estimator>(2);
+    model.fromPMMLString(chainText(100));
+    const WString json = model.toJSON();
+    const auto refuses = [&](const WString& from, const WString& to) {
+        WString text = json;
+        const std::size_t at = text.find(from);
+        ASSERT_NE(at, WString::npos);
+        EXPECT_THROW(model.fromJSONString(text.replace(at, from.size(), to)), UnsupportedJSONModel);
+    };
+    refuses(L"\"subtrees\":[", L"\"subtrees\":[{\"id\":65},");  // twice
+    refuses(L"\"subtrees\"", L"\"trees\"");
+    refuses(L"\"leftChild\"", L"\"firstChild\"");
+    refuses(L"\"lessThan\"", L"\"isIn\"");
+    refuses(L"\"field\":\"x\"", L"\"field\":\"z\"");
+    refuses(L"\"recordCount\":0", L"\"recordCount\":0.5");
+    refuses(L"\"gain\":[", L"\"gain\":[1,");
+}
+
+TEST(TreeTexts, OtherMakersTextsScoreAsTheySayOrAreRefused) {
+    const auto model = fitted<Regression::DecisionTree::Estimator>(2);
+    const auto refused = [&](const WString& from, const WString& to, const char* reason) {
+        WString text = chainText(2);
+        const std::size_t at = text.find(from);
+        ASSERT_NE(at, WString::npos);
+        try {
+            auto read = model;
+            read.fromPMMLString(text.replace(at, from.size(), to));
+            ADD_FAILURE() << reason;
+        } catch (const UnsupportedPMMLFormat& error) {
+            EXPECT_NE(std::string(error.what()).find(reason), std::string::npos) << error.what();
+        }
+    };
+    refused(L"\"defaultChild\"", L"\"lastPrediction\"", "strategies for missing values");
+    refused(L"defaultChild=\"l0\"", L"defaultChild=\"r1\"", "sends missing values");
+    refused(L"operator=\"lessOrEqual\"", L"operator=\"equal\"", "operator equal");
+    refused(L"operator=\"lessOrEqual\"", L"operator=\"lessThan\"", "two sides of one comparison");
+    refused(L"<SimplePredicate", L"<CompoundPredicate", "CompoundPredicate");
+    refused(L"field=\"x\"", L"field=\"z\"", "none of its inputs");
+    refused(L"<MiningField name=\"x\"/>", L"", "none of its inputs");
+    refused(L"<MiningField name=\"x\"/>", L"<MiningField name=\"x\" missingValueReplacement=\"0\"/>",
+            "replaces missing values");
+    refused(L"score=\"0\"", L"", "attribute is missing");
+    refused(L"<True/>", L"", "no predicate");
+}
+
+TEST(TreeTexts, CategoriesThatTheFormatCannotHoldAreRefusedAtWriting) {
+    for (const wchar_t* label : {L"say \"no\"", L"  ", L"bell \a"}) {
+        DataFrame table;
+        table.append(DataFrameColumn(L"word", StringVector{label, L"a", label, L"a"}));
+        const auto model =
+            Regression::DecisionTree::Estimator().fit(table, DataFrameColumn(L"y", Vector{1, 2, 1, 2}));
+        EXPECT_THROW(model.toPMML(), ConstraintViolation) << label;
+        auto read = model;
+        read.fromJSONString(model.toJSON());
+        EXPECT_EQ(read.predict(table).toString(), model.predict(table).toString());
+    }
+}
+
 }  // namespace
 }  // namespace Tessel

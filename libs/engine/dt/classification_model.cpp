@@ -54,9 +54,9 @@ void ClassificationModel::fit(const TrainingData& data, std::span<const std::int
 
     PreparedRecords prepared = prepareRecords(data, classes.size());
     prepared.records.numClasses = numClasses;
-    prepared.records.classes.reserve(prepared.tableRows.size());
-    for (const std::uint32_t row : prepared.tableRows)
-        prepared.records.classes.push_back(static_cast<std::uint16_t>(classes[row]));
+    prepared.records.classes.reserve(prepared.records.size);
+    for (std::uint32_t record = 0; record < prepared.records.size; ++record)
+        prepared.records.classes.push_back(static_cast<std::uint16_t>(classes[prepared.rowOf(record)]));
     alterWeights(prepared.records);
     Tree grown = grow(data, prepared, limits_);
     sumClassWeights(grown);

@@ -94,7 +94,7 @@ class Grower {
                             Scratch& scratch) const;
     double valueOf(std::uint32_t codeOrPosition, std::int32_t feature, const OpenNode& open) const;
     std::uint32_t partRecords(const OpenNode& open, const Candidate& candidate, Scratch& scratch);
-    std::uint32_t partMembers(const OpenNode& open, std::vector<std::uint32_t>& scratch);
+    void partMembers(const OpenNode& open, std::uint32_t numLeft, std::vector<SortedRecord>& scratch);
     double gainOf(const Node& node, const double* classWeights, const Split& split) const;
     void applySplit(Tree& tree, const OpenNode& open, Split& split, Scratch* own, OpenNode children[2]);
 
@@ -104,7 +104,7 @@ class Grower {
     void forEachFeature(std::size_t n, std::size_t numRecords, Scratch* own, Work&& work);
 
     const TrainingData& data_;
-    const std::vector<std::uint32_t>& tableRows_;
+    const PreparedRecords& prepared_;
     const Records& records_;
     const Limits limits_;
     const std::size_t numClasses_;
@@ -117,7 +117,7 @@ class Grower {
 
 Grower::Grower(const TrainingData& data, const PreparedRecords& prepared, const Limits& limits)
     : data_(data),
-      tableRows_(prepared.tableRows),
+      prepared_(prepared),
       records_(prepared.records),
       limits_(limits),
       numClasses_(static_cast<std::size_t>(prepared.records.numClasses)),
@@ -128,7 +128,7 @@ Grower::Grower(const TrainingData& data, const PreparedRecords& prepared, const 
       scratches_(static_cast<std::size_t>(omp_in_parallel() ? 1 : omp_get_max_threads())) {
     for (std::uint32_t record = 0; record < members_.size(); ++record) members_[record] = record;
     forEachFeature(features_.size(), records_.size, nullptr, [&](std::size_t feature, Scratch&) {
-        features_[feature] = makeLists(data_.features[feature], tableRows_);
+        features_[feature] = makeLists(data_.features[feature], prepared_, data_.keepRanks);
     });
 }
 
@@ -301,15 +301,16 @@ double Grower::valueOf(std::uint32_t codeOrPosition, std::int32_t feature, const
     if (lists.form == FeatureLists::Form::NUMBERS) return lists.values[codeOrPosition] + 0.0;
     const TrainingFeature& cells = data_.features[static_cast<std::size_t>(feature)];
     const std::uint32_t record = lists.sorted[open.begin + codeOrPosition].record();
-    return cells.numbers[cells.rankedRow(tableRows_[record])] + 0.0;
+    return cells.numbers[cells.columnRow(prepared_.rowOf(record))] + 0.0;
 }
 
 /// Marks the side of each record of the node and parts its range of members; returns where the right begins.
 std::uint32_t Grower::partRecords(const OpenNode& open, const Candidate& candidate, Scratch& scratch) {
     const FeatureLists& lists = features_[static_cast<std::size_t>(candidate.feature)];
+    std::uint32_t numLeft = candidate.lower + 1;  // of a sorted list
     if (lists.form == FeatureLists::Form::SORTED) {
         for (std::uint32_t i = open.begin; i < open.end; ++i)
-            goesLeft_[lists.sorted[i].record()] = i <= open.begin + candidate.lower;
+            goesLeft_[lists.sorted[i].record()] = i < open.begin + numLeft;
     } else {
         std::vector<std::uint8_t> codeGoesLeft(std::size_t{lists.numCodes} + 1, 0);
         codeGoesLeft[lists.numCodes] = 1;
@@ -317,26 +318,31 @@ std::uint32_t Grower::partRecords(const OpenNode& open, const Candidate& candida
             std::fill_n(codeGoesLeft.begin(), candidate.lower + 1, std::uint8_t{1});
         for (const std::int32_t category : candidate.leftCategories)
             codeGoesLeft[static_cast<std::size_t>(category)] = 1;
-        for (std::uint32_t i = open.begin; i < open.end; ++i)
-            goesLeft_[members_[i]] = codeGoesLeft[lists.codes[members_[i]]];
+        numLeft = 0;
+        for (std::uint32_t i = open.begin; i < open.end; ++i) {
+            const std::uint8_t isLeft = codeGoesLeft[lists.codes[members_[i]]];
+            goesLeft_[members_[i]] = isLeft;
+            numLeft += isLeft;
+        }
     }
-    return open.begin + partMembers(open, scratch.movedMembers);
+    partMembers(open, numLeft, scratch.moved);
+    return open.begin + numLeft;
 }
 
-/// Both sides keep their order. Returns the size of the left one.
-std::uint32_t Grower::partMembers(const OpenNode& open, std::vector<std::uint32_t>& scratch) {
-    const std::uint32_t numRecords = open.end - open.begin;
-    if (scratch.size() < numRecords + 1) scratch.resize(numRecords + 1);
-    std::uint32_t* const members = members_.data() + open.begin;
-    std::uint32_t numLeft = 0, numRight = 0;
-    for (std::uint32_t i = 0; i < numRecords; ++i) {
-        const std::uint32_t member = members[i], isLeft = goesLeft_[member];
-        members[numLeft] = scratch[numRight] = member;
-        numLeft += isLeft;
-        numRight += 1 - isLeft;
+/// Both sides keep their order.
+void Grower::partMembers(const OpenNode& open, std::uint32_t numLeft, std::vector<SortedRecord>& scratch) {
+    const std::uint32_t numRight = open.end - open.begin - numLeft;
+    if (scratch.size() < numRight + 1) scratch.resize(numRight + 1);
+    std::uint32_t* left = members_.data() + open.begin;
+    SortedRecord* right = scratch.data();
+    for (std::uint32_t i = open.begin; i < open.end; ++i) {
+        const std::uint32_t member = members_[i], isLeft = goesLeft_[member];
+        *left = member;
+        *right = {member, 0};
+        left += isLeft;
+        right += 1 - isLeft;
     }
-    std::copy_n(scratch.data(), numRight, members + numLeft);
-    return numLeft;
+    for (std::uint32_t i = 0; i < numRight; ++i) left[i] = scratch[i].record();
 }
 
 /// Of classes by the differences of their shares, which are exact zeros where the sides are alike.
@@ -384,8 +390,8 @@ void Grower::applySplit(Tree& tree, const OpenNode& open, Split& split, Scratch*
     forEachFeature(features_.size(), numRecords, own, [&](std::size_t feature, Scratch& scratch) {
         FeatureLists& lists = features_[feature];
         if (lists.form != FeatureLists::Form::SORTED || &lists == &splitLists) return;
-        part(std::span(lists.sorted).subspan(open.begin, numRecords), goesLeft_, keepLeft, keepRight,
-             scratch.moved);
+        part(std::span(lists.sorted).subspan(open.begin, numRecords), split.middle - open.begin, goesLeft_,
+             keepLeft, keepRight, scratch.moved);
     });
 }
 

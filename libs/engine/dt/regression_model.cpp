@@ -33,8 +33,9 @@ void requireFinite(std::span<const double> targets) {
 void RegressionModel::fit(const TrainingData& data, std::span<const double> targets) {
     requireFinite(targets);
     PreparedRecords prepared = prepareRecords(data, targets.size());
-    prepared.records.targets.reserve(prepared.tableRows.size());
-    for (const std::uint32_t row : prepared.tableRows) prepared.records.targets.push_back(targets[row]);
+    prepared.records.targets.reserve(prepared.records.size);
+    for (std::uint32_t record = 0; record < prepared.records.size; ++record)
+        prepared.records.targets.push_back(targets[prepared.rowOf(record)]);
     adopt(grow(data, prepared, limits_), data.features.size());
 }
 

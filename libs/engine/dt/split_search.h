@@ -5,28 +5,12 @@
 #include <span>
 #include <vector>
 
-#include "data/column_cells.h"
+#include "data/sorted_records.h"
 #include "engine/dt/records.h"
 
 // The search for the best split of a node by one feature.
 
 namespace Tessel::Engine::DT {
-
-/// A record in the list of a feature, which is sorted by value, missing ones first. Whether it is the first
-/// of its value in the list of its node takes one bit: a list begins with missing records up to the first
-/// such mark, and neighbours have different values where the latter has the mark.
-class SortedRecord {
- public:
-    SortedRecord() = default;
-    /// @pre record < 2^31
-    SortedRecord(std::uint32_t record, std::uint32_t startsValue) : bits_(record << 1 | startsValue) {}
-
-    std::uint32_t record() const { return bits_ >> 1; }
-    std::uint32_t startsValue() const { return bits_ & 1; }  ///< 0 or 1
-
- private:
-    std::uint32_t bits_;
-};
 
 /// Above this number of categories present in a node the subsets of three and more classes are not all tried.
 inline constexpr std::size_t kMaxCategoriesTriedExhaustively = 10;
@@ -46,7 +30,6 @@ struct Candidate {
 /// Working memory of one thread; `bins` and `present` are all zero between uses.
 struct Scratch {
     std::vector<SortedRecord> moved;
-    std::vector<std::uint32_t> movedMembers;
     std::vector<double> bins;
     std::vector<std::uint64_t> present;  // a bit per code met
     std::vector<double> classSums;

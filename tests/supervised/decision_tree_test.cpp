@@ -201,12 +201,18 @@ TEST(DecisionTree, WeightsCountLikeRepeatedRowsAndPriorsChangePosteriors) {
         weights.push_back(row % 3 == 0 ? 2.0 : 1.0);
         for (int i = 0; i < (row % 3 == 0 ? 2 : 1); ++i) repeated.push_back(row);
     }
-    const auto weighted = Classifier().setMaxNumLevels(2).setWeights(weights).fit(data.features, data.target);
     const auto expanded =
         Classifier().setMaxNumLevels(2).fit(data.features(repeated, Util::all), data.target.select(repeated));
-    const Vector a = column(weighted.posteriorProbability(data.features), 0);
-    const Vector b = column(expanded.posteriorProbability(data.features), 0);
-    for (std::size_t row = 0; row < a.size(); ++row) EXPECT_NEAR(a[row], b[row], 1e-12) << row;
+    const Vector expected = column(expanded.posteriorProbability(data.features), 0);
+    for (const double unit : {1.0, 1e300, 1e-300}) {
+        Vector scaled = weights;
+        for (double& weight : scaled) weight *= unit;
+        const auto weighted =
+            Classifier().setMaxNumLevels(2).setWeights(scaled).fit(data.features, data.target);
+        const Vector actual = column(weighted.posteriorProbability(data.features), 0);
+        for (std::size_t row = 0; row < actual.size(); ++row)
+            EXPECT_NEAR(actual[row], expected[row], 1e-12) << row << " of unit " << unit;
+    }
 
     // A root alone has the priors as posteriors.
     const auto root = Classifier()

@@ -1,6 +1,6 @@
 #include <algorithm>
 #include <cmath>
-#include <numeric>
+#include <utility>
 
 #include <tessel/data/errors.h>
 
@@ -60,6 +60,7 @@ void ClassificationModel::fit(const TrainingData& data, std::span<const std::int
     alterWeights(prepared.records);
     Tree grown = grow(data, prepared, limits_);
     sumClassWeights(grown);
+    grown.weightExponent = prepared.weightExponent;
     adopt(std::move(grown), data.features.size());
 }
 

@@ -26,12 +26,14 @@ namespace Tessel::Engine::DT {
 /// The records of a fit and the row of the table that each came from.
 struct PreparedRecords {
     Records records;
+    int weightExponent = 0;                ///< of the power of two that weights were divided by
     std::vector<std::uint32_t> tableRows;  ///< by record, ascending; empty when each row is one record
 
     std::uint32_t rowOf(std::uint32_t record) const { return tableRows.empty() ? record : tableRows[record]; }
 };
 
-/// Drops what is no record and folds repetitions and weights. The response is still to be filled.
+/// Drops what is no record, folds repetitions and weights and scales the weights where need be. The response
+/// is still to be filled.
 /// @throws NumElementsMismatch, ConstraintViolation for bad weights or rows; TooFewNumRows without records.
 PreparedRecords prepareRecords(const TrainingData& data, std::size_t numTargets);
 

@@ -119,7 +119,8 @@ class Model {
     /// Error as the tree grew: of the root alone, then after each split in the order of greatest gain first.
     /// Rate of misclassified weight, or mean squared error, of the training records.
     const std::vector<double>& trainingLog() const { return trainingLog_; }
-    /// The pruned trees, the tree as grown first; empty before `prune`.
+    /// The pruned trees, the tree as grown first; empty before `prune`. Errors of theirs and the standard
+    /// error are in units of 4^targetExponent of the tree.
     const std::vector<PruningStep>& pruningSteps() const { return pruning_.steps; }
     /// Standard error of the least validation error; 0 before `prune`.
     double standardError() const { return standardError_; }

@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include <tessel/data/errors.h>
 
@@ -66,10 +68,12 @@ PreparedRecords prepareRecords(const TrainingData& data, std::size_t numTargets)
     PreparedRecords prepared;
     bool isUnit = true;
     std::size_t numRecords = 0;
+    double largestWeight = 0.0;
     const auto weightOf = [&](std::uint32_t row) { return data.weights.empty() ? 1.0 : data.weights[row]; };
     for (std::uint32_t row = 0; row < counts.size(); ++row) {
         if (counts[row] == 0 || weightOf(row) == 0.0) continue;
         ++numRecords;
+        largestWeight = std::max(largestWeight, weightOf(row));
         isUnit = isUnit && counts[row] == 1 && weightOf(row) == 1.0;
     }
     if (numRecords == 0) throw TooFewNumRows(0);
@@ -81,12 +85,15 @@ PreparedRecords prepareRecords(const TrainingData& data, std::size_t numTargets)
     Records& records = prepared.records;
     records.size = numRecords;
     if (isUnit) return prepared;
+    prepared.weightExponent = scaleExponent(largestWeight);
     records.counts.reserve(records.size);
     records.weights.reserve(records.size);
     for (std::uint32_t record = 0; record < records.size; ++record) {
         const std::uint32_t row = prepared.rowOf(record);
         records.counts.push_back(counts[row]);
-        records.weights.push_back(weightOf(row) * counts[row]);
+        // What is so much less than the largest weight that it would vanish stays above 0.
+        const double weight = std::ldexp(weightOf(row), -prepared.weightExponent);
+        records.weights.push_back(std::max(weight, std::numeric_limits<double>::min()) * counts[row]);
     }
     return prepared;
 }

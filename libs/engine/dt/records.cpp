@@ -1,6 +1,8 @@
 #include "engine/dt/records.h"
 
 #include <algorithm>
+#include <cmath>
+#include <cstdlib>
 
 namespace Tessel::Engine::DT {
 
@@ -48,6 +50,13 @@ void summarizeTargets(const Records& records, std::span<const std::uint32_t> mem
 }
 
 }  // namespace
+
+int scaleExponent(double largest) {
+    constexpr int kMaxUnscaled = 100;
+    if (!(largest > 0.0)) return 0;
+    const int exponent = std::ilogb(largest);
+    return std::abs(exponent) <= kMaxUnscaled ? 0 : exponent;
+}
 
 void summarize(const Records& records, std::span<const std::uint32_t> members, Node& node,
                double* classWeights) {

@@ -26,6 +26,10 @@ struct Records {
     std::uint32_t count(std::uint32_t record) const { return isUnit() ? 1 : counts[record]; }
 };
 
+/// The exponent of the power of two to divide numbers by when products of some of them could leave the range
+/// of double; 0 where they will not, which is nearly always. See Tree.
+int scaleExponent(double largest);
+
 /// Sums of the records of a node, as the search for its split needs them.
 struct Totals {
     std::int64_t numRecords = 0;

@@ -149,7 +149,10 @@ std::vector<double> errorBySplit(const Tree& tree) {
         open.push_back({tree.nodes[node].gain, made, node});
         std::push_heap(open.begin(), open.end());
     };
-    std::vector<double> log{tree.nodes[0].error / tree.nodes[0].weight};
+    const auto perWeight = [&](double error) {
+        return std::ldexp(error / tree.nodes[0].weight, 2 * tree.targetExponent);
+    };
+    std::vector<double> log{perWeight(tree.nodes[0].error)};
     double error = tree.nodes[0].error;
     make(0);
     while (!open.empty()) {
@@ -158,7 +161,7 @@ std::vector<double> errorBySplit(const Tree& tree) {
         open.pop_back();
         const auto left = static_cast<std::size_t>(node.left);
         error += tree.nodes[left].error + tree.nodes[left + 1].error - node.error;
-        log.push_back(std::max(0.0, error / tree.nodes[0].weight));
+        log.push_back(std::max(0.0, perWeight(error)));
         make(left);
         make(left + 1);
     }

@@ -42,17 +42,22 @@ DataFrame IModelable::priorProbability() const {
     return table;
 }
 
-Posteriors IModelable::posteriors(const DataFrame& features) const {
-    const std::vector<FeatureColumn> columns = readFeatures(schema, features);
-    Posteriors posteriors(classSchema.classes.size(),
-                          std::vector<double>(static_cast<std::size_t>(features.getNumRows())));
-    if (features.getNumRows() > 0) score(columns, posteriors);
+Posteriors IModelable::posteriors(const std::vector<FeatureColumn>& columns, std::size_t numRows) const {
+    Posteriors posteriors(classSchema.classes.size(), std::vector<double>(numRows));
+    if (numRows > 0) score(columns, posteriors);
     return posteriors;
 }
 
-DataFrame IModelable::predictionTable(const DataFrame& features, const Posteriors& posteriors) const {
+Posteriors IModelable::posteriors(const DataFrame& features) const {
+    return posteriors(readFeatures(schema, features), static_cast<std::size_t>(features.getNumRows()));
+}
+
+void IModelable::classify(const std::vector<FeatureColumn>& columns, std::vector<std::int32_t>& codes) const {
+    chooseClasses(posteriors(columns, codes.size()), codes);
+}
+
+void IModelable::chooseClasses(const Posteriors& posteriors, std::vector<std::int32_t>& codes) const {
     const std::size_t numClasses = posteriors.size();
-    std::vector<std::int32_t> codes(static_cast<std::size_t>(features.getNumRows()), 0);
     const std::size_t success = classSchema.classes.find(classSchema.successClass);
     if (numClasses == 2 && success < numClasses) {
         const std::vector<double>& ofSuccess = posteriors[success];
@@ -65,6 +70,9 @@ DataFrame IModelable::predictionTable(const DataFrame& features, const Posterior
                 if (posteriors[k][row] > posteriors[static_cast<std::size_t>(codes[row])][row])
                     codes[row] = static_cast<std::int32_t>(k);
     }
+}
+
+DataFrame IModelable::predictionTable(const DataFrame& features, std::vector<std::int32_t> codes) const {
     auto cells = ColumnCells::ofCodes(std::make_shared<const Dictionary>(classSchema.classes.elements()),
                                       std::move(codes));
     DataFrame table(L"Predictions");
@@ -83,7 +91,10 @@ DataFrame IModelable::posteriorTable(const DataFrame& features, Posteriors poste
 }
 
 DataFrame IModelable::predict(const DataFrame& features) const {
-    return predictionTable(features, posteriors(features));
+    const std::vector<FeatureColumn> columns = readFeatures(schema, features);
+    std::vector<std::int32_t> codes(static_cast<std::size_t>(features.getNumRows()), 0);
+    if (!codes.empty()) classify(columns, codes);
+    return predictionTable(features, std::move(codes));
 }
 
 DataFrame IModelable::posteriorProbability(const DataFrame& features) const {
@@ -92,7 +103,9 @@ DataFrame IModelable::posteriorProbability(const DataFrame& features) const {
 
 DataFrame IModelable::predictWithPosterior(const DataFrame& features) const {
     Posteriors scored = posteriors(features);
-    DataFrame table = predictionTable(features, scored);
+    std::vector<std::int32_t> codes(static_cast<std::size_t>(features.getNumRows()), 0);
+    chooseClasses(scored, codes);
+    DataFrame table = predictionTable(features, std::move(codes));
     table.append(posteriorTable(features, std::move(scored)));
     return table;
 }

@@ -291,6 +291,24 @@ TEST(DecisionTree, RulesReportAndPruningFollowTheCutOff) {
     for (const WString& rule : model.treeRules(9)) EXPECT_NE(rule.find(L"THEN class 1 ("), WString::npos);
 }
 
+TEST(DecisionTree, PredictsTheClassesOfThePosteriors) {
+    // Many rows and few: labels are looked up by node or asked for by row.
+    const LabelledTable training = noisyTable(400, 0), few = noisyTable(5, 3);
+    auto model = Classifier().fit(training.features, training.target);
+    for (const double cutOff : {0.0, 0.4, 0.5, 1.0}) {
+        model.setSuccessProbability(cutOff);
+        for (const DataFrame& features : {training.features, few.features}) {
+            const StringVector labels = model.predict(features)(Util::all, 0).toStringVector();
+            EXPECT_EQ(labels, model.predictWithPosterior(features)(Util::all, 0).toStringVector());
+            EXPECT_EQ(labels.size(), static_cast<std::size_t>(features.getNumRows()));
+        }
+    }
+    const LabelledTable three = labelledTable(90, 3);
+    const auto shallow = Classifier().setMaxNumLevels(1).fit(three.features, three.target);
+    EXPECT_EQ(shallow.predict(three.features)(Util::all, 0).toStringVector(),
+              shallow.predictWithPosterior(three.features)(Util::all, 0).toStringVector());
+}
+
 TEST(DecisionTree, ReportsItsTables) {
     const Fruit fruit;
     const DataFrameVector classifier = Classifier().fit(fruit.features, fruit.label).toDataFrameVector();

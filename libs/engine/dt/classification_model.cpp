@@ -136,8 +136,10 @@ std::int32_t ClassificationModel::classOf(std::int32_t node) const {
 
 std::vector<std::int32_t> ClassificationModel::predict(std::span<const Cells> features,
                                                        std::size_t numRecords) const {
-    std::vector<std::int32_t> predicted = findNodes(features, numRecords);
-    for (std::int32_t& value : predicted) value = classOf(value);
+    checkCells(features, numRecords);
+    std::vector<std::int32_t> predicted(numRecords);
+    scorer().findAnswers(
+        features, [&](std::int32_t node) { return classOf(node); }, predicted);
     return predicted;
 }
 

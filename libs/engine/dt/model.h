@@ -137,6 +137,7 @@ class Model {
     virtual std::int32_t labelOf(std::int32_t node) const;
 
     void adopt(Tree tree, std::size_t numFeatures);
+    const Scorer& scorer() const { return scorer_; }
     void checkCells(std::span<const Cells> features, std::size_t numRecords) const;
     /// The sequence of pruned trees judged by the validation error that each node would have as a leaf.
     PruningSequence judge(const std::vector<double>& leafErrors, double total) const;

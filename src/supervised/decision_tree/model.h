@@ -22,6 +22,10 @@ class IModel : public IModelable, public Tessel::DecisionTree::ITreeModel {
 
  protected:
     void score(const std::vector<FeatureColumn>& columns, Posteriors& posteriors) const override;
+    void classify(const std::vector<FeatureColumn>& columns,
+                  std::vector<std::int32_t>& codes) const override {
+        codes = tree_.predict(Tessel::DecisionTree::cellsOf(columns), codes.size());
+    }
     void describe(StringVector& labels, StringVector& values) const override;
     void report(DataFrameVector& tables) const override;
 

@@ -58,6 +58,7 @@ void ClassificationModel::fit(const TrainingData& data, std::span<const std::int
     for (std::uint32_t record = 0; record < prepared.records.size; ++record)
         prepared.records.classes.push_back(static_cast<std::uint16_t>(classes[prepared.rowOf(record)]));
     alterWeights(prepared.records);
+    prepared.records.checkExactness();
     Tree grown = grow(data, prepared, limits_);
     sumClassWeights(grown);
     grown.weightExponent = prepared.weightExponent;

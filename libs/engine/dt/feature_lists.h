@@ -20,7 +20,8 @@ struct FeatureLists {
     std::uint32_t numCodes = 0;
     std::vector<double> values;  ///< NUMBERS: by code, of those that a record has
 
-    BinnedFeature binned() const { return {codes, numCodes}; }
+    std::size_t numBins() const { return form == Form::SORTED ? 0 : std::size_t{numCodes} + 1; }
+    BinnedFeature binned(const double* bins = nullptr) const { return {codes, numCodes, bins}; }
 };
 
 /// @param keepRanks  whether a numeric column is to keep the ranks made of it.

@@ -13,10 +13,13 @@
 //
 // Every feature of many values keeps its records in a list sorted by value, made once; a split parts each
 // list in place and in order, so that searching a node visits each of its values once. Features of few values
-// and categories add up their codes instead. O(n p) a level of the tree, and 4 bytes a cell for the lists or
-// the codes: a fit of numbers needs half as much memory as the table, and 11 bytes a record besides its
-// response and up to 4 by each thread. Where columns keep their ranks for more trees, that is 4 bytes a cell
-// more.
+// and categories add up their codes instead; classes of whole weights only those of the smaller child of a
+// split, and the larger has what they leave of its parent's sums, to the last bit. (Targets count by their
+// deviations from the mean of the node, and fractions are no exact sums: neither can be subtracted.)
+//
+// O(n p) a level of the tree, and 4 bytes a cell for the lists or the codes: a fit of numbers needs half as
+// much memory as the table, and 11 bytes a record besides its response and up to 4 by each thread. Where
+// columns keep their ranks for more trees, that is 4 bytes a cell more.
 //
 // The tree does not depend on the number of threads: the split of a node depends on its records alone, and
 // sums run in the order of the records or of their values.

@@ -51,6 +51,17 @@ void summarizeTargets(const Records& records, std::span<const std::uint32_t> mem
 
 }  // namespace
 
+void Records::checkExactness() {
+    constexpr double kMaxSum = 67108864.0;  // 2^26: squares have 52 bits
+    double sum = 0.0;
+    areExact_ = true;
+    for (const double weight : weights) {
+        sum += weight;
+        areExact_ = areExact_ && weight == std::floor(weight);
+    }
+    areExact_ = areExact_ && sum <= kMaxSum;
+}
+
 int scaleExponent(double largest) {
     constexpr int kMaxUnscaled = 100;
     if (!(largest > 0.0)) return 0;

@@ -41,7 +41,15 @@ struct Scratch {
 struct BinnedFeature {
     std::span<const std::uint32_t> codes;  ///< by record; `numCodes` when missing
     std::uint32_t numCodes = 0;
+    /// The histogram of the node where it is known: by code a bin of `Records::numSums()` numbers, the last
+    /// for missing cells. Null: it is made from the members of the node.
+    const double* bins = nullptr;
 };
+
+/// Adds the members of a node to the bins of a feature. Classification only: bins of other kinds depend on
+/// the mean of the node.
+void addToBins(const Records& records, std::span<const std::uint32_t> members, const BinnedFeature& feature,
+               double* bins);
 
 class SplitSearch {
  public:
@@ -61,7 +69,7 @@ class SplitSearch {
 /// Discovery 3, 1999).
 /// @param bins    by category: count of records, then the weights of the classes.
 /// @param scores  receives the coordinate of each listed category on the component.
-void principalOrder(std::span<const double> bins, std::size_t numClasses,
-                    std::span<const std::int32_t> categories, std::vector<double>& scores);
+void principalOrder(const double* bins, std::size_t numClasses, std::span<const std::int32_t> categories,
+                    std::vector<double>& scores);
 
 }  // namespace Tessel::Engine::DT

@@ -7,6 +7,8 @@
 
 #include <tessel/data/errors.h>
 
+#include "engine/dt/records.h"
+
 namespace Tessel::Engine::DT {
 
 Tree inLevelOrder(const Tree& tree) {
@@ -15,6 +17,8 @@ Tree inLevelOrder(const Tree& tree) {
     order.reserve(tree.nodes.size());
     Tree result;
     result.numClasses = tree.numClasses;
+    result.weightExponent = tree.weightExponent;
+    result.targetExponent = tree.targetExponent;
     result.nodes.reserve(tree.nodes.size());
     result.categorySets.reserve(tree.categorySets.size());
     result.classWeights.reserve(tree.classWeights.size());
@@ -94,6 +98,10 @@ void connect(Tree& tree, int numFeatures) {
 
 void deriveStatistics(Tree& tree) {
     sumClassWeights(tree);
+    double largest = 0.0;
+    if (tree.numClasses == 0)
+        for (const Node& node : tree.nodes) largest = std::max(largest, std::abs(node.response));
+    tree.targetExponent = scaleExponent(largest);
     for (std::size_t i = tree.nodes.size(); i-- > 0;) {
         Node& node = tree.nodes[i];
         if (tree.numClasses > 0) {
@@ -112,7 +120,8 @@ void deriveStatistics(Tree& tree) {
             const Node& left = tree.nodes[static_cast<std::size_t>(node.left)];
             const Node& right = tree.nodes[static_cast<std::size_t>(node.right())];
             const auto squaresBetween = [&](const Node& child) {
-                const double distance = child.response - node.response;
+                const double distance = std::ldexp(child.response, -tree.targetExponent) -
+                                        std::ldexp(node.response, -tree.targetExponent);
                 return child.weight * distance * distance;
             };
             const double within = left.impurity + right.impurity;

@@ -290,6 +290,46 @@ TEST(TreeGrowth, DoesNotDependOnThreads) {
     omp_set_num_threads(before);
 }
 
+TEST(TreeGrowth, SameTreeWithAndWithoutSubtractedHistograms) {
+    for (const std::size_t numClasses : {2u, 3u}) {
+        Random random(numClasses);
+        TreeTable table;
+        std::vector<std::int32_t> codes, classes;
+        std::vector<double> numbers, signal(5000);
+        for (double& value : signal) {
+            numbers.push_back(random.nextBelow(15) == 0 ? std::nan("")
+                                                        : std::floor(40.0 * random.nextUniform()));
+            codes.push_back(static_cast<std::int32_t>(random.nextBelow(13)) - 1);
+            value = std::isnan(numbers.back()) ? 11.0 : numbers.back() + 9 * (codes.back() % 4);
+            const double noise = 20.0 * random.nextNormal();
+            classes.push_back(static_cast<std::int32_t>(value + noise > 25.0) +
+                              static_cast<std::int32_t>(numClasses > 2 && value + noise > 45.0));
+        }
+        table.addNumbers(numbers);
+        table.addCategories(codes, 12);
+        table.addNumbers(std::move(signal));
+        for (const int maxNumSplits : {60, Limits::kNone}) {
+            Limits limits;
+            limits.maxNumSplits = maxNumSplits;
+            DT::ClassificationModel subtracted = classifier(numClasses, limits), added = subtracted;
+            DT::TrainingData data = table.data();
+            subtracted.fit(data, classes);
+            const std::vector<double> halves(5000, 0.5);  // no whole numbers: each node is added up
+            data.weights = halves;
+            added.fit(data, classes);
+            ASSERT_EQ(subtracted.tree().nodes.size(), added.tree().nodes.size());
+            EXPECT_GT(added.tree().nodes.size(), 100u);
+            EXPECT_EQ(subtracted.tree().categorySets, added.tree().categorySets);
+            for (std::size_t i = 0; i < added.tree().nodes.size(); ++i) {
+                const Node &a = subtracted.tree().nodes[i], &b = added.tree().nodes[i];
+                EXPECT_EQ(a.feature, b.feature);
+                EXPECT_EQ(a.threshold, b.threshold);
+                EXPECT_EQ(a.gain, 2.0 * b.gain);
+            }
+        }
+    }
+}
+
 TEST(TreeGrowth, NodesDrawFeaturesOfTheirOwn) {
     // Four copies of a column: the feature of a split is the one that the node drew.
     Random random(9);

@@ -98,10 +98,10 @@ void connect(Tree& tree, int numFeatures) {
 
 void deriveStatistics(Tree& tree) {
     sumClassWeights(tree);
-    double largest = 0.0;
+    double furthest = 0.0;
     if (tree.numClasses == 0)
-        for (const Node& node : tree.nodes) largest = std::max(largest, std::abs(node.response));
-    tree.targetExponent = scaleExponent(largest);
+        for (const Node& node : tree.nodes) furthest = std::max(furthest, std::abs(node.response));
+    tree.targetExponent = scaleExponent(furthest);
     for (std::size_t i = tree.nodes.size(); i-- > 0;) {
         Node& node = tree.nodes[i];
         if (tree.numClasses > 0) {

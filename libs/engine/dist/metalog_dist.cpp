@@ -1,0 +1,139 @@
+#include "engine/dist/metalog_dist.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "engine/dist/metalog_fit.h"
+
+namespace Tessel::Engine::Dist {
+namespace {
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+/// ln(y (1 - y)).
+double logProduct(double logit) {
+    const double size = std::abs(logit);
+    return -size - 2.0 * std::log1p(std::exp(-size));
+}
+
+}  // namespace
+
+CMetalogDist::CMetalogDist(MetalogOrder order, std::int32_t familyCode) : order_(order) {
+    setFamily(familyCode, /*isContinuous=*/true, /*isBoundedBelow=*/false);
+}
+
+bool CMetalogDist::setCoefficients(double lower, double upper, int numTerms, const double* coefficients) {
+    coefficients_.clear();
+    if (numTerms >= kMinMetalogTerms && numTerms <= kMaxMetalogTerms && coefficients != nullptr)
+        coefficients_.assign(coefficients, coefficients + numTerms);
+    curve_ = MetalogCurve(order_, coefficients_);
+    return setBounds(lower, upper);
+}
+
+bool CMetalogDist::setBounds(double lower, double upper) {
+    bounds_ = {std::isfinite(lower) ? lower : -kInfinity, std::isfinite(upper) ? upper : kInfinity};
+    setFamily(familyCode(), /*isContinuous=*/true, bounds_.hasLower());
+    setSupport({bounds_.lower, bounds_.upper});
+    setDataDomain({bounds_.lower, bounds_.upper});
+    isValid_ = bounds_.areAdmissible() && isFeasible(curve_);
+    inverse_ = isValid_ ? MetalogInverse(curve_) : MetalogInverse();
+    return isValid_;
+}
+
+bool CMetalogDist::setParameters(std::span<const double> parameters) {
+    if (parameters.size() < kMinMetalogTerms || parameters.size() > kMaxMetalogTerms) return false;
+    return setCoefficients(bounds_.lower, bounds_.upper, static_cast<int>(parameters.size()),
+                           parameters.data());
+}
+
+double CMetalogDist::coefficient(int index) const {
+    return index >= 1 && index <= numTerms() ? coefficients_[static_cast<std::size_t>(index - 1)] : 0.0;
+}
+
+std::wstring CMetalogDist::formulaStart() const { return CDist::formulaStart(L"LyrMetalog", coefficients_); }
+std::wstring CMetalog2Dist::formulaStart() const { return CDist::formulaStart(L"LyrMetalog2", parameters()); }
+
+// ---- moments
+
+MetalogMoments CMetalogDist::moments() const {
+    return isValid_ ? momentsOf(curve_, bounds_) : MetalogMoments{kNaN, kNaN, kNaN, kNaN};
+}
+
+double CMetalogDist::mean() const { return moments().mean + shift(); }
+double CMetalogDist::variance() const { return moments().variance; }
+double CMetalogDist::skewness() const { return moments().skewness; }
+double CMetalogDist::excessKurtosis() const { return moments().excessKurtosis; }
+
+double CMetalogDist::logDensityAt(double logit) const {
+    const MetalogCurve::Point point = curve_.point(MetalogProbability::ofLogit(logit));
+    return logProduct(logit) - std::log(point.slope) + bounds_.logDerivative(bounds_.fromLine(point.value));
+}
+
+double CMetalogDist::mode() const {
+    if (!isValid_) return kNaN;
+    constexpr double kEnd = 36.0, kStep = 1.0 / 16.0;  // 1 - y is 1 in double precision from 36.7 on
+    double best = -kEnd, highest = logDensityAt(best);
+    for (double logit = -kEnd + kStep; logit <= kEnd; logit += kStep) {
+        const double density = logDensityAt(logit);
+        if (density > highest) {
+            highest = density;
+            best = logit;
+        }
+    }
+    if (best == -kEnd) return inverseCdf(0.0);  // the density rises towards the bound
+    if (best == kEnd) return inverseCdf(1.0);
+    // Golden section; the density is flat to rounding within the square root of epsilon of the top.
+    const double golden = 0.5 * (std::sqrt(5.0) - 1.0);
+    double low = best - kStep, high = best + kStep;
+    while (high - low > 1e-9) {
+        const double left = high - golden * (high - low), right = low + golden * (high - low);
+        if (logDensityAt(left) >= logDensityAt(right))
+            high = right;
+        else
+            low = left;
+    }
+    return shift() + bounds_.fromLine(curve_.value(MetalogProbability::ofLogit(0.5 * (low + high))));
+}
+
+// ---- probabilities
+
+CMetalogDist::LogitAndDensity CMetalogDist::at(double x) const {
+    if (!isValid_ || std::isnan(x)) return {kNaN, kNaN};
+    const double y = x - shift();
+    if (!support().contains(y) || y <= bounds_.lower || y >= bounds_.upper) {
+        const bool below = y <= std::max(bounds_.lower, support().lower);
+        return {below ? -kInfinity : kInfinity, -kInfinity};
+    }
+    const MetalogInverse::Solution solution = inverse_(bounds_.toLine(y));
+    if (std::isinf(solution.logit)) return {solution.logit, -kInfinity};
+    return {solution.logit, logProduct(solution.logit) - std::log(solution.slope) + bounds_.logDerivative(y)};
+}
+
+double CMetalogDist::cdf(double x) const { return 1.0 / (1.0 + std::exp(-at(x).logit)); }
+double CMetalogDist::complementaryCdf(double x) const { return 1.0 / (1.0 + std::exp(at(x).logit)); }
+double CMetalogDist::logPdf(double x) const { return at(x).logDensity; }
+double CMetalogDist::pdf(double x) const { return std::exp(at(x).logDensity); }
+
+double CMetalogDist::inverseCdf(double p) const {
+    if (!isValid_ || !(p >= 0.0 && p <= 1.0)) return kNaN;
+    const double z = p == 0.0   ? curve_.limitAtZero()
+                     : p == 1.0 ? curve_.limitAtOne()
+                                : curve_.value(MetalogProbability::of(p));
+    return shift() + std::clamp(bounds_.fromLine(z), support().lower, support().upper);
+}
+
+bool CMetalogDist::fitData(std::size_t n, const double* values) {
+    if (!isSampleAdmissible(n, values)) return false;
+    std::vector<double> sample(values, values + n);
+    std::sort(sample.begin(), sample.end());
+    for (double& value : sample) value = bounds_.toLine(value - shift());
+    const int numTermsWanted = coefficients_.empty() ? kMinMetalogTerms : numTerms();
+    std::optional<std::vector<double>> fitted;
+    if (std::isfinite(sample.front()) && std::isfinite(sample.back()))
+        fitted = MetalogLeastSquares(sample).solve(order_, numTermsWanted);
+    return setCoefficients(bounds_.lower, bounds_.upper, fitted ? numTermsWanted : 0,
+                           fitted ? fitted->data() : nullptr);
+}
+
+}  // namespace Tessel::Engine::Dist

@@ -1,10 +1,10 @@
-#include <benchmark/benchmark.h>
-
 #include <cmath>
 #include <cstddef>
 #include <limits>
 #include <random>
 #include <vector>
+
+#include <benchmark/benchmark.h>
 
 #include "engine/dist/fit_dist.h"
 
@@ -38,7 +38,8 @@ void fitAllTerms(benchmark::State& state) {
         numFeasible = 0;
         for (int numTerms = 2; numTerms <= 16; ++numTerms) {
             const auto coefficients = leastSquares.solve(MetalogOrder::KEELIN_2016, numTerms);
-            if (coefficients && isFeasible(MetalogCurve(MetalogOrder::KEELIN_2016, *coefficients))) ++numFeasible;
+            if (coefficients && isFeasible(MetalogCurve(MetalogOrder::KEELIN_2016, *coefficients)))
+                ++numFeasible;
         }
     }
     state.counters["feasible"] = numFeasible;
@@ -62,7 +63,12 @@ void fitAutomatically(benchmark::State& state) {
     }
     state.counters["candidates"] = static_cast<double>(engine.candidates().size());
 }
-BENCHMARK(fitAutomatically)->Arg(1'000)->Arg(10'000)->Arg(1'000'000)->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(fitAutomatically)
+    ->Arg(1'000)
+    ->Arg(10'000)
+    ->Arg(1'000'000)
+    ->UseRealTime()
+    ->Unit(benchmark::kMillisecond);
 
 void serialDependenceOfSample(benchmark::State& state) {
     const std::vector<double> sample = sampleOf(static_cast<std::size_t>(state.range(0)));
@@ -70,7 +76,11 @@ void serialDependenceOfSample(benchmark::State& state) {
     engine.load(sample.size(), sample.data());
     for (auto _ : state) benchmark::DoNotOptimize(engine.serialDependence());
 }
-BENCHMARK(serialDependenceOfSample)->Arg(10'000)->Arg(1'000'000)->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(serialDependenceOfSample)
+    ->Arg(10'000)
+    ->Arg(1'000'000)
+    ->UseRealTime()
+    ->Unit(benchmark::kMillisecond);
 
 /// Argument: number of terms.
 void cdfOfOne(benchmark::State& state) {
@@ -89,8 +99,9 @@ BENCHMARK(cdfOfOne)->Arg(3)->Arg(6);
 
 void proveFeasible(benchmark::State& state) {
     const std::vector<double> sorted = sortedSampleOf(10'000);
-    const MetalogCurve curve(MetalogOrder::KEELIN_2016, *MetalogLeastSquares(sorted).solve(
-                                                           MetalogOrder::KEELIN_2016, static_cast<int>(state.range(0))));
+    const MetalogCurve curve(
+        MetalogOrder::KEELIN_2016,
+        *MetalogLeastSquares(sorted).solve(MetalogOrder::KEELIN_2016, static_cast<int>(state.range(0))));
     for (auto _ : state) benchmark::DoNotOptimize(isFeasible(curve));
     state.counters["feasible"] = isFeasible(curve) ? 1.0 : 0.0;
 }

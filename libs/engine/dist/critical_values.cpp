@@ -22,9 +22,9 @@ template <class Function>
 double inverse(Function&& function, double value, double low, double high) {
     constexpr int kBits = 44;
     std::uintmax_t numEvaluations = 100;
-    const auto [below, above] = boost::math::tools::toms748_solve(
-        [&](double x) { return function(x) - value; }, low, high, boost::math::tools::eps_tolerance<double>(kBits),
-        numEvaluations);
+    const auto [below, above] =
+        boost::math::tools::toms748_solve([&](double x) { return function(x) - value; }, low, high,
+                                          boost::math::tools::eps_tolerance<double>(kBits), numEvaluations);
     return 0.5 * (below + above);
 }
 
@@ -96,7 +96,8 @@ double expandedKolmogorovSmirnov(std::size_t n, double d) {
         const double weight = 2.0 * std::exp(-0.5 * pi2 * h2 / z2);
         k0 += weight;
         k1 += weight * (pi2 * h2 - z2);
-        k2 += weight * ((6.0 * z6 + 2.0 * z4) + pi2 * (2.0 * z4 - 5.0 * z2) * h2 + pi4 * (1.0 - 2.0 * z2) * h4);
+        k2 +=
+            weight * ((6.0 * z6 + 2.0 * z4) + pi2 * (2.0 * z4 - 5.0 * z2) * h2 + pi4 * (1.0 - 2.0 * z2) * h4);
         k3 += weight * (pi4 * pi2 * h4 * h2 * (5.0 - 30.0 * z2) + pi4 * h4 * (-60.0 * z2 + 212.0 * z4) +
                         pi2 * h2 * (135.0 * z4 - 96.0 * z6) - (30.0 * z6 + 90.0 * z4 * z4));
     }
@@ -107,9 +108,9 @@ double expandedKolmogorovSmirnov(std::size_t n, double d) {
         k3b += weight * (3.0 * pi2 * i2 * z2 - pi4 * i2 * i2);
     }
     const double scale = std::sqrt(0.5 * kPi);
-    return scale * (k0 / z + k1 / (6.0 * z4 * root) +
-                    (k2 / (72.0 * z6 * z) - k2b / (36.0 * z2 * z)) / (root * root) +
-                    (k3 / (6480.0 * z6 * z4) + k3b / (108.0 * z6)) / (root * root * root));
+    return scale *
+           (k0 / z + k1 / (6.0 * z4 * root) + (k2 / (72.0 * z6 * z) - k2b / (36.0 * z2 * z)) / (root * root) +
+            (k3 / (6480.0 * z6 * z4) + k3b / (108.0 * z6)) / (root * root * root));
 }
 
 /// The integral of exp(z / (8 (w^2 + 1)) - c w^2) over w > 0, by the trapezoidal rule, which converges
@@ -142,7 +143,8 @@ double kolmogorovSmirnovCdf(std::size_t n, double d) {
     assert(n >= 1);
     if (!(d > 0.0)) return 0.0;
     if (d >= 1.0) return 1.0;
-    return std::clamp(n <= kMostExact ? exactKolmogorovSmirnov(n, d) : expandedKolmogorovSmirnov(n, d), 0.0, 1.0);
+    return std::clamp(n <= kMostExact ? exactKolmogorovSmirnov(n, d) : expandedKolmogorovSmirnov(n, d), 0.0,
+                      1.0);
 }
 
 double andersonDarlingCdf(std::size_t n, double z) {
@@ -160,16 +162,15 @@ CriticalValues::CriticalValues(std::size_t n, double confidence)
     : numValues_(n),
       confidence_(std::isnan(confidence) ? kLowestConfidence
                                          : std::clamp(confidence, kLowestConfidence, kHighestConfidence)) {
-    kolmogorovSmirnov_ =
-        inverse([n](double d) { return kolmogorovSmirnovCdf(n, d); }, confidence_, 0.0,
-                std::min(1.0, 2.0 / std::sqrt(static_cast<double>(n))));
+    kolmogorovSmirnov_ = inverse([n](double d) { return kolmogorovSmirnovCdf(n, d); }, confidence_, 0.0,
+                                 std::min(1.0, 2.0 / std::sqrt(static_cast<double>(n))));
     andersonDarling_ = inverse([n](double z) { return andersonDarlingCdf(n, z); }, confidence_, 1.5, 6.0);
 }
 
 double CriticalValues::chiSquare(double degreesOfFreedom) const {
     if (!(degreesOfFreedom > 0.0)) return std::numeric_limits<double>::quiet_NaN();
-    return boost::math::quantile(
-        boost::math::complement(boost::math::chi_squared_distribution<double>(degreesOfFreedom), 1.0 - confidence_));
+    return boost::math::quantile(boost::math::complement(
+        boost::math::chi_squared_distribution<double>(degreesOfFreedom), 1.0 - confidence_));
 }
 
 }  // namespace Tessel::Engine::Dist

@@ -81,7 +81,8 @@ CFitDist::Status CFitDist::expand(std::size_t n, const double* values, const int
         return SORTING_FAILED;
     }
     for (std::size_t i = 0; i < n; ++i)
-        sample_.insert(sample_.end(), repeatCounts == nullptr ? 1U : static_cast<std::size_t>(repeatCounts[i]),
+        sample_.insert(sample_.end(),
+                       repeatCounts == nullptr ? 1U : static_cast<std::size_t>(repeatCounts[i]),
                        roundToInteger ? std::round(values[i]) : values[i]);
     return NOTHING_DONE;
 }
@@ -93,7 +94,8 @@ bool CFitDist::sort() {
     } catch (const std::bad_alloc&) {
         return false;
     }
-    for (std::size_t i = 0; i < sorted_.size(); ++i) sorted_[i] = sample_[static_cast<std::size_t>(order_[i])];
+    for (std::size_t i = 0; i < sorted_.size(); ++i)
+        sorted_[i] = sample_[static_cast<std::size_t>(order_[i])];
     return true;
 }
 
@@ -157,8 +159,8 @@ CFitDist::Status CFitDist::tryMetalog(MetalogOrder order, int numTerms, double c
 const CFitDist::Candidate* CFitDist::fitMetalog(int numTerms, double confidence, GoodnessOfFitType type,
                                                 MetalogOrder order) {
     candidates_.clear();
-    const bool isSensible = !sorted_.empty() && numTerms >= kMinMetalogTerms && numTerms <= kMaxMetalogTerms &&
-                            bounds_.areAdmissible();
+    const bool isSensible = !sorted_.empty() && numTerms >= kMinMetalogTerms &&
+                            numTerms <= kMaxMetalogTerms && bounds_.areAdmissible();
     status_ = isSensible ? tryMetalog(order, numTerms, confidence, type) : BAD_INPUT;
     return candidates_.empty() ? nullptr : &candidates_.front();
 }

@@ -32,11 +32,11 @@ class CFitDist {
     enum Status : int {
         NOTHING_DONE = 0,
         FITTED = 1,
-        BAD_INPUT = 2,          ///< No data, a value that is not finite, a repeat count below 1, a bad argument.
-        SORTING_FAILED = 3,     ///< More values than can be sorted, or no memory for it.
-        FIT_NOT_POSSIBLE = 6,   ///< No distribution of this kind fits: see the operation.
+        BAD_INPUT = 2,       ///< No data, a value that is not finite, a repeat count below 1, a bad argument.
+        SORTING_FAILED = 3,  ///< More values than can be sorted, or no memory for it.
+        FIT_NOT_POSSIBLE = 6,    ///< No distribution of this kind fits: see the operation.
         NO_GOODNESS_OF_FIT = 7,  ///< Neither a test nor the likelihood could be computed.
-        FITTED_IN_DOUBT = 9     ///< Fitted, but the chosen measure rejects or could not be computed.
+        FITTED_IN_DOUBT = 9      ///< Fitted, but the chosen measure rejects or could not be computed.
     };
 
     struct Candidate {
@@ -57,15 +57,17 @@ class CFitDist {
     /// @param values          n finite values.
     /// @param repeatCounts    null, or how often each value counts, at least 1.
     /// @param roundToInteger  replaces each value by the nearest whole number, halves away from 0.
-    bool load(std::size_t n, const double* values, const int* repeatCounts = nullptr, bool roundToInteger = false);
+    bool load(std::size_t n, const double* values, const int* repeatCounts = nullptr,
+              bool roundToInteger = false);
 
     /// The bounds of the metalogs to be fitted; not finite means none, as after `load`.
     void setBounds(double lower, double upper);
 
-    /// Fits one metalog. A finite bound that a value lies on is first moved outwards by `kBoundNudge`, or to the
-    /// next double where that is farther. FIT_NOT_POSSIBLE: a value lies outside the bounds, the terms depend on
-    /// each other at this number of values, or the density of the result is not positive everywhere, as for a
-    /// constant sample. BAD_INPUT: no data, the number of terms, or a lower bound not below the upper one.
+    /// Fits one metalog. A finite bound that a value lies on is first moved outwards by `kBoundNudge`, or to
+    /// the next double where that is farther. FIT_NOT_POSSIBLE: a value lies outside the bounds, the terms
+    /// depend on each other at this number of values, or the density of the result is not positive
+    /// everywhere, as for a constant sample. BAD_INPUT: no data, the number of terms, or a lower bound not
+    /// below the upper one.
     /// @param numTerms    2 to 16.
     /// @param confidence  of the tests, taken into [0.9, 0.99].
     /// @param type        what decides between FITTED and FITTED_IN_DOUBT.
@@ -111,7 +113,8 @@ class CFitDist {
     bool prepareMetalogs();
     std::unique_ptr<CMetalogDist> metalogWith(MetalogOrder order, int numTerms) const;
     Status tryMetalog(MetalogOrder order, int numTerms, double confidence, GoodnessOfFitType type);
-    Status judge(std::unique_ptr<CDist> distribution, int numParameters, double confidence, GoodnessOfFitType type);
+    Status judge(std::unique_ptr<CDist> distribution, int numParameters, double confidence,
+                 GoodnessOfFitType type);
     const CriticalValues& criticalValues(double confidence);
 
     std::vector<double> sample_, sorted_;

@@ -15,14 +15,9 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 /// Values are taken in blocks of this size, whose sums are then added in order.
 constexpr std::size_t kBlock = 2048;
+constexpr std::size_t kParallelBlocks = 8;
 
-/// What a distribution says of one value.
-struct Evaluation {
-    double cdf;
-    double logCdf;
-    double logComplement;
-    double logDensity;
-};
+using Evaluation = CMetalogDist::Evaluation;
 
 /// The sums over some of the values.
 class Sums {
@@ -37,7 +32,7 @@ class Sums {
         // 0 times infinity does not occur: both weights are positive.
         const double rank = static_cast<double>(i);
         andersonDarling_.add((2.0 * rank + 1.0) * y.logCdf);
-        andersonDarling_.add((2.0 * (n - rank) - 1.0) * y.logComplement);
+        andersonDarling_.add((2.0 * (n - rank) - 1.0) * y.logComplementaryCdf);
         logLikelihood_.add(y.logDensity);
         if (y.cdf >= 0.0) {
             const double position = y.cdf * static_cast<double>(classCounts_.size());
@@ -91,7 +86,7 @@ GoodnessOfFit measure(std::span<const double> sorted, int numParameters, const C
     assert(!sorted.empty() && critical.numValues() == sorted.size());
     const std::size_t n = sorted.size(), numBlocks = (n + kBlock - 1) / kBlock;
     std::vector<Sums> sums(numBlocks, Sums(numChiSquareClasses(n)));
-#pragma omp parallel for schedule(static) if (numBlocks > 1)
+#pragma omp parallel for schedule(static) if (numBlocks >= kParallelBlocks)
     for (std::size_t block = 0; block < numBlocks; ++block)
         for (std::size_t i = block * kBlock; i < std::min((block + 1) * kBlock, n); ++i)
             sums[block].add(evaluate(sorted[i]), i, static_cast<double>(n));
@@ -113,22 +108,33 @@ bool GoodnessOfFit::isAnyComputed() const {
 double GoodnessOfFit::value(GoodnessOfFitType type) const {
     const auto statisticOf = [](const FitTest& test) { return test.isComputed() ? test.statistic : kNaN; };
     switch (type) {
-        case GoodnessOfFitType::CHI_SQUARE: return statisticOf(chiSquare);
-        case GoodnessOfFitType::KOLMOGOROV_SMIRNOV: return statisticOf(kolmogorovSmirnov);
-        case GoodnessOfFitType::ANDERSON_DARLING: return statisticOf(andersonDarling);
-        default: break;
+        case GoodnessOfFitType::CHI_SQUARE:
+            return statisticOf(chiSquare);
+        case GoodnessOfFitType::KOLMOGOROV_SMIRNOV:
+            return statisticOf(kolmogorovSmirnov);
+        case GoodnessOfFitType::ANDERSON_DARLING:
+            return statisticOf(andersonDarling);
+        default:
+            break;
     }
     if (!hasLikelihood()) return kNaN;
     const double n = static_cast<double>(numValues), k = numParameters, rest = n - k - 1.0;
     const double deviance = -2.0 * logLikelihood;
     switch (type) {
-        case GoodnessOfFitType::MAX_LIKELIHOOD: return logLikelihood;
-        case GoodnessOfFitType::AIC: return deviance + 2.0 * k;
-        case GoodnessOfFitType::AICC: return rest > 0.0 ? deviance + 2.0 * k + 2.0 * k * (k + 1.0) / rest : kNaN;
-        case GoodnessOfFitType::BIC: return deviance + k * std::log(n);
-        case GoodnessOfFitType::BICC: return rest > 0.0 ? deviance + k * std::log(n) * n / rest : kNaN;
-        case GoodnessOfFitType::HQIC: return n >= 3.0 ? deviance + 2.0 * k * std::log(std::log(n)) : kNaN;
-        default: return kNaN;
+        case GoodnessOfFitType::MAX_LIKELIHOOD:
+            return logLikelihood;
+        case GoodnessOfFitType::AIC:
+            return deviance + 2.0 * k;
+        case GoodnessOfFitType::AICC:
+            return rest > 0.0 ? deviance + 2.0 * k + 2.0 * k * (k + 1.0) / rest : kNaN;
+        case GoodnessOfFitType::BIC:
+            return deviance + k * std::log(n);
+        case GoodnessOfFitType::BICC:
+            return rest > 0.0 ? deviance + k * std::log(n) * n / rest : kNaN;
+        case GoodnessOfFitType::HQIC:
+            return n >= 3.0 ? deviance + 2.0 * k * std::log(std::log(n)) : kNaN;
+        default:
+            return kNaN;
     }
 }
 
@@ -141,11 +147,16 @@ bool GoodnessOfFit::isBetterThan(const GoodnessOfFit& other, GoodnessOfFitType t
 bool GoodnessOfFit::isDoubtedBy(GoodnessOfFitType type) const {
     const auto doubts = [](const FitTest& test) { return !test.isComputed() || test.rejects(); };
     switch (type) {
-        case GoodnessOfFitType::CHI_SQUARE: return doubts(chiSquare);
-        case GoodnessOfFitType::KOLMOGOROV_SMIRNOV: return doubts(kolmogorovSmirnov);
-        case GoodnessOfFitType::ANDERSON_DARLING: return doubts(andersonDarling);
-        case GoodnessOfFitType::HQIC: return false;
-        default: return !hasLikelihood();
+        case GoodnessOfFitType::CHI_SQUARE:
+            return doubts(chiSquare);
+        case GoodnessOfFitType::KOLMOGOROV_SMIRNOV:
+            return doubts(kolmogorovSmirnov);
+        case GoodnessOfFitType::ANDERSON_DARLING:
+            return doubts(andersonDarling);
+        case GoodnessOfFitType::HQIC:
+            return false;
+        default:
+            return !hasLikelihood();
     }
 }
 
@@ -161,20 +172,14 @@ GoodnessOfFit goodnessOfFit(const CDist& dist, std::span<const double> sorted, i
         return fit;
     }
     return measure(sorted, numParameters, critical, [&dist](double x) {
-        const double cdf = dist.cdf(x);
-        return Evaluation{cdf, std::log(cdf), std::log(dist.complementaryCdf(x)), dist.logPdf(x)};
+        const double cdf = dist.cdf(x), complement = dist.complementaryCdf(x);
+        return Evaluation{cdf, complement, std::log(cdf), std::log(complement), dist.logPdf(x)};
     });
 }
 
 GoodnessOfFit goodnessOfFit(const CMetalogDist& dist, std::span<const double> sorted, int numParameters,
                             const CriticalValues& critical) {
-    return measure(sorted, numParameters, critical, [&dist](double x) {
-        const auto [logit, logDensity] = dist.at(x);
-        const double odds = std::exp(-std::abs(logit)), logOfLarger = -std::log1p(odds);
-        const double logOfSmaller = logOfLarger - std::abs(logit);
-        return logit < 0.0 ? Evaluation{odds / (1.0 + odds), logOfSmaller, logOfLarger, logDensity}
-                           : Evaluation{1.0 / (1.0 + odds), logOfLarger, logOfSmaller, logDensity};
-    });
+    return measure(sorted, numParameters, critical, [&dist](double x) { return dist.at(x); });
 }
 
 }  // namespace Tessel::Engine::Dist

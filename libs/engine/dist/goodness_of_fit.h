@@ -59,8 +59,8 @@ struct GoodnessOfFit {
     /// - HQIC = 2k ln ln n - 2L, NaN for n < 3: E. Hannan & B. Quinn (1979).
     double value(GoodnessOfFitType type) const;
 
-    /// Whether this fit is better by the given measure: a larger likelihood, a smaller value of all others, and
-    /// any value rather than none.
+    /// Whether this fit is better by the given measure: a larger likelihood, a smaller value of all others,
+    /// and any value rather than none.
     bool isBetterThan(const GoodnessOfFit& other, GoodnessOfFitType type) const;
     /// Whether the measure tells something against the fit: a test that rejects or cannot be computed, or no
     /// likelihood. HQIC never does.

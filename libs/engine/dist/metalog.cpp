@@ -12,27 +12,7 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kLargestLogit = 800.0;
 
 constexpr double kTableEnd = 20.0;
-constexpr int kKnotsPerLogit = 2;
-
-double horner(const MetalogPolynomial& p, double x) {
-    double value = p.back();
-    for (std::size_t k = p.size() - 1; k-- > 0;) value = value * x + p[k];
-    return value;
-}
-
-/// A polynomial with its first two derivatives.
-struct Taylor {
-    double value, first, second;
-
-    Taylor(const MetalogPolynomial& p, double x) : value(p.back()), first(0.0), second(0.0) {
-        for (std::size_t k = p.size() - 1; k-- > 0;) {
-            second = second * x + first;
-            first = first * x + value;
-            value = value * x + p[k];
-        }
-        second *= 2.0;
-    }
-};
+constexpr int kKnotsPerLogit = 4;
 
 }  // namespace
 
@@ -52,16 +32,21 @@ double logit(double y) {
 MetalogProbability MetalogProbability::ofLogit(double logit) {
     const double odds = std::exp(-std::abs(logit));
     const double inverse = 1.0 / (1.0 + odds);
-    return {logit, std::copysign(0.5 * (1.0 - odds) * inverse, logit), odds * inverse * inverse};
+    return {logit, odds, std::copysign(0.5 * (1.0 - odds) * inverse, logit), odds * inverse * inverse};
 }
 
-MetalogProbability MetalogProbability::of(double y) { return {Dist::logit(y), y - 0.5, y * (1.0 - y)}; }
+MetalogProbability MetalogProbability::of(double y) {
+    const double smaller = std::min(y, 1.0 - y);
+    return {Dist::logit(y), smaller / (1.0 - smaller), y - 0.5, y * (1.0 - y)};
+}
 
 MetalogCurve::MetalogCurve(MetalogOrder order, std::span<const double> coefficients) {
     if (coefficients.size() < kMinMetalogTerms || coefficients.size() > kMaxMetalogTerms) return;
     for (std::size_t j = 0; j < coefficients.size(); ++j) {
         const MetalogTerm term = metalogTerm(order, static_cast<int>(j) + 1);
-        (term.hasLogit ? logits_ : plain_)[static_cast<std::size_t>(term.power)] = coefficients[j];
+        const auto power = static_cast<std::size_t>(term.power);
+        (term.hasLogit ? logits_ : plain_)[power] = coefficients[j];
+        degree_ = std::max(degree_, power);
     }
 }
 
@@ -70,21 +55,38 @@ bool MetalogCurve::isPolynomial() const {
 }
 
 double MetalogCurve::value(const MetalogProbability& y) const {
-    return horner(plain_, y.x) + y.logit * horner(logits_, y.x);
+    double a = plain_[degree_], b = logits_[degree_];
+    for (std::size_t k = degree_; k-- > 0;) {
+        a = a * y.x + plain_[k];
+        b = b * y.x + logits_[k];
+    }
+    return a + y.logit * b;
 }
 
 double MetalogCurve::slope(const MetalogProbability& y) const { return point(y).slope; }
 
 MetalogCurve::Point MetalogCurve::point(const MetalogProbability& y) const {
-    const Taylor a(plain_, y.x), b(logits_, y.x);
-    const double first = a.first + y.logit * b.first;
-    const double second = a.second + y.logit * b.second;
-    return {a.value + y.logit * b.value, b.value + y.product * first,
-            y.product * (2.0 * (b.first - y.x * first) + y.product * second)};
+    // Horner's scheme with the first derivatives and halves of the second ones.
+    double a = plain_[degree_], aFirst = 0.0, aSecond = 0.0;
+    double b = logits_[degree_], bFirst = 0.0, bSecond = 0.0;
+    for (std::size_t k = degree_; k-- > 0;) {
+        aSecond = aSecond * y.x + aFirst;
+        bSecond = bSecond * y.x + bFirst;
+        aFirst = aFirst * y.x + a;
+        bFirst = bFirst * y.x + b;
+        a = a * y.x + plain_[k];
+        b = b * y.x + logits_[k];
+    }
+    const double first = aFirst + y.logit * bFirst;
+    const double second = 2.0 * (aSecond + y.logit * bSecond);
+    return {a + y.logit * b, b + y.product * first,
+            y.product * (2.0 * (bFirst - y.x * first) + y.product * second)};
 }
 
-double MetalogCurve::limitAtZero() const { return isPolynomial() ? horner(plain_, -0.5) : -kInfinity; }
-double MetalogCurve::limitAtOne() const { return isPolynomial() ? horner(plain_, 0.5) : kInfinity; }
+double MetalogCurve::limitAtZero() const {
+    return isPolynomial() ? value({0.0, 1.0, -0.5, 0.0}) : -kInfinity;
+}
+double MetalogCurve::limitAtOne() const { return isPolynomial() ? value({0.0, 1.0, 0.5, 0.0}) : kInfinity; }
 
 // ---- bounds
 
@@ -131,66 +133,76 @@ MetalogInverse::MetalogInverse(const MetalogCurve& curve) : curve_(curve) {
     knots_.reserve(kNumKnots);
     for (int i = 0; i < kNumKnots; ++i) {
         const double logit = -kTableEnd + static_cast<double>(i) / kKnotsPerLogit;
-        const MetalogCurve::Point point = curve.point(MetalogProbability::ofLogit(logit));
-        knots_.push_back({logit, point.value, point.slope});
+        const auto [value, slope, curvature] = curve.point(MetalogProbability::ofLogit(logit));
+        knots_.push_back({value, logit, 1.0 / slope, -curvature / (slope * slope * slope)});
     }
 }
 
 MetalogInverse::Solution MetalogInverse::operator()(double value) const {
     if (std::isnan(value) || knots_.empty()) {
         const double nan = std::numeric_limits<double>::quiet_NaN();
-        return {nan, nan};
+        return {nan, nan, nan};
     }
     const auto next = std::partition_point(knots_.begin(), knots_.end(),
                                            [value](const Knot& knot) { return knot.value < value; });
     if (next == knots_.begin()) {
-        const double guess = next->logit + (value - next->value) / next->slope;
+        const double guess = next->logit + (value - next->value) * next->first;
         return solve(value, std::max(guess, -kLargestLogit), -kInfinity, next->logit);
     }
     const Knot& low = *(next - 1);
     if (next == knots_.end()) {
-        const double guess = low.logit + (value - low.value) / low.slope;
+        const double guess = low.logit + (value - low.value) * low.first;
         return solve(value, std::min(guess, kLargestLogit), low.logit, kInfinity);
     }
-    // The cubic through both knots with the slopes of the inverse there (Hermite).
+    // The polynomial of degree 5 that agrees with the inverse at both knots to the second derivative
+    // (Hermite), as what it adds to the Taylor polynomial of degree 2 at the lower one.
     const Knot& high = *next;
-    const double width = high.value - low.value, u = (value - low.value) / width, v = 1.0 - u;
-    const double guess = low.logit * (v * v * (1.0 + 2.0 * u)) + high.logit * (u * u * (1.0 + 2.0 * v)) +
-                         width * u * v * (v / low.slope - u / high.slope);
+    const double width = high.value - low.value, u = (value - low.value) / width;
+    const double first = low.first * width, second = 0.5 * low.second * width * width;
+    const double lackOfValue = high.logit - low.logit - first - second;
+    const double lackOfFirst = high.first * width - first - 2.0 * second;
+    const double lackOfSecond = 0.5 * high.second * width * width - second;
+    const double third = 10.0 * lackOfValue - 4.0 * lackOfFirst + lackOfSecond;
+    const double fourth = -15.0 * lackOfValue + 7.0 * lackOfFirst - 2.0 * lackOfSecond;
+    const double fifth = 6.0 * lackOfValue - 3.0 * lackOfFirst + lackOfSecond;
+    const double guess = low.logit + u * (first + u * (second + u * (third + u * (fourth + u * fifth))));
     return solve(value, guess, low.logit, high.logit);
 }
 
 MetalogInverse::Solution MetalogInverse::solve(double value, double guess, double low, double high) const {
     constexpr int kMostSteps = 200;  // bisection alone needs about 70 from the widest bracket
-    constexpr double kPrecision = std::numeric_limits<double>::epsilon() / 2.0;
+    /// A step this small leaves, by its third power, nothing; and the slope, followed to first order, 1e-14.
+    constexpr double kSmallStep = 1e-7;
     double logit = guess >= low && guess <= high ? guess : std::clamp(0.5 * (low + high), low, high);
     MetalogCurve::Point point{};
     for (int step = 0; step < kMostSteps; ++step) {
-        point = curve_.point(MetalogProbability::ofLogit(logit));
+        const MetalogProbability y = MetalogProbability::ofLogit(logit);
+        point = curve_.point(y);
         const double excess = point.value - value;
         (excess > 0.0 ? high : low) = logit;
-        if (low >= kLargestLogit) return {kInfinity, point.slope};
-        if (high <= -kLargestLogit) return {-kInfinity, point.slope};
+        if (low >= kLargestLogit) return {kInfinity, 0.0, point.slope};
+        if (high <= -kLargestLogit) return {-kInfinity, 0.0, point.slope};
 
-        const double move = -excess / point.slope;
+        const double newton = -excess / point.slope;
+        const double halley = newton / (1.0 + 0.5 * newton * point.curvature / point.slope);
+        const double move = std::abs(halley - newton) <= 0.5 * std::abs(newton) ? halley : newton;
         const double next = logit + move;
-        if (!(next >= low && next <= high)) {  // also for NaN
-            const double middle = std::isinf(low)    ? std::max(2.0 * high, -kLargestLogit)
-                                  : std::isinf(high) ? std::min(2.0 * low, kLargestLogit)
-                                                     : 0.5 * (low + high);
-            if (middle == low || middle == high) break;
-            logit = middle;
+        if (std::abs(move) <= kSmallStep) {
+            const double towardsZero = logit < 0.0 ? move : -move;
+            return {next, y.odds * (1.0 + towardsZero + 0.5 * towardsZero * towardsZero),
+                    point.slope + point.curvature * move};
+        }
+        if (next >= low && next <= high) {
+            logit = next;
             continue;
         }
-        // What Newton's step leaves is half the curvature over the slope times its square, and where that
-        // happens to vanish, of the order of its cube.
-        const double left = 0.5 * point.curvature / point.slope * move * move;
-        const double tolerance = kPrecision * (1.0 + std::abs(next));
-        if (std::abs(left) <= tolerance && std::abs(move * move * move) <= tolerance)
-            return {next, point.slope + point.curvature * move};
-        logit = next;
+        const double middle = std::isinf(low)    ? std::max(2.0 * high, -kLargestLogit)
+                              : std::isinf(high) ? std::min(2.0 * low, kLargestLogit)
+                                                 : 0.5 * (low + high);
+        if (middle == low || middle == high) break;
+        logit = middle;
     }
-    return {logit, point.slope};
+    return {logit, std::exp(-std::abs(logit)), point.slope};
 }
 
 }  // namespace Tessel::Engine::Dist

@@ -58,6 +58,7 @@ using MetalogPolynomial = std::array<double, 8>;
 /// A probability y, with what is needed of it in both tails.
 struct MetalogProbability {
     double logit;    ///< ln(y / (1 - y))
+    double odds;     ///< exp(-|logit|)
     double x;        ///< y - 1/2
     double product;  ///< y (1 - y)
 
@@ -92,13 +93,14 @@ class MetalogCurve {
     };
     Point point(const MetalogProbability& y) const;
 
-    /// The limits of M for y = 0 and 1; infinite unless the curve is a polynomial or flattens to one.
+    /// The limits of M for y = 0 and 1; infinite unless the curve is a polynomial.
     double limitAtZero() const;
     double limitAtOne() const;
 
  private:
     MetalogPolynomial plain_{};
     MetalogPolynomial logits_{};
+    std::size_t degree_ = 0;  ///< Of the higher one.
 };
 
 /// Whether the slope is positive for every y in 0 < y < 1, proved and not sampled: false where a density that
@@ -139,17 +141,20 @@ class MetalogInverse {
 
     struct Solution {
         double logit;  ///< Minus or plus infinity where even the smallest probability is too large.
+        double odds;   ///< exp(-|logit|): the smaller of y and 1 - y is odds / (1 + odds).
         double slope;
     };
-    /// The logit at which the curve has the value, by Newton's method within a shrinking bracket, to the
+    /// The logit at which the curve has the value, by Halley's method within a shrinking bracket, to the
     /// precision of the value itself; NaN for NaN.
     Solution operator()(double value) const;
 
  private:
+    /// A point of the curve, with the derivatives of the inverse there.
     struct Knot {
-        double logit;
         double value;
-        double slope;
+        double logit;
+        double first;
+        double second;
     };
     Solution solve(double value, double guess, double low, double high) const;
 

@@ -98,20 +98,27 @@ double CMetalogDist::mode() const {
 
 // ---- probabilities
 
-CMetalogDist::LogitAndDensity CMetalogDist::at(double x) const {
-    if (!isValid_ || std::isnan(x)) return {kNaN, kNaN};
+CMetalogDist::Evaluation CMetalogDist::at(double x) const {
+    if (!isValid_ || std::isnan(x)) return {kNaN, kNaN, kNaN, kNaN, kNaN};
+    constexpr Evaluation kBelow{0.0, 1.0, -kInfinity, 0.0, -kInfinity},
+        kAbove{1.0, 0.0, 0.0, -kInfinity, -kInfinity};
     const double y = x - shift();
-    if (!support().contains(y) || y <= bounds_.lower || y >= bounds_.upper) {
-        const bool below = y <= std::max(bounds_.lower, support().lower);
-        return {below ? -kInfinity : kInfinity, -kInfinity};
-    }
+    if (y < support().lower || y <= bounds_.lower) return kBelow;
+    if (y > support().upper || y >= bounds_.upper) return kAbove;
     const MetalogInverse::Solution solution = inverse_(bounds_.toLine(y));
-    if (std::isinf(solution.logit)) return {solution.logit, -kInfinity};
-    return {solution.logit, logProduct(solution.logit) - std::log(solution.slope) + bounds_.logDerivative(y)};
+    if (std::isinf(solution.logit)) return solution.logit < 0.0 ? kBelow : kAbove;
+
+    const double larger = 1.0 / (1.0 + solution.odds), smaller = solution.odds * larger;
+    const double logOfLarger = -std::log(1.0 + solution.odds),
+                 logOfSmaller = logOfLarger - std::abs(solution.logit);
+    const double logDensity =
+        logOfLarger + logOfSmaller - std::log(solution.slope) + bounds_.logDerivative(y);
+    return solution.logit < 0.0 ? Evaluation{smaller, larger, logOfSmaller, logOfLarger, logDensity}
+                                : Evaluation{larger, smaller, logOfLarger, logOfSmaller, logDensity};
 }
 
-double CMetalogDist::cdf(double x) const { return 1.0 / (1.0 + std::exp(-at(x).logit)); }
-double CMetalogDist::complementaryCdf(double x) const { return 1.0 / (1.0 + std::exp(at(x).logit)); }
+double CMetalogDist::cdf(double x) const { return at(x).cdf; }
+double CMetalogDist::complementaryCdf(double x) const { return at(x).complementaryCdf; }
 double CMetalogDist::logPdf(double x) const { return at(x).logDensity; }
 double CMetalogDist::pdf(double x) const { return std::exp(at(x).logDensity); }
 

@@ -59,13 +59,15 @@ class CMetalogDist : public CDist {
     bool setParameters(std::span<const double> parameters) override;
     std::unique_ptr<CDist> clone() const override { return std::make_unique<CMetalogDist>(*this); }
 
-    /// The logit of cdf(x), minus or plus infinity for 0 and 1, and the logarithm of the density: what both
-    /// are made of, in one evaluation. NaN when invalid.
-    struct LogitAndDensity {
-        double logit;
+    /// Everything about one value, in one evaluation; NaN when invalid.
+    struct Evaluation {
+        double cdf;
+        double complementaryCdf;
+        double logCdf;
+        double logComplementaryCdf;
         double logDensity;
     };
-    LogitAndDensity at(double x) const;
+    Evaluation at(double x) const;
 
  protected:
     CMetalogDist(MetalogOrder order, std::int32_t familyCode);

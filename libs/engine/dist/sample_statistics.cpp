@@ -40,7 +40,8 @@ struct PowerSums {
         const double total = count + other.count, d = other.mean - mean;
         const double share = count / total, otherShare = other.count / total, product = count * otherShare;
         const double step = d * d;
-        fourths += other.fourths + step * step * product * (share * share - share * otherShare + otherShare * otherShare) +
+        fourths += other.fourths +
+                   step * step * product * (share * share - share * otherShare + otherShare * otherShare) +
                    6.0 * step * (share * share * other.squares + otherShare * otherShare * squares) +
                    4.0 * d * (share * other.cubes - otherShare * cubes);
         cubes += other.cubes + step * d * product * (share - otherShare) +
@@ -68,7 +69,8 @@ SampleStatistics statisticsOf(std::span<const double> sorted) {
         result.standardDeviation = std::sqrt(result.variance);
     }
     if (second > 0.0 && n > 2.0)
-        result.skewness = std::sqrt(n * (n - 1.0)) / (n - 2.0) * (sums.cubes / n) / (second * std::sqrt(second));
+        result.skewness =
+            std::sqrt(n * (n - 1.0)) / (n - 2.0) * (sums.cubes / n) / (second * std::sqrt(second));
     if (second > 0.0 && n > 3.0)
         result.excessKurtosis = (n - 1.0) / ((n - 2.0) * (n - 3.0)) *
                                 ((n + 1.0) * (sums.fourths / n / (second * second) - 3.0) + 6.0);

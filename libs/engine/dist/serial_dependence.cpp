@@ -94,9 +94,9 @@ double serialDependence(std::span<const double> values) {
         return largest;
     }
 
-    // The rounding of the transform is a small multiple of epsilon times the sum of squares at every lag. What
-    // may be the largest is computed as defined, from the long lags, which are cheap, to the short ones, where
-    // the transform is accurate: a periodic series has as many largest correlations as lags.
+    // The rounding of the transform is a small multiple of epsilon times the sum of squares at every lag.
+    // What may be the largest is computed as defined, from the long lags, which are cheap, to the short ones,
+    // where the transform is accurate: a periodic series has as many largest correlations as lags.
     const std::vector<double> sums = allSumsOfProducts(deviations);
     const double rounding = 64.0 * std::numeric_limits<double>::epsilon() * squares;
     const auto transformed = [&](std::size_t lag, double margin) {

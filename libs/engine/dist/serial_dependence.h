@@ -8,12 +8,12 @@ namespace Tessel::Engine::Dist {
 ///
 ///   r[k] = (sum over i = 1 .. n - k of (x[i] - mean) (x[i + k] - mean)) / (n - k) / variance
 ///
-/// with the sample variance (divisor n - 1). At long lags few products enter: values well above 1 are possible,
-/// and usual for independent values. NaN for fewer than two values or a constant.
+/// with the sample variance (divisor n - 1). At long lags few products enter: values well above 1 are
+/// possible, and usual for independent values. NaN for fewer than two values or a constant.
 ///
-/// Long series: all sums by a fast Fourier transform in O(n log n) (D. Percival & A. Walden, Spectral Analysis
-/// for Physical Applications (1993), ch. 6), then the largest again as defined, so that the result has full
-/// precision.
+/// Long series: all sums by a fast Fourier transform in O(n log n) (D. Percival & A. Walden, Spectral
+/// Analysis for Physical Applications (1993), ch. 6), then the largest again as defined, so that the result
+/// has full precision.
 double serialDependence(std::span<const double> values);
 
 }  // namespace Tessel::Engine::Dist

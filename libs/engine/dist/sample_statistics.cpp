@@ -11,18 +11,18 @@ constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 /// The values of a block stay in the first-level cache between the passes over it.
 constexpr std::size_t kBlock = 1024;
 
-/// Count, mean and the sums of the powers of the deviations from it.
+/// Count, mean and the sums of the powers of the deviations from it, of values less a shift, which is one of
+/// them: far from zero the differences have digits that a mean has not.
 struct PowerSums {
     double count = 0.0, mean = 0.0, squares = 0.0, cubes = 0.0, fourths = 0.0;
 
-    explicit PowerSums(std::span<const double> block) : count(static_cast<double>(block.size())) {
-        const double shift = block.front();  // equal values then have deviations of exactly 0
+    PowerSums(std::span<const double> block, double shift) : count(static_cast<double>(block.size())) {
         double sum = 0.0;
         for (const double x : block) sum += x - shift;
-        mean = shift + sum / count;
+        mean = sum / count;
         double rest = 0.0;
         for (const double x : block) {
-            const double d = x - mean, square = d * d;
+            const double d = (x - shift) - mean, square = d * d;
             rest += d;
             squares += square;
             cubes += square * d;
@@ -58,12 +58,13 @@ SampleStatistics statisticsOf(std::span<const double> sorted) {
     SampleStatistics result;
     result.count = sorted.size();
     if (sorted.empty()) return result;
-    PowerSums sums(sorted.first(std::min(kBlock, sorted.size())));
+    const double shift = sorted[sorted.size() / 2];
+    PowerSums sums(sorted.first(std::min(kBlock, sorted.size())), shift);
     for (std::size_t begin = kBlock; begin < sorted.size(); begin += kBlock)
-        sums.merge(PowerSums(sorted.subspan(begin, std::min(kBlock, sorted.size() - begin))));
+        sums.merge(PowerSums(sorted.subspan(begin, std::min(kBlock, sorted.size() - begin)), shift));
 
     const double n = sums.count, second = sums.squares / n;
-    result.mean = std::clamp(sums.mean, sorted.front(), sorted.back());
+    result.mean = std::clamp(shift + sums.mean, sorted.front(), sorted.back());
     if (n > 1.0) {
         result.variance = sums.squares / (n - 1.0);
         result.standardDeviation = std::sqrt(result.variance);

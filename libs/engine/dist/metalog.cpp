@@ -11,8 +11,8 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 /// Beyond this logit a probability underflows to 0.
 constexpr double kLargestLogit = 800.0;
 
-constexpr double kTableEnd = 20.0;
-constexpr int kKnotsPerLogit = 4;
+constexpr double kTableEnd = 14.0;
+constexpr int kKnotsPerLogit = 8;
 
 }  // namespace
 
@@ -65,23 +65,34 @@ double MetalogCurve::value(const MetalogProbability& y) const {
 
 double MetalogCurve::slope(const MetalogProbability& y) const { return point(y).slope; }
 
-MetalogCurve::Point MetalogCurve::point(const MetalogProbability& y) const {
+template <std::size_t Size>
+std::array<MetalogCurve::Point, Size> MetalogCurve::points(
+    const std::array<MetalogProbability, Size>& y) const {
     // Horner's scheme with the first derivatives and halves of the second ones.
-    double a = plain_[degree_], aFirst = 0.0, aSecond = 0.0;
-    double b = logits_[degree_], bFirst = 0.0, bSecond = 0.0;
-    for (std::size_t k = degree_; k-- > 0;) {
-        aSecond = aSecond * y.x + aFirst;
-        bSecond = bSecond * y.x + bFirst;
-        aFirst = aFirst * y.x + a;
-        bFirst = bFirst * y.x + b;
-        a = a * y.x + plain_[k];
-        b = b * y.x + logits_[k];
+    std::array<double, Size> x, a, b, aFirst{}, bFirst{}, aSecond{}, bSecond{};
+    for (std::size_t i = 0; i < Size; ++i) x[i] = y[i].x;
+    a.fill(plain_[degree_]);
+    b.fill(logits_[degree_]);
+    for (std::size_t k = degree_; k-- > 0;)
+        for (std::size_t i = 0; i < Size; ++i) {
+            aSecond[i] = aSecond[i] * x[i] + aFirst[i];
+            bSecond[i] = bSecond[i] * x[i] + bFirst[i];
+            aFirst[i] = aFirst[i] * x[i] + a[i];
+            bFirst[i] = bFirst[i] * x[i] + b[i];
+            a[i] = a[i] * x[i] + plain_[k];
+            b[i] = b[i] * x[i] + logits_[k];
+        }
+    std::array<Point, Size> result;
+    for (std::size_t i = 0; i < Size; ++i) {
+        const double first = aFirst[i] + y[i].logit * bFirst[i];
+        const double second = 2.0 * (aSecond[i] + y[i].logit * bSecond[i]);
+        result[i] = {a[i] + y[i].logit * b[i], b[i] + y[i].product * first,
+                     y[i].product * (2.0 * (bFirst[i] - x[i] * first) + y[i].product * second)};
     }
-    const double first = aFirst + y.logit * bFirst;
-    const double second = 2.0 * (aSecond + y.logit * bSecond);
-    return {a + y.logit * b, b + y.product * first,
-            y.product * (2.0 * (bFirst - y.x * first) + y.product * second)};
+    return result;
 }
+
+MetalogCurve::Point MetalogCurve::point(const MetalogProbability& y) const { return points<1>({y}).front(); }
 
 double MetalogCurve::limitAtZero() const {
     return isPolynomial() ? value({0.0, 1.0, -0.5, 0.0}) : -kInfinity;
@@ -138,21 +149,17 @@ MetalogInverse::MetalogInverse(const MetalogCurve& curve) : curve_(curve) {
     }
 }
 
-MetalogInverse::Solution MetalogInverse::operator()(double value) const {
-    if (std::isnan(value) || knots_.empty()) {
-        const double nan = std::numeric_limits<double>::quiet_NaN();
-        return {nan, nan, nan};
-    }
+MetalogInverse::Search MetalogInverse::searchFor(double value) const {
     const auto next = std::partition_point(knots_.begin(), knots_.end(),
                                            [value](const Knot& knot) { return knot.value < value; });
     if (next == knots_.begin()) {
         const double guess = next->logit + (value - next->value) * next->first;
-        return solve(value, std::max(guess, -kLargestLogit), -kInfinity, next->logit);
+        return {std::max(guess, -kLargestLogit), -kInfinity, next->logit};
     }
     const Knot& low = *(next - 1);
     if (next == knots_.end()) {
         const double guess = low.logit + (value - low.value) * low.first;
-        return solve(value, std::min(guess, kLargestLogit), low.logit, kInfinity);
+        return {std::min(guess, kLargestLogit), low.logit, kInfinity};
     }
     // The polynomial of degree 5 that agrees with the inverse at both knots to the second derivative
     // (Hermite), as what it adds to the Taylor polynomial of degree 2 at the lower one.
@@ -166,32 +173,72 @@ MetalogInverse::Solution MetalogInverse::operator()(double value) const {
     const double fourth = -15.0 * lackOfValue + 7.0 * lackOfFirst - 2.0 * lackOfSecond;
     const double fifth = 6.0 * lackOfValue - 3.0 * lackOfFirst + lackOfSecond;
     const double guess = low.logit + u * (first + u * (second + u * (third + u * (fourth + u * fifth))));
-    return solve(value, guess, low.logit, high.logit);
+    if (guess >= low.logit && guess <= high.logit) return {guess, low.logit, high.logit};
+    return {0.5 * (low.logit + high.logit), low.logit, high.logit};
 }
 
-MetalogInverse::Solution MetalogInverse::solve(double value, double guess, double low, double high) const {
+namespace {
+
+/// Halley's step towards the value, Newton's where the curvature misleads.
+double stepTowards(double value, const MetalogCurve::Point& point) {
+    const double newton = (value - point.value) / point.slope;
+    const double halley = newton / (1.0 + 0.5 * newton * point.curvature / point.slope);
+    return std::abs(halley - newton) <= 0.5 * std::abs(newton) ? halley : newton;
+}
+
+/// A step this small leaves, by its third power, nothing; and the slope, followed to first order, 1e-14.
+constexpr double kSmallStep = 1e-7;
+
+MetalogInverse::Solution lastStep(const MetalogProbability& y, const MetalogCurve::Point& point,
+                                  double step) {
+    const double towardsZero = y.logit < 0.0 ? step : -step;
+    return {y.logit + step, y.odds * (1.0 + towardsZero + 0.5 * towardsZero * towardsZero),
+            point.slope + point.curvature * step};
+}
+
+constexpr MetalogInverse::Solution kNoSolution{std::numeric_limits<double>::quiet_NaN(),
+                                               std::numeric_limits<double>::quiet_NaN(),
+                                               std::numeric_limits<double>::quiet_NaN()};
+
+}  // namespace
+
+MetalogInverse::Solution MetalogInverse::operator()(double value) const {
+    if (std::isnan(value) || knots_.empty()) return kNoSolution;
+    return solve(value, searchFor(value));
+}
+
+void MetalogInverse::operator()(std::span<const double> values, std::span<Solution> result) const {
+    // Most guesses are one step away: that step for four values at a time, the others one by one.
+    constexpr std::size_t kSize = 4;
+    std::size_t begin = 0;
+    for (; begin + kSize <= values.size() && !knots_.empty(); begin += kSize) {
+        std::array<MetalogProbability, kSize> y;
+        for (std::size_t i = 0; i < kSize; ++i)
+            y[i] = MetalogProbability::ofLogit(searchFor(values[begin + i]).guess);
+        const auto points = curve_.points(y);
+        for (std::size_t i = 0; i < kSize; ++i) {
+            const double value = values[begin + i], step = stepTowards(value, points[i]);
+            result[begin + i] =
+                std::abs(step) <= kSmallStep ? lastStep(y[i], points[i], step) : (*this)(value);
+        }
+    }
+    for (; begin < values.size(); ++begin) result[begin] = (*this)(values[begin]);
+}
+
+MetalogInverse::Solution MetalogInverse::solve(double value, Search search) const {
     constexpr int kMostSteps = 200;  // bisection alone needs about 70 from the widest bracket
-    /// A step this small leaves, by its third power, nothing; and the slope, followed to first order, 1e-14.
-    constexpr double kSmallStep = 1e-7;
-    double logit = guess >= low && guess <= high ? guess : std::clamp(0.5 * (low + high), low, high);
+    auto [logit, low, high] = search;
     MetalogCurve::Point point{};
-    for (int step = 0; step < kMostSteps; ++step) {
+    for (int i = 0; i < kMostSteps; ++i) {
         const MetalogProbability y = MetalogProbability::ofLogit(logit);
         point = curve_.point(y);
-        const double excess = point.value - value;
-        (excess > 0.0 ? high : low) = logit;
+        const double step = stepTowards(value, point);
+        if (std::abs(step) <= kSmallStep) return lastStep(y, point, step);
+
+        (point.value > value ? high : low) = logit;
         if (low >= kLargestLogit) return {kInfinity, 0.0, point.slope};
         if (high <= -kLargestLogit) return {-kInfinity, 0.0, point.slope};
-
-        const double newton = -excess / point.slope;
-        const double halley = newton / (1.0 + 0.5 * newton * point.curvature / point.slope);
-        const double move = std::abs(halley - newton) <= 0.5 * std::abs(newton) ? halley : newton;
-        const double next = logit + move;
-        if (std::abs(move) <= kSmallStep) {
-            const double towardsZero = logit < 0.0 ? move : -move;
-            return {next, y.odds * (1.0 + towardsZero + 0.5 * towardsZero * towardsZero),
-                    point.slope + point.curvature * move};
-        }
+        const double next = logit + step;
         if (next >= low && next <= high) {
             logit = next;
             continue;

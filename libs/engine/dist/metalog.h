@@ -92,6 +92,9 @@ class MetalogCurve {
         double curvature;  ///< d^2M / dL^2
     };
     Point point(const MetalogProbability& y) const;
+    /// The points of several probabilities, the same bit for bit, evaluated side by side.
+    template <std::size_t Size>
+    std::array<Point, Size> points(const std::array<MetalogProbability, Size>& y) const;
 
     /// The limits of M for y = 0 and 1; infinite unless the curve is a polynomial.
     double limitAtZero() const;
@@ -147,6 +150,8 @@ class MetalogInverse {
     /// The logit at which the curve has the value, by Halley's method within a shrinking bracket, to the
     /// precision of the value itself; NaN for NaN.
     Solution operator()(double value) const;
+    /// The same for many values, faster when they ascend.
+    void operator()(std::span<const double> values, std::span<Solution> result) const;
 
  private:
     /// A point of the curve, with the derivatives of the inverse there.
@@ -156,7 +161,12 @@ class MetalogInverse {
         double first;
         double second;
     };
-    Solution solve(double value, double guess, double low, double high) const;
+    /// Where the logit of a value is sought.
+    struct Search {
+        double guess, low, high;
+    };
+    Search searchFor(double value) const;
+    Solution solve(double value, Search search) const;
 
     MetalogCurve curve_;
     std::vector<Knot> knots_;

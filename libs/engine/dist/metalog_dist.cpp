@@ -1,6 +1,7 @@
 #include "engine/dist/metalog_dist.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "engine/dist/metalog_fit.h"
@@ -99,18 +100,35 @@ double CMetalogDist::mode() const {
 // ---- probabilities
 
 CMetalogDist::Evaluation CMetalogDist::at(double x) const {
-    if (!isValid_ || std::isnan(x)) return {kNaN, kNaN, kNaN, kNaN, kNaN};
-    constexpr Evaluation kBelow{0.0, 1.0, -kInfinity, 0.0, -kInfinity},
-        kAbove{1.0, 0.0, 0.0, -kInfinity, -kInfinity};
     const double y = x - shift();
+    return evaluation(y, inverse_(bounds_.toLine(y)));
+}
+
+void CMetalogDist::at(std::span<const double> x, std::span<Evaluation> result) const {
+    constexpr std::size_t kBlock = 128;
+    std::array<double, kBlock> onLine;
+    std::array<MetalogInverse::Solution, kBlock> solutions;
+    for (std::size_t begin = 0; begin < x.size(); begin += kBlock) {
+        const std::size_t count = std::min(kBlock, x.size() - begin);
+        for (std::size_t i = 0; i < count; ++i) onLine[i] = bounds_.toLine(x[begin + i] - shift());
+        inverse_(std::span(onLine).first(count), solutions);
+        for (std::size_t i = 0; i < count; ++i)
+            result[begin + i] = evaluation(x[begin + i] - shift(), solutions[i]);
+    }
+}
+
+/// @param solution  for y, of no meaning when y is outside the bounds.
+CMetalogDist::Evaluation CMetalogDist::evaluation(double y, const MetalogInverse::Solution& solution) const {
+    constexpr Evaluation kBelow{0.0, 1.0, -kInfinity, 0.0, -kInfinity};
+    constexpr Evaluation kAbove{1.0, 0.0, 0.0, -kInfinity, -kInfinity};
+    if (!isValid_ || std::isnan(y)) return {kNaN, kNaN, kNaN, kNaN, kNaN};
     if (y < support().lower || y <= bounds_.lower) return kBelow;
     if (y > support().upper || y >= bounds_.upper) return kAbove;
-    const MetalogInverse::Solution solution = inverse_(bounds_.toLine(y));
     if (std::isinf(solution.logit)) return solution.logit < 0.0 ? kBelow : kAbove;
 
     const double larger = 1.0 / (1.0 + solution.odds), smaller = solution.odds * larger;
-    const double logOfLarger = -std::log(1.0 + solution.odds),
-                 logOfSmaller = logOfLarger - std::abs(solution.logit);
+    const double logOfLarger = -std::log(1.0 + solution.odds);
+    const double logOfSmaller = logOfLarger - std::abs(solution.logit);
     const double logDensity =
         logOfLarger + logOfSmaller - std::log(solution.slope) + bounds_.logDerivative(y);
     return solution.logit < 0.0 ? Evaluation{smaller, larger, logOfSmaller, logOfLarger, logDensity}

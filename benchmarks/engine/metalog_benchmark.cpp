@@ -1,6 +1,7 @@
 #include <cmath>
 #include <cstddef>
 #include <limits>
+#include <memory>
 #include <random>
 #include <vector>
 
@@ -96,6 +97,18 @@ void cdfOfOne(benchmark::State& state) {
     }
 }
 BENCHMARK(cdfOfOne)->Arg(3)->Arg(6);
+
+/// As the generation of samples does, through the interface of all distributions.
+void millionQuantiles(benchmark::State& state) {
+    std::vector<double> probabilities(1'000'000), quantiles(probabilities.size());
+    std::mt19937_64 generator(3);
+    for (double& p : probabilities) p = (static_cast<double>(generator() >> 11) + 0.5) * 0x1p-53;
+    const double none = std::numeric_limits<double>::quiet_NaN();
+    const double terms[] = {10.0, 2.0, 0.5, 1.0, 0.3};
+    const std::unique_ptr<CDist> metalog = std::make_unique<CMetalogDist>(none, none, 5, terms);
+    for (auto _ : state) metalog->inverseCdfs(probabilities, quantiles);
+}
+BENCHMARK(millionQuantiles)->UseRealTime()->Unit(benchmark::kMillisecond);
 
 void proveFeasible(benchmark::State& state) {
     const std::vector<double> sorted = sortedSampleOf(10'000);

@@ -25,8 +25,8 @@ MetalogTerm metalogTerm(MetalogOrder order, int index) {
 }
 
 double logit(double y) {
-    const double x = y - 0.5;
-    return std::abs(x) < 0.25 ? 2.0 * std::atanh(2.0 * x) : std::log(y) - std::log1p(-y);
+    const double x = y - 0.5;  // exact above 1/4, and so near 1/2, where the logit is small
+    return std::abs(x) < 0.25 ? std::log1p(2.0 * x / (1.0 - y)) : std::log(y / (1.0 - y));
 }
 
 MetalogProbability MetalogProbability::ofLogit(double logit) {

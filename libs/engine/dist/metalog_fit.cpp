@@ -39,11 +39,8 @@ MetalogLeastSquares::Triangle MetalogLeastSquares::factor(std::span<const double
     std::array<double, kBlockRows * kColumns> cells;
     for (std::size_t row = 0; row < numRows; ++row) {
         const std::size_t low = begin + row, high = n - 1 - low;
-        // The upper of the two probabilities, 1 - (low + 1/2) / n, less 1/2.
-        const double numAbove = static_cast<double>(2 * low + 1), total = static_cast<double>(n);
-        const double x = 0.5 * (total - numAbove) / total;
-        const double logitOfX =
-            x < 0.25 ? 2.0 * std::atanh(2.0 * x) : std::log((2.0 * total - numAbove) / numAbove);
+        const auto y = MetalogProbability::of((static_cast<double>(low) + 0.5) / static_cast<double>(n));
+        const double x = -y.x, logitOfX = -y.logit;  // of the upper value
         // The middle value of an odd number stands for itself only, in a fold that counts all others twice.
         const double weight = low == high ? std::sqrt(0.5) : 1.0;
         double power = weight;

@@ -394,6 +394,41 @@ TEST(FitDist, HasNoCandidateForAConstant) {
     EXPECT_TRUE(std::isnan(engine.statistics().variance));
 }
 
+TEST(FitDist, SurvivesHostileSamples) {
+    const double numbers[] = {0.0,         -0.0, 1.0,    5e-324, -1e-310, 1e-8,
+                              1.0 + 1e-15, 1e15, -1e150, 1e200,  1.7e308};
+    const double bounds[] = {kNone, -kInfinity, kInfinity, 0.0, 1.0, -1.7e308, 1e300, 1e-8};
+    std::mt19937_64 generator(77);
+    const auto pick = [&](std::span<const double> from) { return from[generator() % from.size()]; };
+    int numFitted = 0;
+    for (int i = 0; i < 600; ++i) {
+        const std::size_t numKinds = 1 + generator() % std::size(numbers);
+        std::vector<double> sample(1 + generator() % 40);
+        for (double& value : sample) value = pick(std::span(numbers).first(numKinds));
+        CFitDist engine;
+        ASSERT_TRUE(loadInto(engine, sample));
+        engine.setBounds(pick(bounds), pick(bounds));
+        const bool isFitted = engine.fitMetalogs(16, static_cast<GoodnessOfFitType>(i % 9));
+        EXPECT_EQ(isFitted,
+                  engine.status() == CFitDist::FITTED || engine.status() == CFitDist::FITTED_IN_DOUBT);
+        EXPECT_EQ(isFitted, !engine.candidates().empty());
+        EXPECT_FALSE(isFitted && engine.areAllValuesEqual());
+        for (const CFitDist::Candidate& candidate : engine.candidates()) {
+            const CDist& dist = *candidate.distribution;
+            EXPECT_TRUE(dist.isValid());
+            EXPECT_LE(dist.inverseCdf(0.2), dist.inverseCdf(0.8));
+            EXPECT_TRUE(dist.support().contains(dist.inverseCdf(0.5)));
+            const double probability = dist.cdf(sample.front());
+            EXPECT_TRUE(probability >= 0.0 && probability <= 1.0);
+            static_cast<void>(dist.mean());
+            static_cast<void>(dist.mode());
+            ++numFitted;
+        }
+        static_cast<void>(engine.serialDependence());
+    }
+    EXPECT_GT(numFitted, 50);
+}
+
 TEST(FitDist, GivesTheSameWithAnyNumberOfThreads) {
     const std::vector<double> sample = logisticSample(40'000);
     const int threads = omp_get_max_threads();

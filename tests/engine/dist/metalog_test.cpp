@@ -223,6 +223,18 @@ TEST(MetalogLeastSquares, TakesAsManyTermsAsThereAreValues) {
     EXPECT_TRUE(MetalogLeastSquares(std::vector<double>{3.0, 4.0}).solve(kKeelin, 2).has_value());
 }
 
+TEST(MetalogLeastSquares, CountsTheMiddleValueOnce) {
+    // Even and odd functions are orthogonal: the first coefficient of two is the mean, the second the slope
+    // on the logits, ln 9 = -L(0.1) and ln(7 / 3) = -L(0.3) here.
+    const std::vector<double> values{1.0, 2.0, 7.0, 8.0, 10.0};
+    const auto coefficients = MetalogLeastSquares(values).solve(kKeelin, 2);
+    ASSERT_TRUE(coefficients.has_value());
+    const double outer = std::log(9.0), inner = std::log(7.0 / 3.0);
+    EXPECT_NEAR((*coefficients)[0], 28.0 / 5.0, 1e-14);
+    EXPECT_NEAR((*coefficients)[1], (9.0 * outer + 6.0 * inner) / (2.0 * (outer * outer + inner * inner)),
+                1e-14);
+}
+
 TEST(MetalogLeastSquares, FindsTheCurveOfALongSampleWithAnyNumberOfThreads) {
     const std::vector<double> expected{5.0, 2.0, 0.5, -1.0, 3.0, 0.25, -2.0, 0.125};
     const MetalogCurve curve(kKeelin, expected);
@@ -377,7 +389,7 @@ TEST(MetalogDist, HasKnownSpecialCases) {
     EXPECT_NEAR(uniform.pdf(1.0), 0.25, 1e-15);
     EXPECT_EQ(uniform.cdf(5.0), 1.0);
 
-    for (const double weight : {0.1, 0.24, 0.3, 0.4, 0.7, 0.999, 1.0, 1.5}) {
+    for (const double weight : {0.1, 0.24, 0.3, 0.35, 0.45, 0.7, 0.999, 1.0, 1.5}) {
         const double terms[] = {1.0, weight}, mirrored[] = {-1.0, weight};
         const CMetalogDist above(2.0, kNone, 2, terms), below(kNone, -2.0, 2, mirrored);
         const auto raw = [&](double k) {

@@ -1,3 +1,7 @@
+// Metalogs: fits, proofs of feasibility, measures of goodness of fit, quantiles and probabilities.
+// benchmarks/metalog_vs_numpy.py times least squares in NumPy beside it.
+
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <limits>
@@ -19,7 +23,8 @@ std::vector<double> sampleOf(std::size_t n) {
     std::vector<double> sample(n);
     for (double& value : sample) {
         const double y = (static_cast<double>(generator() >> 11) + 0.5) * 0x1p-53;
-        value = 50.0 + 10.0 * logit(y) + 6.0 * (y - 0.5) * logit(y) + 8.0 * std::sin(4.0 * y);
+        const double logit = MetalogProbability::of(y).logit;
+        value = 50.0 + 10.0 * logit + 6.0 * (y - 0.5) * logit + 8.0 * std::sin(4.0 * y);
     }
     return sample;
 }

@@ -24,11 +24,6 @@ MetalogTerm metalogTerm(MetalogOrder order, int index) {
     return {power, (index % 2 == 0) != logitFirst};
 }
 
-double logit(double y) {
-    const double x = y - 0.5;  // exact above 1/4, and so near 1/2, where the logit is small
-    return std::abs(x) < 0.25 ? std::log1p(2.0 * x / (1.0 - y)) : std::log(y / (1.0 - y));
-}
-
 MetalogProbability MetalogProbability::ofLogit(double logit) {
     const double odds = std::exp(-std::abs(logit));
     const double inverse = 1.0 / (1.0 + odds);
@@ -36,8 +31,10 @@ MetalogProbability MetalogProbability::ofLogit(double logit) {
 }
 
 MetalogProbability MetalogProbability::of(double y) {
+    const double x = y - 0.5;  // exact above 1/4, and so near 1/2, where the logit is small
+    const double logit = std::abs(x) < 0.25 ? std::log1p(2.0 * x / (1.0 - y)) : std::log(y / (1.0 - y));
     const double smaller = std::min(y, 1.0 - y);
-    return {Dist::logit(y), smaller / (1.0 - smaller), y - 0.5, y * (1.0 - y)};
+    return {logit, smaller / (1.0 - smaller), x, y * (1.0 - y)};
 }
 
 MetalogCurve::MetalogCurve(MetalogOrder order, std::span<const double> coefficients) {

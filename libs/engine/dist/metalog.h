@@ -67,9 +67,6 @@ struct MetalogProbability {
     static MetalogProbability of(double y);
 };
 
-/// ln(y / (1 - y)) for 0 < y < 1.
-double logit(double y);
-
 class MetalogCurve {
  public:
     MetalogCurve() = default;

@@ -33,7 +33,9 @@ std::vector<double> logisticSample(std::size_t n) {
     std::mt19937_64 generator(11);
     std::vector<double> sample(n);
     for (double& value : sample)
-        value = 10.0 + 2.0 * logit(std::ldexp(static_cast<double>(generator() >> 11) + 0.5, -53));
+        value =
+            10.0 +
+            2.0 * MetalogProbability::of(std::ldexp(static_cast<double>(generator() >> 11) + 0.5, -53)).logit;
     return sample;
 }
 

@@ -127,10 +127,11 @@ double MetalogBounds::fromLine(double z) const {
     return z;
 }
 
-double MetalogBounds::logDerivative(double x) const {
-    if (hasLower() && hasUpper()) return std::log(upper - lower) - std::log(x - lower) - std::log(upper - x);
-    if (hasLower()) return -std::log(x - lower);
-    if (hasUpper()) return -std::log(upper - x);
+double MetalogBounds::logDerivative(double z) const {
+    if (hasLower() && hasUpper())
+        return std::abs(z) + 2.0 * std::log1p(std::exp(-std::abs(z))) - std::log(upper - lower);
+    if (hasLower()) return -z;
+    if (hasUpper()) return z;
     return 0.0;
 }
 

@@ -127,8 +127,8 @@ struct MetalogBounds {
     /// NaN or infinite for x outside the bounds.
     double toLine(double x) const;
     double fromLine(double z) const;
-    /// ln of the derivative of toLine.
-    double logDerivative(double x) const;
+    /// ln of the derivative of toLine, at the x with toLine(x) = z.
+    double logDerivative(double z) const;
 };
 
 /// The inverse of an increasing curve. Holds a table of it for good first guesses; about 3 microseconds to

@@ -37,9 +37,13 @@ bool CMetalogDist::setBounds(double lower, double upper) {
     setFamily(familyCode(), /*isContinuous=*/true, bounds_.hasLower());
     setSupport({bounds_.lower, bounds_.upper});
     setDataDomain({bounds_.lower, bounds_.upper});
-    isValid_ = bounds_.areAdmissible() && isFeasible(curve_);
-    inverse_ = isValid_ ? MetalogInverse(curve_) : MetalogInverse();
-    return isValid_;
+    isDistribution_ = bounds_.areAdmissible() && isFeasible(curve_);
+    inverse_ = isDistribution_ ? MetalogInverse(curve_) : MetalogInverse();
+    return isValid();
+}
+
+bool CMetalogDist::isValid() const {
+    return isDistribution_ && std::isfinite(shift()) && support().lower <= support().upper;
 }
 
 bool CMetalogDist::setParameters(std::span<const double> parameters) {
@@ -58,7 +62,7 @@ std::wstring CMetalog2Dist::formulaStart() const { return CDist::formulaStart(L"
 // ---- moments
 
 MetalogMoments CMetalogDist::moments() const {
-    return isValid_ ? momentsOf(curve_, bounds_) : MetalogMoments{kNaN, kNaN, kNaN, kNaN};
+    return isValid() ? momentsOf(curve_, bounds_) : MetalogMoments{kNaN, kNaN, kNaN, kNaN};
 }
 
 double CMetalogDist::mean() const { return moments().mean + shift(); }
@@ -68,11 +72,11 @@ double CMetalogDist::excessKurtosis() const { return moments().excessKurtosis; }
 
 double CMetalogDist::logDensityAt(double logit) const {
     const MetalogCurve::Point point = curve_.point(MetalogProbability::ofLogit(logit));
-    return logProduct(logit) - std::log(point.slope) + bounds_.logDerivative(bounds_.fromLine(point.value));
+    return logProduct(logit) - std::log(point.slope) + bounds_.logDerivative(point.value);
 }
 
 double CMetalogDist::mode() const {
-    if (!isValid_) return kNaN;
+    if (!isValid()) return kNaN;
     constexpr double kEnd = 36.0, kStep = 1.0 / 16.0;  // 1 - y is 1 in double precision from 36.7 on
     double best = -kEnd, highest = logDensityAt(best);
     for (double logit = -kEnd + kStep; logit <= kEnd; logit += kStep) {
@@ -100,8 +104,8 @@ double CMetalogDist::mode() const {
 // ---- probabilities
 
 CMetalogDist::Evaluation CMetalogDist::at(double x) const {
-    const double y = x - shift();
-    return evaluation(y, inverse_(bounds_.toLine(y)));
+    const double onLine = bounds_.toLine(x - shift());
+    return evaluation(x - shift(), onLine, inverse_(onLine));
 }
 
 void CMetalogDist::at(std::span<const double> x, std::span<Evaluation> result) const {
@@ -113,15 +117,16 @@ void CMetalogDist::at(std::span<const double> x, std::span<Evaluation> result) c
         for (std::size_t i = 0; i < count; ++i) onLine[i] = bounds_.toLine(x[begin + i] - shift());
         inverse_(std::span(onLine).first(count), solutions);
         for (std::size_t i = 0; i < count; ++i)
-            result[begin + i] = evaluation(x[begin + i] - shift(), solutions[i]);
+            result[begin + i] = evaluation(x[begin + i] - shift(), onLine[i], solutions[i]);
     }
 }
 
-/// @param solution  for y, of no meaning when y is outside the bounds.
-CMetalogDist::Evaluation CMetalogDist::evaluation(double y, const MetalogInverse::Solution& solution) const {
+/// @param onLine, solution  for y, of no meaning when y is outside the bounds.
+CMetalogDist::Evaluation CMetalogDist::evaluation(double y, double onLine,
+                                                  const MetalogInverse::Solution& solution) const {
     constexpr Evaluation kBelow{0.0, 1.0, -kInfinity, 0.0, -kInfinity};
     constexpr Evaluation kAbove{1.0, 0.0, 0.0, -kInfinity, -kInfinity};
-    if (!isValid_ || std::isnan(y)) return {kNaN, kNaN, kNaN, kNaN, kNaN};
+    if (!isValid() || std::isnan(y)) return {kNaN, kNaN, kNaN, kNaN, kNaN};
     if (y < support().lower || y <= bounds_.lower) return kBelow;
     if (y > support().upper || y >= bounds_.upper) return kAbove;
     if (std::isinf(solution.logit)) return solution.logit < 0.0 ? kBelow : kAbove;
@@ -130,7 +135,7 @@ CMetalogDist::Evaluation CMetalogDist::evaluation(double y, const MetalogInverse
     const double logOfLarger = -std::log(1.0 + solution.odds);
     const double logOfSmaller = logOfLarger - std::abs(solution.logit);
     const double logDensity =
-        logOfLarger + logOfSmaller - std::log(solution.slope) + bounds_.logDerivative(y);
+        logOfLarger + logOfSmaller - std::log(solution.slope) + bounds_.logDerivative(onLine);
     return solution.logit < 0.0 ? Evaluation{smaller, larger, logOfSmaller, logOfLarger, logDensity}
                                 : Evaluation{larger, smaller, logOfLarger, logOfSmaller, logDensity};
 }
@@ -141,11 +146,11 @@ double CMetalogDist::logPdf(double x) const { return at(x).logDensity; }
 double CMetalogDist::pdf(double x) const { return std::exp(at(x).logDensity); }
 
 double CMetalogDist::inverseCdf(double p) const {
-    if (!isValid_ || !(p >= 0.0 && p <= 1.0)) return kNaN;
+    if (!isValid() || !(p >= 0.0 && p <= 1.0)) return kNaN;
     const double z = p == 0.0   ? curve_.limitAtZero()
                      : p == 1.0 ? curve_.limitAtOne()
                                 : curve_.value(MetalogProbability::of(p));
-    return shift() + std::clamp(bounds_.fromLine(z), support().lower, support().upper);
+    return shift() + std::min(std::max(bounds_.fromLine(z), support().lower), support().upper);
 }
 
 bool CMetalogDist::fitData(std::size_t n, const double* values) {

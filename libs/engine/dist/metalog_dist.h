@@ -39,7 +39,7 @@ class CMetalogDist : public CDist {
     MetalogOrder order() const { return order_; }
     const MetalogCurve& curve() const { return curve_; }
 
-    bool isValid() const override { return isValid_; }
+    bool isValid() const override;
     double mean() const override;
     double variance() const override;
     double skewness() const override;
@@ -77,7 +77,7 @@ class CMetalogDist : public CDist {
 
  private:
     MetalogMoments moments() const;
-    Evaluation evaluation(double y, const MetalogInverse::Solution& solution) const;
+    Evaluation evaluation(double y, double onLine, const MetalogInverse::Solution& solution) const;
     double logDensityAt(double logit) const;
 
     MetalogOrder order_;
@@ -85,7 +85,7 @@ class CMetalogDist : public CDist {
     MetalogBounds bounds_;
     MetalogCurve curve_;
     MetalogInverse inverse_;
-    bool isValid_ = false;
+    bool isDistribution_ = false;  ///< What `isValid` asks of coefficients and bounds.
 };
 
 /// The metalog distribution with the order of terms of 2025: terms 7, 8, 11, 12, 15 and 16 differ.

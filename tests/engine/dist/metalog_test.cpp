@@ -458,6 +458,33 @@ TEST(MetalogDist, TellsFormulaFamilyAndShift) {
     EXPECT_NEAR(dist.inverseCdf(0.3), 10.0 + x, 1e-14);
     EXPECT_NEAR(dist.clone()->cdf(10.0 + x), 0.3, 1e-14);
     EXPECT_NEAR(dist.pdf(10.0 + x), density, 1e-13);
+    dist.setSupport({0.5, 2.0});  // cuts off without scaling
+    EXPECT_EQ(dist.cdf(10.4), 0.0);
+    EXPECT_EQ(dist.pdf(12.1), 0.0);
+    EXPECT_EQ(dist.inverseCdf(1.0), 12.0);
+    dist.setSupport({2.0, 0.5});
+    EXPECT_FALSE(dist.isValid());
+    EXPECT_TRUE(std::isnan(dist.inverseCdf(0.3)));
+}
+
+TEST(MetalogDist, HasItsModeWhereTheDensityIsLargest) {
+    // Log-logistic with shape c = 1 / a2 > 1: scale ((c - 1) / (c + 1))^(1/c) above the bound; c < 1: the
+    // bound.
+    for (const double bound : {0.0, 1e6}) {
+        const double narrow[] = {1.0, 0.25}, wide[] = {1.0, 1.25};
+        const double mode = std::exp(1.0) * std::pow(3.0 / 5.0, 0.25);
+        EXPECT_NEAR(CMetalogDist(bound, kNone, 2, narrow).mode() - bound, mode, 1e-7);
+        EXPECT_EQ(CMetalogDist(bound, kNone, 2, wide).mode(), bound);
+        const double mirrored[] = {-1.0, 0.25};
+        EXPECT_NEAR(CMetalogDist(kNone, bound, 2, mirrored).mode() - bound, -mode, 1e-7);
+    }
+    // Between bounds 0 and 1 with a = (0, 1/2) the quantile is 1 / (1 + sqrt((1 - y) / y)), the density
+    // 2 x (1 - x) / (x^2 + (1 - x)^2)^2 with its top of 2 in the middle; with a2 = 2 it has two poles.
+    const double hump[] = {0.0, 0.5}, poles[] = {0.0, 2.0};
+    EXPECT_NEAR(CMetalogDist(0.0, 1.0, 2, hump).mode(), 0.5, 1e-7);
+    EXPECT_NEAR(CMetalogDist(0.0, 1.0, 2, hump).pdf(0.3), 2.0 * 0.3 * 0.7 / std::pow(0.09 + 0.49, 2.0),
+                1e-14);
+    EXPECT_EQ(CMetalogDist(0.0, 1.0, 2, poles).mode(), 0.0);
 }
 
 TEST(MetalogDist, FitsUnsortedSamples) {

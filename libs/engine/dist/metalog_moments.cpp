@@ -17,8 +17,8 @@ constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 /// @param term  of a probability and the logarithm of its weight, returning value times weight.
 template <class Term>
 double expectation(Term&& term) {
-    constexpr double kEnd =
-        12.0;  // logits of 81377: enough for a tail that decays as slowly as e^(-logit / 1000)
+    // Logits of 1e17: a tail with any weight below 1 in double precision has decayed there.
+    constexpr double kEnd = 40.0;
     constexpr int kMostHalvings = 9;
     constexpr double kPrecision = 1e-14;
     Numeric::CompensatedSum sum, absolute;

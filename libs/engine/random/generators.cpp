@@ -12,8 +12,6 @@ constexpr double kPerWord = 0x1p-32;
 
 // ---- Park-Miller
 
-constexpr std::uint64_t kParkMillerModulus = 2147483647;
-constexpr std::uint64_t kParkMillerMultiplier = 16807;
 /// The golden section of the period, 2^31 - 2.
 constexpr std::uint64_t kParkMillerJump = 1327217885;
 
@@ -72,8 +70,6 @@ Words jump(Matrix step, Words state, std::uint64_t count, std::uint64_t modulus)
 
 // ---- Mersenne Twister
 
-using TwisterState = std::array<std::uint32_t, 624>;
-
 /// The recurrence that fills states from one word (`init_genrand`).
 template <std::size_t size>
 std::array<std::uint32_t, size> stateFromSeed(std::uint32_t seed) {
@@ -85,9 +81,9 @@ std::array<std::uint32_t, size> stateFromSeed(std::uint32_t seed) {
 }
 
 /// `init_by_array`.
-TwisterState stateFromKey(std::span<const std::uint32_t> key) {
-    constexpr std::size_t kSize = std::tuple_size_v<TwisterState>;
-    TwisterState state = stateFromSeed<kSize>(19650218u);
+MersenneTwister::State stateFromKey(std::span<const std::uint32_t> key) {
+    constexpr std::size_t kSize = MersenneTwister::kSize;
+    MersenneTwister::State state = stateFromSeed<kSize>(19650218u);
     std::size_t i = 1;
     const auto next = [&](std::uint32_t multiplier) {
         const std::uint32_t previous = state[i - 1];
@@ -115,16 +111,11 @@ TwisterState stateFromKey(std::span<const std::uint32_t> key) {
 
 }  // namespace
 
-ParkMiller::ParkMiller(std::uint32_t seed) : state_(std::max<std::uint64_t>(seed % kParkMillerModulus, 1)) {}
-
-double ParkMiller::next() {
-    state_ = state_ * kParkMillerMultiplier % kParkMillerModulus;
-    return static_cast<double>(state_) / static_cast<double>(kParkMillerModulus);
-}
+ParkMiller::ParkMiller(std::uint32_t seed) : state_(std::max<std::uint64_t>(seed % kModulus, 1)) {}
 
 void ParkMiller::advanceStreams(std::uint64_t count) {
-    const std::uint64_t jump = powerModulo(kParkMillerMultiplier, kParkMillerJump, kParkMillerModulus);
-    state_ = state_ * powerModulo(jump, count, kParkMillerModulus) % kParkMillerModulus;
+    const std::uint64_t jump = powerModulo(kMultiplier, kParkMillerJump, kModulus);
+    state_ = state_ * powerModulo(jump, count, kModulus) % kModulus;
 }
 
 LecuyerCmrg::LecuyerCmrg(std::uint32_t seed) {
@@ -179,21 +170,32 @@ void Well1024a::advanceStreams(std::uint64_t count) {
     }
 }
 
-MersenneTwister::MersenneTwister(std::uint32_t seed) : seed_(seed), generator_(seed) {}
+MersenneTwister::MersenneTwister(std::uint32_t seed) : seed_(seed), state_(stateFromSeed<kSize>(seed)) {}
 
-double MersenneTwister::next() {
-    for (;;) {
-        const std::uint32_t high = generator_() >> 5, low = generator_() >> 6;
-        if ((high | low) != 0) return (high * 67108864.0 + low) * 0x1p-53;
+void MersenneTwister::refill() {
+    constexpr std::size_t kShift = 397;
+    const auto twist = [&](std::size_t i, std::size_t next, std::size_t other) {
+        const std::uint32_t joined = (state_[i] & 0x80000000u) | (state_[next] & 0x7FFFFFFFu);
+        state_[i] = state_[other] ^ (joined >> 1) ^ ((0u - (joined & 1u)) & 0x9908B0DFu);
+    };
+    for (std::size_t i = 0; i < kSize - kShift; ++i) twist(i, i + 1, i + kShift);
+    for (std::size_t i = kSize - kShift; i + 1 < kSize; ++i) twist(i, i + 1, i - (kSize - kShift));
+    twist(kSize - 1, 0, kShift - 1);
+    for (std::size_t i = 0; i < kSize; ++i) {
+        std::uint32_t word = state_[i];
+        word ^= word >> 11;
+        word ^= (word << 7) & 0x9D2C5680u;
+        word ^= (word << 15) & 0xEFC60000u;
+        words_[i] = word ^ (word >> 18);
     }
+    used_ = 0;
 }
 
 void MersenneTwister::advanceStreams(std::uint64_t count) {
     stream_ += static_cast<std::uint32_t>(count);
     const std::array<std::uint32_t, 2> key{seed_, stream_};
-    const TwisterState state = stateFromKey(key);
-    const std::uint32_t* first = state.data();
-    generator_.seed(first, first + state.size());
+    if (stream_ > 0) state_ = stateFromKey(key);
+    used_ = kSize;
 }
 
 double HubbardDecisionResearch::at(std::uint64_t counter, std::uint64_t variable, std::uint64_t entity,

@@ -7,8 +7,6 @@
 #include <variant>
 #include <vector>
 
-#include <boost/random/mersenne_twister.hpp>
-
 // The published random generators that a simulation may choose from, each with its streams. The same seed
 // gives the same numbers on every platform.
 //
@@ -49,10 +47,18 @@ enum class RandomGeneratorType {
 class ParkMiller {
  public:
     explicit ParkMiller(std::uint32_t seed);
-    double next();
+    double next() {
+        const std::uint64_t product =
+            state_ * kMultiplier;  // modulo 2^31 - 1 by adding its digits of 31 bits
+        state_ = (product & kModulus) + (product >> 31);
+        if (state_ >= kModulus) state_ -= kModulus;
+        return static_cast<double>(state_) / static_cast<double>(kModulus);
+    }
     void advanceStreams(std::uint64_t count);
 
  private:
+    static constexpr std::uint64_t kModulus = 2147483647, kMultiplier = 16807;
+
     std::uint64_t state_;
 };
 
@@ -82,16 +88,31 @@ class Well1024a {
     std::uint32_t index_ = 0;
 };
 
+/// MT19937, a block of words at a time, so that processors work on several of them at once.
 class MersenneTwister {
  public:
+    static constexpr std::size_t kSize = 624;
+    using State = std::array<std::uint32_t, kSize>;
+
     explicit MersenneTwister(std::uint32_t seed);
-    double next();
+    double next() {
+        for (;;) {
+            if (used_ == kSize) refill();  // even, as is the number of words taken
+            const std::uint32_t high = words_[used_] >> 5, low = words_[used_ + 1] >> 6;
+            used_ += 2;
+            if ((high | low) != 0) return (high * 67108864.0 + low) * 0x1p-53;
+        }
+    }
     void advanceStreams(std::uint64_t count);
 
  private:
+    void refill();
+
     std::uint32_t seed_;
     std::uint32_t stream_ = 0;
-    boost::random::mt19937 generator_;
+    State state_;
+    State words_;  // the state tempered
+    std::size_t used_ = kSize;
 };
 
 /// Its inputs are the number of the draw from 1, the stream, 0, the seed and 0.

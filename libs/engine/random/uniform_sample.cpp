@@ -22,16 +22,21 @@ void fillLatinHypercube(RandomStream& stream, std::span<double> result, std::spa
     // One draw gives a step of the shuffle of Fisher and Yates (from the front, as in Knuth, The Art of
     // Computer Programming 2, 3.4.2) by its leading digits, and a place within a part by those behind.
     stream.fill(result);
-    for (std::size_t i = 0; i < result.size(); ++i) {
-        const double draw = result[i] * static_cast<double>(i + 1);
-        const std::size_t other = std::min(static_cast<std::size_t>(draw), i);
-        result[i] = draw - static_cast<double>(other);
-        order[i] = order[other];
-        order[other] = static_cast<std::uint32_t>(i);
+    const auto size = static_cast<std::int64_t>(result.size());
+    double* const numbers = result.data();
+    for (std::int64_t i = 0; i < size; ++i) {
+        const double draw = numbers[i] * static_cast<double>(i + 1);
+        const auto other =
+            static_cast<std::int64_t>(draw);  // at most i: the next number below 1 times i + 1 is less
+        numbers[i] = draw - static_cast<double>(other);
+        order[static_cast<std::size_t>(i)] = order[static_cast<std::size_t>(other)];
+        order[static_cast<std::size_t>(other)] = static_cast<std::uint32_t>(i);
     }
-    const auto size = static_cast<double>(result.size());
-    for (std::size_t i = 0; i < result.size(); ++i)
-        result[i] = std::clamp((order[i] + result[i]) / size, kAboveZero, kBelowOne);
+    const double width = 1.0 / static_cast<double>(size);
+    for (std::int64_t i = 0; i < size; ++i) {
+        const double number = (order[static_cast<std::size_t>(i)] + numbers[i]) * width;
+        numbers[i] = std::min(std::max(number, kAboveZero), kBelowOne);
+    }
 }
 
 /// The rows in parallel when each has a stream of its own.

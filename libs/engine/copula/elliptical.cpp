@@ -98,14 +98,13 @@ int fitGauss(const Ranks& ranks, Dependence& result) {
     return 1;
 }
 
-double studentLogLikelihood(std::span<const double> factor, double degreesOfFreedom, const Ranks& ranks) {
+double studentLogLikelihood(std::span<const double> factor, double degreesOfFreedom, const Ranks& ranks,
+                            const StudentScores& scores) {
     const std::size_t size = ranks.numVars();
     const auto d = static_cast<double>(size);
     const double nu = degreesOfFreedom;
-    const StudentsT student(nu);
-    std::vector<double> quantiles, margins(ranks.twiceRanks.size());
-    tabulate(
-        ranks, [&](double u) { return boost::math::quantile(student, u); }, quantiles);
+    const std::vector<double> quantiles = scores.at(nu);
+    std::vector<double> margins(quantiles.size());
     for (std::size_t code = 0; code < margins.size(); ++code)
         margins[code] = 0.5 * (nu + 1.0) * std::log1p(quantiles[code] * quantiles[code] / nu);
     const double constant = std::lgamma(0.5 * (nu + d)) - std::lgamma(0.5 * nu) -
@@ -145,8 +144,9 @@ int fitStudent(const Ranks& ranks, Dependence& result) {
     fitted.isRepaired = repairCorrelation(fitted.sigma, size);
     const std::vector<double> factor = choleskyFactor(fitted.sigma, size);
     if (factor.empty()) return 0;
+    const StudentScores scores(ranks);
     const Maximum maximum =
-        maximise([&](double nu) { return studentLogLikelihood(factor, nu, ranks); }, kFewest, kMost);
+        maximise([&](double nu) { return studentLogLikelihood(factor, nu, ranks, scores); }, kFewest, kMost);
     if (!std::isfinite(maximum.value)) return 0;
     fitted.degreesOfFreedom = maximum.argument;
     fitted.statistic = maximum.value;

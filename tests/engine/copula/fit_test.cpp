@@ -2,6 +2,7 @@
 #include <limits>
 #include <numbers>
 
+#include <boost/math/distributions/students_t.hpp>
 #include <gtest/gtest.h>
 #include <omp.h>
 
@@ -137,8 +138,9 @@ TEST(FitCopula, GaussAndStudentAgreeWithReference) {
                  1e-13);
     EXPECT_TRUE(student.isAtLimit);  // normal scores fit better than any Student's
     EXPECT_NEAR(student.degreesOfFreedom, 1000.0, 0.1);
-    EXPECT_NEAR(studentLogLikelihood(choleskyFactor(student.sigma, 4), 992.2745542655003,
-                                     *rankRows(constSpans(data))),
+    const Ranks allRanks = *rankRows(constSpans(data));
+    EXPECT_NEAR(studentLogLikelihood(choleskyFactor(student.sigma, 4), 992.2745542655003, allRanks,
+                                     StudentScores(allRanks)),
                 49.64362392984119, 1e-9);  // SciPy 1.10.1, whose quantiles have ten digits
 
     const Dependence pair = fitted(STUDENT, {data[1], data[2]});
@@ -149,7 +151,37 @@ TEST(FitCopula, GaussAndStudentAgreeWithReference) {
     // mpmath 1.2.1 at 40 digits
     for (const auto& [nu, expected] :
          {std::pair{1.0, 14.694495823690231}, {4.0, 15.290258529575928}, {100.0, 14.013292866321143}})
-        EXPECT_NEAR(studentLogLikelihood(factor, nu, ranks), expected, 1e-11);
+        EXPECT_NEAR(studentLogLikelihood(factor, nu, ranks, StudentScores(ranks)), expected, 1e-11);
+}
+
+TEST(FitCopula, DensitiesOfManyVariablesAgreeWithReference) {
+    // Ten equal variables of ranks 1 to 47; mpmath 1.2.1 at 120 digits, as above.
+    std::vector<double> ascending;
+    for (int i = 0; i < 47; ++i) ascending.push_back(i);
+    const Ranks ranks = *rankRows(constSpans(Rows(10, ascending)));
+    const struct {
+        CopulaType type;
+        double theta, expected;
+    } cases[] = {{CLAYTON, 3.0, 554.314228462344},
+                 {FRANK, 3.0, 277.8395226442006},
+                 {FRANK, 50.0, 1183.1526399177042},
+                 {GUMBEL, 1.0001, 39.131528119513405},
+                 {GUMBEL, 1.01, 85.812120898832}};
+    for (const auto& [type, theta, expected] : cases)
+        EXPECT_NEAR(archimedeanLogLikelihood(type, theta, ranks), expected, 1e-11 * expected + 1e-10);
+}
+
+TEST(StudentScores, ManyAreInterpolatedClosely) {
+    const Ranks ranks = *rankRows(constSpans(uniforms(1, 100001)));
+    const StudentScores scores(ranks);
+    for (const double nu : {0.5, 1.0, 2.5, 7.0, 60.0, 1000.0}) {
+        const boost::math::students_t exact(nu);
+        const std::vector<double> found = scores.at(nu);
+        for (std::size_t code = 0; code < found.size(); code += 101) {
+            const double expected = boost::math::quantile(exact, ranks.pseudoObservation(code));
+            EXPECT_NEAR(found[code], expected, 1e-10 * std::abs(expected)) << nu << ' ' << code;
+        }
+    }
 }
 
 TEST(RepairCorrelation, FindsTheNearestMatrix) {

@@ -239,17 +239,18 @@ int fitArchimedean(CopulaType type, Ranks ranks, Dependence& result) {
     const bool isTurned = type == CopulaType::FRANK && ranks.numVars() == 2 && isNegative(ranks);
     if (isTurned) turnSecond(ranks);
 
-    const auto [independence, upper] = thetaRange(type);
+    const ThetaRange range = thetaRange(type);
+    const double largest = range.upper - range.independence;
     const auto likelihood = [&](double beyond) {
-        return archimedeanLogLikelihood(type, independence + beyond, ranks);
+        return archimedeanLogLikelihood(type, range.independence + beyond, ranks);
     };
-    const Maximum maximum = maximise(likelihood, kAlmostIndependent, upper - independence);
+    const Maximum maximum = maximise(likelihood, kAlmostIndependent, largest);
     if (!(maximum.value > 0.0)) return 0;
     Dependence fitted;
-    fitted.isAtLimit = maximum.argument > (1.0 - 1e-4) * (upper - independence);
-    const double theta = fitted.isAtLimit ? upper : independence + maximum.argument;
+    fitted.isAtLimit = maximum.argument > (1.0 - 1e-4) * largest;
+    const double theta = fitted.isAtLimit ? range.upper : range.independence + maximum.argument;
     fitted.theta = isTurned ? -theta : theta;
-    fitted.statistic = fitted.isAtLimit ? archimedeanLogLikelihood(type, upper, ranks) : maximum.value;
+    fitted.statistic = fitted.isAtLimit ? likelihood(largest) : maximum.value;
     result = std::move(fitted);
     return 1;
 }

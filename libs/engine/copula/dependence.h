@@ -14,17 +14,16 @@
 //
 // - Rank correlation: Spearman's.
 // - Clayton, Frank, Gumbel: theta by maximum pseudo-likelihood (C. Genest, K. Ghoudi & L.-P. Rivest,
-// Biometrika
-//   82 (1995) 543-552) with the densities of M. Hofert, M. Maechler & A. McNeil, Journal of Multivariate
-//   Analysis 110 (2012) 133-150, for any number of variables.
+//   Biometrika 82 (1995) 543-552) with the densities of M. Hofert, M. Maechler & A. McNeil, Journal of
+//   Multivariate Analysis 110 (2012) 133-150, for any number of variables.
 // - Gauss: the correlation of the normal scores, which is semiparametrically efficient (C. Klaassen & J.
-// Wellner,
-//   Bernoulli 3 (1997) 55-77).
+//   Wellner, Bernoulli 3 (1997) 55-77).
 // - Student: sin(pi / 2 tau) of Kendall's tau-b, then the degrees of freedom by maximum pseudo-likelihood (S.
 //   Demarta & A. McNeil, International Statistical Review 73 (2005) 111-129).
 //
 // Nothing here throws on bad data: functions return 1 on success and 0 on failure, and leave their result as
-// it was when they fail. Numbers do not depend on the number of threads.
+// it was when they fail, as they do for rows of 2^31 numbers or more. Numbers do not depend on the number of
+// threads.
 
 namespace Tessel::Engine::Copula {
 
@@ -72,9 +71,9 @@ int fitCopula(CopulaType type, DataMatrix data, Dependence& result);
 /// of the scores by 2 sin(pi / 6 rho), repaired if need be, so that Spearman's correlation meets the target.
 /// O(p n log n + p^2 n).
 /// @param sigma  row-major, symmetric with a diagonal of ones.
-/// @returns 0, with the sample unchanged, for a matrix of another size, without a diagonal of ones or with
-/// numbers
-///          outside [-1, 1], for rows of different lengths, and for NaN in a row.
+/// @returns 0, with the sample unchanged, for what is no symmetric matrix of this size with a diagonal of
+/// ones
+///          and numbers in [-1, 1], for rows of different lengths, and for NaN in a row.
 int induceRankCorrelation(std::span<const double> sigma, MutableMatrix sample);
 
 /// How many rows of uniform numbers `sampleCopula` wants beside those of the variables, for what all
@@ -85,13 +84,11 @@ std::size_t numMixingRows(CopulaType type, const Dependence& copula);
 /// Makes a sample of a copula of independent uniform numbers, which it replaces.
 ///
 /// - Clayton, Frank, Gumbel: A. Marshall & I. Olkin, Journal of the American Statistical Association 83
-/// (1988)
-///   834-841. The frailty is made from the mixing rows: gamma by inversion; logarithmic series by A. Kemp,
-///   Applied Statistics 30 (1981) 249-253; positive stable by M. Kanter, Annals of Probability 3 (1975)
+///   (1988) 834-841. The frailty is made from the mixing rows: gamma by inversion; logarithmic series by A.
+///   Kemp, Applied Statistics 30 (1981) 249-253; positive stable by M. Kanter, Annals of Probability 3 (1975)
 ///   697-707.
 /// - Negative theta, for two variables: Clayton from -1 by its conditional distribution; Frank is Frank's of
-/// -theta
-///   with the second variable turned around.
+///   -theta with the second variable turned around.
 /// - Gauss and Student: normal quantiles, the Cholesky factor, and for Student a chi-square by inversion.
 ///
 /// All numbers of an observation are continuous functions of its uniform numbers (but Frank's frailty), so
@@ -101,13 +98,14 @@ std::size_t numMixingRows(CopulaType type, const Dependence& copula);
 /// @param mixing   `numMixingRows` rows as long as those of the sample.
 /// @param sample   numbers strictly within (0, 1), and so is the result.
 /// @returns 0, with the sample unchanged, when a parameter is outside the range of the copula, sigma no
-///          correlation matrix of this size, or the rows are too few or of different lengths.
+///          correlation matrix of this size, the rows are too few or of different lengths, or a number of
+///          theirs is not within (0, 1).
 int sampleCopula(CopulaType type, const Dependence& copula, DataMatrix mixing, MutableMatrix sample);
 
 /// Gives each row the numbers of the same row of `margins`, in the order in which its own stand: the
 /// dependence of the one, the margins of the other. With a Latin hypercube as margins: N. Packham & W.
 /// Schmidt, Journal of Computational Finance 13(3) (2010) 81-111. O(p n log n).
-/// @returns 0, with the sample unchanged, when the sizes differ.
+/// @returns 0, with the sample unchanged, when the sizes differ or a number is NaN.
 int keepMargins(DataMatrix margins, MutableMatrix sample);
 
 }  // namespace Tessel::Engine::Copula

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 #include <tessel/data/util/sets.h>
 
@@ -11,10 +10,6 @@
 namespace Tessel::Engine::Copula {
 
 namespace {
-
-bool hasNaN(std::span<const double> row) {
-    return std::any_of(row.begin(), row.end(), [](double x) { return std::isnan(x); });
-}
 
 /// The positions of the observations without NaN.
 std::vector<std::size_t> completeRows(DataMatrix data) {
@@ -49,8 +44,8 @@ std::vector<std::uint32_t> ascendingOrder(std::span<const double> row) {
 
 std::optional<Ranks> rankRows(DataMatrix data) {
     const std::optional<std::size_t> length = commonLength(data);
-    if (!length || *length > std::numeric_limits<std::int32_t>::max()) return {};
-    const bool hasMissing = std::any_of(data.begin(), data.end(), hasNaN);
+    if (!length) return {};
+    const bool hasMissing = hasNaN(data);
     const std::vector<std::size_t> complete = hasMissing ? completeRows(data) : std::vector<std::size_t>();
 
     Ranks ranks;

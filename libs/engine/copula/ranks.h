@@ -1,6 +1,9 @@
 #pragma once
 
+#include <algorithm>
+#include <cmath>
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <vector>
 
@@ -22,13 +25,21 @@ struct Ranks {
     }
 };
 
-/// The common length of the rows; nothing when they differ or there are none.
+/// The common length of the rows; nothing when they differ, are longer than 2^31 - 1, or there are none.
 template <class Row>
 std::optional<std::size_t> commonLength(std::span<const Row> rows) {
-    if (rows.empty()) return {};
+    if (rows.empty() || rows.front().size() > std::numeric_limits<std::int32_t>::max()) return {};
     for (const Row& row : rows)
         if (row.size() != rows.front().size()) return {};
     return rows.front().size();
+}
+
+/// Whether a number of the rows is NaN.
+template <class Row>
+bool hasNaN(std::span<const Row> rows) {
+    return std::any_of(rows.begin(), rows.end(), [](const Row& row) {
+        return std::any_of(row.begin(), row.end(), [](double x) { return std::isnan(x); });
+    });
 }
 
 /// Nothing for no variable, rows of different lengths, fewer than two or more than 2^31 - 1 complete

@@ -252,7 +252,7 @@ int keepMargins(DataMatrix margins, MutableMatrix sample) {
     if (margins.size() != sample.size()) return 0;
     if (sample.empty()) return 1;
     const std::optional<std::size_t> length = commonLength(sample);
-    if (!length || commonLength(margins) != length) return 0;
+    if (!length || commonLength(margins) != length || hasNaN(margins) || hasNaN(sample)) return 0;
     IO::forEachIndex(sample.size(), sample.size() * *length, [&](std::size_t variable) {
         std::vector<double> ascending(margins[variable].begin(), margins[variable].end());
         std::sort(ascending.begin(), ascending.end());
@@ -264,9 +264,8 @@ int keepMargins(DataMatrix margins, MutableMatrix sample) {
 int induceRankCorrelation(std::span<const double> sigma, MutableMatrix sample) {
     const std::optional<std::size_t> length = commonLength(sample);
     const std::size_t size = sample.size(), numRows = length.value_or(0);
-    if (!length || sigma.size() != size * size || !isCorrelationMatrix(sigma, size)) return 0;
-    for (const std::span<double> row : sample)
-        if (std::any_of(row.begin(), row.end(), [](double x) { return std::isnan(x); })) return 0;
+    if (!length || sigma.size() != size * size || !isCorrelationMatrix(sigma, size) || hasNaN(sample))
+        return 0;
     if (numRows < 2) return 1;
 
     std::vector<double> target(sigma.begin(), sigma.end());  // of the scores

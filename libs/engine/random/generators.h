@@ -10,26 +10,24 @@
 // The published random generators that a simulation may choose from, each with its streams. The same seed
 // gives the same numbers on every platform.
 //
-// - Park-Miller: S. Park & K. Miller, Communications of the ACM 31 (1988) 1192-1201, x = 16807 x modulo
-//   2^31 - 1, the number is x / (2^31 - 1). Stream i begins 1327217885 i steps on, the golden section of the
-//   period, so that k streams are about 0.38 / k of the period apart, however many there will be.
+// - Park-Miller: S. Park & K. Miller, Communications of the ACM 31 (1988) 1192-1201: x = 16807 x modulo m,
+// the
+//   number is x / m, m = 2^31 - 1. Stream i begins 1327217885 i steps on, the golden section of the period,
+//   so that k streams are about 0.38 / k of the period apart, however many there will be.
 // - L'Ecuyer CMRG: MRG32k3a, P. L'Ecuyer, Operations Research 47 (1999) 159-164. Stream i begins 2^127 i
-// steps
-//   on (P. L'Ecuyer, R. Simard, E. Chen & D. Kelton, Operations Research 50 (2002) 1073-1075).
+//   steps on (P. L'Ecuyer, R. Simard, E. Chen & D. Kelton, Operations Research 50 (2002) 1073-1075).
 // - WELL: WELL1024a, F. Panneton, P. L'Ecuyer & M. Matsumoto, ACM Transactions on Mathematical Software 32
-// (2006)
-//   1-16, the number is x / 2^32. It costs what WELL512a does and leaves room for more and longer streams.
-//   Stream i begins 2^512 i steps on, by the polynomials of H. Haramoto et al., INFORMS Journal on Computing
-//   20 (2008) 385-390.
+//   (2006) 1-16, the number is x / 2^32. It costs what WELL512a does and leaves room for more and longer
+//   streams. Stream i begins 2^512 i steps on, by the polynomials of H. Haramoto et al., INFORMS Journal on
+//   Computing 20 (2008) 385-390.
 // - Mersenne Twister: MT19937, M. Matsumoto & T. Nishimura, ACM Transactions on Modeling and Computer
-// Simulation 8
-//   (1998) 3-30 with the initialisation of 2002; a number takes 53 bits of two words (`genrand_res53`).
-//   Stream 0 has the state of `init_genrand(seed)`, stream i > 0 that of `init_by_array({seed, i})`:
-//   unrelated places of a period of 2^19937 - 1, where a jump would take milliseconds a stream.
+//   Simulation 8 (1998) 3-30 with the initialisation of 2002; a number takes 53 bits of two words
+//   (`genrand_res53`). Stream 0 has the state of `init_genrand(seed)`, stream i > 0 that of
+//   `init_by_array({seed, i})`: unrelated places of a period of 2^19937 - 1, where a jump would take
+//   milliseconds a stream.
 // - HDR: D. Hubbard, A multi-dimensional, counter-based pseudo random number generator as a standard for
-// Monte
-//   Carlo simulations, Winter Simulation Conference 2019; the number is (x + 1/2) / 2^32. Streams differ in
-//   one of the inputs of the formula, as the variables of the paper do.
+//   Monte Carlo simulations, Winter Simulation Conference 2019; the number is (x + 1/2) / 2^32. Streams
+//   differ in one of the inputs of the formula, as the variables of the paper do.
 //
 // Uniform numbers are strictly within (0, 1): a draw of 0 is drawn again.
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <limits>
+#include <numeric>
 #include <vector>
 
 #include <omp.h>
@@ -17,25 +18,27 @@ constexpr double kAboveZero = 0x1p-54, kBelowOne = 1.0 - 0x1p-53;
 /// Numbers below which a loop stays serial.
 constexpr std::size_t kParallelSize = 20000;
 
-/// @param order  room for as many numbers as `result` has.
-void fillLatinHypercube(RandomStream& stream, std::span<double> result, std::span<std::uint32_t> order) {
-    // One draw gives a step of the shuffle of Fisher and Yates (from the front, as in Knuth, The Art of
-    // Computer Programming 2, 3.4.2) by its leading digits, and a place within a part by those behind.
-    stream.fill(result);
-    const auto size = static_cast<std::int64_t>(result.size());
-    double* const numbers = result.data();
-    for (std::int64_t i = 0; i < size; ++i) {
-        const double draw = numbers[i] * static_cast<double>(i + 1);
-        const auto other =
-            static_cast<std::int64_t>(draw);  // at most i: the next number below 1 times i + 1 is less
-        numbers[i] = draw - static_cast<double>(other);
-        order[static_cast<std::size_t>(i)] = order[static_cast<std::size_t>(other)];
-        order[static_cast<std::size_t>(other)] = static_cast<std::uint32_t>(i);
-    }
-    const double width = 1.0 / static_cast<double>(size);
-    for (std::int64_t i = 0; i < size; ++i) {
-        const double number = (order[static_cast<std::size_t>(i)] + numbers[i]) * width;
-        numbers[i] = std::min(std::max(number, kAboveZero), kBelowOne);
+/// @param parts  room for as many numbers as `result` has.
+void fillLatinHypercube(RandomStream& stream, std::span<double> result, std::span<std::uint32_t> parts) {
+    // One draw gives a step of the shuffle of Fisher and Yates by its leading digits, and a place within the
+    // part by those behind.
+    constexpr std::size_t kDrawsAtOnce = 512;
+    std::iota(parts.begin(), parts.end(), 0u);
+    const double width = 1.0 / static_cast<double>(result.size());
+    auto left = static_cast<std::int64_t>(result.size());
+    std::uint32_t* first = parts.data();  // of those left
+    for (std::size_t begin = 0; begin < result.size(); begin += kDrawsAtOnce) {
+        const std::span<double> draws = result.subspan(begin, std::min(kDrawsAtOnce, result.size() - begin));
+        stream.fill(draws);
+        for (double& number : draws) {
+            const double draw = number * static_cast<double>(left--);
+            const auto chosen = static_cast<std::int64_t>(draw);  // below `left`: so is the product, rounded
+            const std::uint32_t part = first[chosen];
+            first[chosen] = *first;
+            ++first;
+            const double place = part + (draw - static_cast<double>(chosen));
+            number = std::min(std::max(place * width, kAboveZero), kBelowOne);
+        }
     }
 }
 
@@ -84,10 +87,10 @@ bool uniformSample(RandomGenerator& generator, SamplingMethodType method,
     if (method == SamplingMethodType::SOBOL_RQMC) {
         fillSobol(generator, result);
     } else if (method == SamplingMethodType::LATIN_HYPERCUBE) {
-        std::vector<std::vector<std::uint32_t>> orders(static_cast<std::size_t>(numThreads));
-        for (std::vector<std::uint32_t>& order : orders) order.resize(size);
+        std::vector<std::vector<std::uint32_t>> parts(static_cast<std::size_t>(numThreads));
+        for (std::vector<std::uint32_t>& room : parts) room.resize(size);
         fillRows(generator, result, numThreads, [&](RandomStream& stream, std::span<double> row) {
-            fillLatinHypercube(stream, row, orders[static_cast<std::size_t>(omp_get_thread_num())]);
+            fillLatinHypercube(stream, row, parts[static_cast<std::size_t>(omp_get_thread_num())]);
         });
     } else {
         fillRows(generator, result, numThreads,

@@ -195,7 +195,11 @@ TEST(SampleCopula, RefusesWhatIsNoCopula) {
     EXPECT_EQ(sampleCopula(GAUSS, withCorrelation(3, 0.5), {}, spans(sample)), 0);
     EXPECT_EQ(keepMargins(constSpans(uniforms(2, 10)), spans(sample)), 0);
     EXPECT_EQ(keepMargins(constSpans(uniforms(3, 9)), spans(sample)), 0);
+    Rows margins = uniform;
+    margins[2][2] = kNaN;
+    EXPECT_EQ(keepMargins(constSpans(margins), spans(sample)), 0);
     sample[1][3] = kNaN;
+    EXPECT_EQ(keepMargins(constSpans(uniform), spans(sample)), 0);
     EXPECT_EQ(induceRankCorrelation(withCorrelation(3, 0.5).sigma, spans(sample)), 0);
     sample[1][3] = 0.5;
     EXPECT_EQ(induceRankCorrelation(withCorrelation(2, 0.5).sigma, spans(sample)), 0);

@@ -37,7 +37,6 @@ double logGammaFrailty(double theta, double uniform) {
 double logarithmicFrailty(double theta, double uniform1, double uniform2) {
     const double p = -std::expm1(-theta), q = -std::expm1(-theta * uniform2);
     if (uniform1 >= p || uniform1 > q) return 1.0;
-    if (uniform1 > q * q) return 2.0;
     return std::floor(1.0 + std::log(uniform1) / std::log1p(-std::exp(-theta * uniform2)));
 }
 

@@ -97,10 +97,7 @@ FeatureColumn FeatureColumn::numeric(std::shared_ptr<ColumnCells> cells) {
 }
 
 FeatureColumn FeatureColumn::numeric(const std::shared_ptr<ColumnCells>& cells, const Rescaling& rescaling) {
-    const std::span<const double> numbers = cells->numbers();
-    std::vector<double> scaled(numbers.size());
-    std::transform(numbers.begin(), numbers.end(), scaled.begin(), rescaling);
-    return numeric(ColumnCells::ofNumbers(std::move(scaled)));
+    return numeric(ColumnCells::ofNumbers(Engine::Scaler::transform(cells->numbers(), rescaling)));
 }
 
 FeatureColumn FeatureColumn::categorical(std::shared_ptr<ColumnCells> cells, const Dictionary& categories) {

@@ -11,6 +11,7 @@
 
 #include "data/column_cells.h"
 #include "data/row_names.h"
+#include "data/scaler.h"
 
 // The border between tables and engines: what a fitted model remembers of its training data, and how the
 // columns of a table become the spans that engines work on.
@@ -26,11 +27,7 @@ struct FeatureSchema {
 };
 
 /// The map x -> (x - shift) * scale.
-struct Rescaling {
-    double shift = 0.0;
-    double scale = 1.0;
-    double operator()(double value) const { return (value - shift) * scale; }
-};
+using Engine::Scaler::Rescaling;
 
 /// The scaling that belongs to a model: its columns by name.
 class InputScaling : public PMML::ColumnScaling {

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <cmath>
 
 #include <tessel/data/convert.h>
 #include <tessel/data/util/sets.h>
@@ -33,26 +32,6 @@ FeatureSchema featureOf(const WString& name, bool isCategorical, const StringVec
     feature.categories =
         std::make_shared<const Dictionary>(std::vector<WString>(categories.begin(), categories.end()));
     return feature;
-}
-
-/// The map of two points; more points or a missing-value rule would make it another one.
-Rescaling readNormContinuous(const Node* norm) {
-    std::vector<Document::Point> points;
-    PMML::forEachChild(norm, L"LinearNorm",
-                       [&](const Node* point) { points.push_back(Document::getLinearNormPoint(point)); });
-    const auto outliers = Document::optionalAttribute(norm, L"outliers");
-    if (points.size() != 2 || Document::optionalAttribute(norm, L"mapMissingTo") ||
-        (outliers && *outliers != L"asIs"))
-        throw UnsupportedPMMLFormat("A NormContinuous is not one straight line.");
-    const auto [first, second] = std::pair(points[0], points[1]);
-    // The points as this library writes them hold shift and scale themselves.
-    const bool isOwn = first.norm == 0.0 && second.orig == first.orig + 1.0;
-    const double slope = isOwn ? second.norm : (second.norm - first.norm) / (second.orig - first.orig);
-    const Rescaling rescaling{isOwn || first.norm == 0.0 ? first.orig : first.orig - first.norm / slope,
-                              slope};
-    if (!std::isfinite(rescaling.shift) || !std::isfinite(rescaling.scale))
-        throw UnsupportedPMMLFormat("A NormContinuous has no finite shift and scale.");
-    return rescaling;
 }
 
 }  // namespace
@@ -139,7 +118,7 @@ void IModelable::readElement(PMML::ModelReader& reader) {
                 throw UnsupportedPMMLFormat("A NormContinuous refers to " + Convert::toUtf8Lossy(raw) +
                                             ", which is not a numeric input, or scaled twice.");
             const std::int32_t feature = found->second;
-            schema.scaling.add(raw, readNormContinuous(norm));
+            schema.scaling.add(raw, PMML::readNormContinuous(norm));
             // A body that uses the unscaled input as well is refused when it asks for it.
             reader.featureOfField.erase(found);
             reader.featureOfField[WString(Document::requiredAttribute(derived, L"name"))] = feature;

@@ -7,6 +7,7 @@
 #include <tessel/framework/pmml.h>
 
 #include "data/dictionary.h"
+#include "data/scaler.h"
 #include "serialization/pmml/document.h"
 
 // The border between fitted models and PMML elements: what a model is given to write its element with, and
@@ -88,6 +89,10 @@ void forEachChild(const Node* node, WStringView name, Visit visit) {
 Node* allocateExtension(Document& document, WStringView name, WStringView value);
 /// The value of such an extension below `node`, if it is there.
 std::optional<WStringView> findExtension(const Node* node, WStringView name);
+
+/// The straight line through the two points of a `NormContinuous`; of those that this library writes, the
+/// shift and scale themselves. @throws UnsupportedPMMLFormat for a map of another kind
+Engine::Scaler::Rescaling readNormContinuous(const Node* norm);
 
 }  // namespace PMML
 }  // namespace Tessel

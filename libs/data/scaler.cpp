@@ -8,56 +8,20 @@
 #include <limits>
 
 #include "data/util/compensated_sum.h"
-#include "data/util/sample.h"
 
 namespace Tessel::Engine::Scaler {
 namespace {
 
-using Numeric::Centre;
 using Numeric::CompensatedSum;
 using Values = std::span<const double>;
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
-/// Values that fit into the first-level cache; several loops over them cost little more than one.
-constexpr std::size_t kBlockSize = 2048;
+/// So many values are summed plainly, the sums of blocks with compensation.
+constexpr std::size_t kBlockSize = 512;
 /// Below this number of cells waking threads costs more than they save.
 constexpr std::size_t kParallelCells = 1 << 15;
 
-/// What the first reading of a column tells.
-struct Extent {
-    std::size_t count = 0;  ///< values that are not missing
-    double smallest = kInfinity, largest = -kInfinity;
-
-    bool isEmpty() const { return count == 0; }
-    bool isFinite() const { return std::isfinite(smallest) && std::isfinite(largest); }
-    bool isConstant() const { return smallest == largest; }
-};
-
-/// Comparisons with NaN are false, so missing values change nothing. Lanes are what processors do at once.
-void addBlock(Values block, Extent& extent) {
-    constexpr std::size_t numLanes = 8;
-    std::array<double, numLanes> smallest, largest, count{};
-    smallest.fill(extent.smallest);
-    largest.fill(extent.largest);
-    std::size_t i = 0;
-    for (; i + numLanes <= block.size(); i += numLanes)
-        for (std::size_t lane = 0; lane < numLanes; ++lane) {
-            const double value = block[i + lane];
-            smallest[lane] = value < smallest[lane] ? value : smallest[lane];
-            largest[lane] = value > largest[lane] ? value : largest[lane];
-            count[lane] += std::isnan(value) ? 0.0 : 1.0;
-        }
-    for (; i < block.size(); ++i) {
-        smallest[0] = block[i] < smallest[0] ? block[i] : smallest[0];
-        largest[0] = block[i] > largest[0] ? block[i] : largest[0];
-        count[0] += std::isnan(block[i]) ? 0.0 : 1.0;
-    }
-    for (std::size_t lane = 0; lane < numLanes; ++lane) {
-        extent.smallest = std::min(extent.smallest, smallest[lane]);
-        extent.largest = std::max(extent.largest, largest[lane]);
-        extent.count += static_cast<std::size_t>(count[lane]);
-    }
-}
+using Block = std::array<double, kBlockSize>;
 
 /// Calls `use` with one block of the column after the other.
 template <class Use>
@@ -66,41 +30,71 @@ void forEachBlock(Values values, Use use) {
         use(values.subspan(start, std::min(kBlockSize, values.size() - start)));
 }
 
-Extent extentOf(Values values) {
-    Extent extent;
-    forEachBlock(values, [&](Values block) { addBlock(block, extent); });
-    return extent;
+/// The sum of term(value) over a block, interleaved in four lanes on every machine: processors add several at
+/// once.
+template <class Term>
+double sumOf(Values block, Term term) {
+    constexpr std::size_t numLanes = 4;
+    double lanes[numLanes] = {};
+    const std::size_t numWhole = block.size() / numLanes * numLanes;
+    for (std::size_t i = 0; i < numWhole; i += numLanes)
+        for (std::size_t lane = 0; lane < numLanes; ++lane) lanes[lane] += term(block[i + lane]);
+    double rest = 0.0;
+    for (std::size_t i = numWhole; i < block.size(); ++i) rest += term(block[i]);
+    return ((lanes[0] + lanes[1]) + (lanes[2] + lanes[3])) + rest;
 }
 
-double presentOrZero(double value) { return std::isnan(value) ? 0.0 : value; }
+/// map(value) of a block's values, 0 for missing ones.
+template <class Map>
+Values mappedOrZero(Values block, Block& result, Map map) {
+    std::transform(block.begin(), block.end(), result.begin(), [map](double value) {
+        const double mapped = map(value);  // first of all, so that there is no branch
+        return std::isnan(mapped) ? 0.0 : mapped;
+    });
+    return Values(result).first(block.size());
+}
 
-/// The extremes and the mean of a column.
-struct Location : Extent {
-    Centre centre;
+/// What the first reading of a column tells.
+struct Extent {
+    double count = 0.0;  ///< values that are not missing
+    double smallest = kInfinity, largest = -kInfinity;
+    double sum = 0.0;
+
+    bool isEmpty() const { return count == 0.0; }
+    bool isFinite() const { return std::isfinite(smallest) && std::isfinite(largest); }
+    bool isConstant() const { return smallest == largest; }
 };
 
-Location locate(Values values) {
-    Location location;
+/// Adds the extremes and the number of the values. The order of neither matters, so any vector will do.
+void addExtremes(Values block, Extent& extent) {
+    const double* const values = block.data();
+    const std::size_t size = block.size();
+    double smallest = extent.smallest, largest = extent.largest, count = 0.0;
+#pragma omp simd reduction(min : smallest) reduction(max : largest) reduction(+ : count)
+    for (std::size_t i = 0; i < size; ++i) {
+        // Comparisons with NaN are false, so missing values change nothing.
+        smallest = values[i] < smallest ? values[i] : smallest;
+        largest = values[i] > largest ? values[i] : largest;
+        count += values[i] == values[i] ? 1.0 : 0.0;
+    }
+    extent.smallest = smallest;
+    extent.largest = largest;
+    extent.count += count;
+}
+
+Extent extentOf(Values values) {
+    Extent extent;
     CompensatedSum sum;
+    Block copy;
     forEachBlock(values, [&](Values block) {
-        addBlock(block, location);
-        sum.add(
-            Numeric::compensatedSumOf(block.size(), [&](std::size_t i) { return presentOrZero(block[i]); }));
+        const double countBefore = extent.count;
+        addExtremes(block, extent);
+        const bool isFull = extent.count - countBefore == static_cast<double>(block.size());
+        const auto itself = [](double value) { return value; };
+        sum.add(sumOf(isFull ? block : mappedOrZero(block, copy, itself), itself));
     });
-    if (location.isEmpty() || !location.isFinite()) return location;
-    if (location.isConstant()) {
-        location.centre = {location.smallest, 0.0};
-        return location;
-    }
-    location.centre = Numeric::centreOf(sum, location.count);
-    if (!std::isfinite(location.centre.high)) {
-        // The sum of huge values may overflow although their mean does not.
-        const auto count = static_cast<double>(location.count);
-        location.centre.high =
-            Numeric::sumOf(values.size(), [&](std::size_t i) { return presentOrZero(values[i] / count); });
-        location.centre.low = 0.0;
-    }
-    return location;
+    extent.sum = sum.value();
+    return extent;
 }
 
 /// The binary exponent to divide by so that numbers up to twice `half` become at most 1. Dividing by it is
@@ -111,18 +105,50 @@ int exponentOf(double half) {
     return std::max(exponent + 1, -1000);
 }
 
-/// The sum of ((x - centre) / 2^exponent)^2.
-double sumOfSquares(Values values, const Centre& centre, int exponent) {
-    const double factor = std::ldexp(1.0, -exponent);
-    const double high = centre.high * factor, low = centre.low * factor;
-    CompensatedSum sum;
+/// Sums of d = (x - origin) / 2^exponent and of its square.
+struct Deviations {
+    double sum = 0.0;
+    double sumOfSquares = 0.0;
+};
+
+Deviations deviationsFrom(double origin, int exponent, Values values) {
+    const double factor = std::ldexp(1.0, -exponent), start = origin * factor;
+    CompensatedSum sum, sumOfSquares;
+    Block buffer;
     forEachBlock(values, [&](Values block) {
-        sum.add(Numeric::compensatedSumOf(block.size(), [&](std::size_t i) {
-            const double deviation = (block[i] * factor - high) - low;
-            return presentOrZero(deviation * deviation);
-        }));
+        const Values deviations =
+            mappedOrZero(block, buffer, [=](double value) { return value * factor - start; });
+        sum.add(sumOf(deviations, [](double deviation) { return deviation; }));
+        sumOfSquares.add(sumOf(deviations, [](double deviation) { return deviation * deviation; }));
     });
-    return sum.value();
+    return {sum.value(), sumOfSquares.value()};
+}
+
+/// A mean, and length * 2^exponent as the root of the sum of squared deviations from it.
+struct Spread {
+    double mean = 0.0;
+    double length = 0.0;
+    int exponent = 0;
+};
+
+/// The mean of the first reading is right but for some roundings of the size of the values. The second
+/// reading finds what it lacks, with roundings of the size of the deviations.
+/// @pre the extent is finite and not constant
+Spread spreadOf(Values values, const Extent& extent) {
+    double origin = extent.sum / extent.count;
+    if (!std::isfinite(origin)) {
+        // The sum of huge values may overflow although their mean does not.
+        CompensatedSum sum;
+        for (const double value : values)
+            if (!std::isnan(value)) sum.add(value / extent.count);
+        origin = sum.value();
+    }
+    const int exponent =
+        exponentOf(std::max(0.5 * extent.largest - 0.5 * origin, 0.5 * origin - 0.5 * extent.smallest));
+    const Deviations deviations = deviationsFrom(origin, exponent, values);
+    const double lack = deviations.sum / extent.count;
+    return {origin + std::ldexp(lack, exponent),
+            std::sqrt(std::max(0.0, deviations.sumOfSquares - deviations.sum * lack)), exponent};
 }
 
 /// The inverse of length * 2^exponent, or 1 when there is none.
@@ -194,15 +220,12 @@ std::vector<std::vector<double>> mapColumns(Columns columns, std::span<const Res
 }  // namespace
 
 Rescaling standardization(Values values) {
-    const Location location = locate(values);
-    if (location.isEmpty()) return {};
-    if (!location.isFinite()) return unknown();
-    const Centre& centre = location.centre;
-    if (location.isConstant()) return {centre.high, 1.0};
-    const int exponent = exponentOf(
-        std::max(0.5 * location.largest - 0.5 * centre.high, 0.5 * centre.high - 0.5 * location.smallest));
-    const double variance = sumOfSquares(values, centre, exponent) / static_cast<double>(location.count - 1);
-    return {centre.value(), inverseOf(std::sqrt(variance), exponent)};
+    const Extent extent = extentOf(values);
+    if (extent.isEmpty()) return {};
+    if (!extent.isFinite()) return unknown();
+    if (extent.isConstant()) return {extent.smallest, 1.0};
+    const Spread spread = spreadOf(values, extent);
+    return {spread.mean, inverseOf(spread.length / std::sqrt(extent.count - 1.0), spread.exponent)};
 }
 
 Rescaling normalization(Values values) {
@@ -215,9 +238,10 @@ Rescaling normalization(Values values) {
 }
 
 Rescaling meanShift(Values values) {
-    const Location location = locate(values);
-    if (location.isEmpty()) return {};
-    return location.isFinite() ? Rescaling{location.centre.value(), 1.0} : unknown();
+    const Extent extent = extentOf(values);
+    if (extent.isEmpty()) return {};
+    if (!extent.isFinite()) return unknown();
+    return {extent.isConstant() ? extent.smallest : spreadOf(values, extent).mean, 1.0};
 }
 
 Rescaling unitNorm(Values values) {
@@ -225,7 +249,7 @@ Rescaling unitNorm(Values values) {
     if (extent.isEmpty()) return {};
     if (!extent.isFinite()) return unknown();
     const int exponent = exponentOf(0.5 * std::max(std::abs(extent.smallest), std::abs(extent.largest)));
-    return {0.0, inverseOf(std::sqrt(sumOfSquares(values, {0.0, 0.0}, exponent)), exponent)};
+    return {0.0, inverseOf(std::sqrt(deviationsFrom(0.0, exponent, values).sumOfSquares), exponent)};
 }
 
 std::vector<Rescaling> fit(Columns columns, Rescaling (*method)(Values)) {

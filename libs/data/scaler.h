@@ -5,11 +5,11 @@
 
 // Shift and scale of numeric columns: x -> (x - shift) * scale, and back.
 //
-// A column is read twice: first its mean in twice the precision of double and its extremes, then the squares
-// of the deviations, scaled by a power of two so that they neither overflow nor vanish. (The two-pass method
-// of T. Chan, G. Golub & R. LeVeque, Algorithms for Computing the Sample Variance, The American Statistician
-// 37 (1983) 242-247, with compensated sums.) So the results are right to the last digits whatever the size of
-// the numbers and of their mean.
+// A column is read twice: first its extremes and its mean, then the deviations from that mean, divided by a
+// power of two so that their squares neither overflow nor vanish, which also give what the mean lacked: the
+// corrected two-pass method of T. Chan, G. Golub & R. LeVeque, Algorithms for Computing the Sample Variance,
+// The American Statistician 37 (1983) 242-247. Sums are taken by blocks, and the blocks with compensation. So
+// the results are right to the last digits whatever the size of the numbers and of their mean.
 //
 // O(n) time a column, no memory. Columns are shared out among threads; each column is summed by one thread
 // from top to bottom, so that the number of threads does not change a bit.

@@ -33,22 +33,17 @@ Pairs completePairs(std::span<const double> x, std::span<const double> y) {
     return pairs;
 }
 
-Centre centreOf(const CompensatedSum& sum, std::size_t count) {
-    const auto divisor = static_cast<double>(count);
-    Centre centre{sum.value() / divisor, 0.0};
-    // The rest of a division is a double, so the fused product finds it exactly.
-    if (std::isfinite(centre.high))
-        centre.low = (std::fma(-centre.high, divisor, sum.value()) + sum.remainder()) / divisor;
-    return centre;
-}
-
 Centre centreOf(std::span<const double> values) {
-    if (values.empty()) return {};
-    Centre centre =
-        centreOf(compensatedSumOf(values.size(), [&](std::size_t i) { return values[i]; }), values.size());
-    if (!std::isfinite(centre.high)) {
+    Centre centre;
+    if (values.empty()) return centre;
+    const auto count = static_cast<double>(values.size());
+    const CompensatedSum sum = compensatedSumOf(values.size(), [&](std::size_t i) { return values[i]; });
+    centre.high = sum.value() / count;
+    if (std::isfinite(centre.high)) {
+        // The rest of a division is a double, so the fused product finds it exactly.
+        centre.low = (std::fma(-centre.high, count, sum.value()) + sum.remainder()) / count;
+    } else {
         // The sum of huge values may overflow although their mean does not.
-        const auto count = static_cast<double>(values.size());
         centre.high = sumOf(values.size(), [&](std::size_t i) { return values[i] / count; });
     }
     return centre;

@@ -33,9 +33,6 @@ struct Centre {
     double deviation(double x) const { return (x - high) - low; }
 };
 
-class CompensatedSum;
-/// The mean of `count` > 0 values of that sum; not finite when the sum is not.
-Centre centreOf(const CompensatedSum& sum, std::size_t count);
 /// The mean of values without NaN; NaN when there are none.
 Centre centreOf(std::span<const double> values);
 

@@ -94,6 +94,9 @@ Extent extentOf(Values values) {
         sum.add(sumOf(isFull ? block : mappedOrZero(block, copy, itself), itself));
     });
     extent.sum = sum.value();
+    // Which zero came first among -0 and 0 depends on the vectors; adding 0 makes all of them 0.
+    extent.smallest += 0.0;
+    extent.largest += 0.0;
     return extent;
 }
 

@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <limits>
-#include <numeric>
 
 #include <gtest/gtest.h>
 
@@ -96,6 +95,19 @@ TEST(ScalerEngine, LongColumnsKeepTheirDigits) {
     const double sd = std::sqrt(count * (count + 1) / 12);
     expectRescaling(standardization(values), 1e9 + (count - 1) / 2, 1 / sd, 2 * kEpsilon, "std");
     expectRescaling(normalization(values), 1e9, 1 / (count - 1), kEpsilon, "range");
+
+    // Sums of 4e15 + digit lose the digit each time; 8 digits with sum 31, sum of squares 173.
+    values.clear();
+    const double digits[] = {3, 1, 4, 1, 5, 9, 2, 6};
+    for (int i = 0; i < 100'000; ++i) values.push_back(4e15 + digits[i % 8]);
+    const double variance = (173 - 31.0 * 31 / 8) * 12'500 / 99'999;
+    expectRescaling(standardization(values), 4e15 + 4, 1 / std::sqrt(variance), 2 * kEpsilon, "digits");
+    EXPECT_EQ(meanShift(values).shift, 4e15 + 4);  // 4e15 + 3.875, as near as doubles go there
+}
+
+TEST(ScalerEngine, ZerosHaveNoSign) {
+    for (const Values& values : {Values{-0.0, 0.0}, Values{0.0, -0.0, -0.0}, Values{-0.0, 1.0}})
+        for (const Method method : kMethods) EXPECT_FALSE(std::signbit(method(values).shift));
 }
 
 TEST(ScalerEngine, TransformsAndInverts) {

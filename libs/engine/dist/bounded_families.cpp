@@ -85,7 +85,7 @@ struct Beta {
                         stirlingError(a + b) - stirlingError(a) - stirlingError(b);
     }
 
-    bool isValid() const { return isPositive(a) && isPositive(b) && a + b <= kLargest; }
+    bool isValid() const { return isPositive(a) && isPositive(b) && a + b <= kLargestShape; }
     Interval support() const { return {0.0, 1.0}; }
     double logPdf(double x) const { return logPdf(x, 1.0 - x); }
     /// With 1 - x given apart, for callers who know more of its digits.

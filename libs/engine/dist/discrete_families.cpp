@@ -78,7 +78,9 @@ struct Binomial {
     explicit Binomial(const Parameters& parameters) : Binomial(parameters[0], parameters[1]) {}
     Binomial(double trials_, double p_) : trials(trials_), p(p_), q(1.0 - p) {}
 
-    bool isValid() const { return isWhole(trials) && trials >= 1.0 && isProbability(p); }
+    bool isValid() const {
+        return trials >= 1.0 && trials <= kLargestShape && isWhole(trials) && isProbability(p);
+    }
     Interval support() const { return {0.0, trials}; }
     double logPdf(double x) const { return logBinomial(x, trials - x, p, q); }
     double cdf(double x) const { return x >= trials ? 1.0 : betaUpperTail(x + 1.0, trials - x, p); }
@@ -103,7 +105,7 @@ Parameters Binomial::fit(const Sample& sample, const Parameters&) {
     const double variance = sample.meanOf([mean](double x) { return (x - mean) * (x - mean); });
     const Counts counts(sample);
     const double size = static_cast<double>(sample.size()), largest = std::max(1.0, counts.values.back());
-    if (largest > kLargestWhole || (variance > 0.0 && variance >= mean)) return kNoParameters;
+    if (largest > kLargestShape || (variance > 0.0 && variance >= mean)) return kNoParameters;
     // How much the likelihood of n + 1 trials is above that of n.
     const auto rise = [&](double n) {
         const auto entropy = [mean](double k) {
@@ -116,7 +118,7 @@ Parameters Binomial::fit(const Sample& sample, const Parameters&) {
     for (double step = 1.0; rise(above) > 0.0; step *= 2.0) {
         below = above;
         above += step;
-        if (above > kLargestWhole) return kNoParameters;
+        if (above > kLargestShape) return kNoParameters;
     }
     while (above - below > 1.0) {
         const double middle = std::floor(below + 0.5 * (above - below));
@@ -167,7 +169,7 @@ struct NegBinomial {
     explicit NegBinomial(const Parameters& parameters) : NegBinomial(parameters[0], parameters[1]) {}
     NegBinomial(double successes_, double p_) : successes(successes_), p(p_), q(1.0 - p) {}
 
-    bool isValid() const { return isPositive(successes) && p > 0.0 && p <= 1.0; }
+    bool isValid() const { return successes > 0.0 && successes <= kLargestShape && p > 0.0 && p <= 1.0; }
     Interval support() const { return {0.0, p < 1.0 ? kInfinity : 0.0}; }
     double logPdf(double x) const { return logBinomial(successes, x, p, q) - std::log1p(x / successes); }
     double cdf(double x) const { return betaLowerTail(successes, x + 1.0, p); }
@@ -288,15 +290,27 @@ struct Logarithmic {
     double cdf(double x) const { return isHead(x) ? head(x) / sum : 1.0 - tail(x) / sum; }
     double complementaryCdf(double x) const { return isHead(x) ? 1.0 - head(x) / sum : tail(x) / sum; }
     Moments moments() const {
-        const double c = 1.0 / sum, q = 1.0 - theta, mean = c * theta / q;
-        const double variance = mean * (1.0 / q - mean);
-        const double third = mean * (1.0 + theta) / (q * q),
-                     fourth = mean * (1.0 + theta * (4.0 + theta)) / (q * q * q);
-        const double square = mean / q;  // moments about 0
-        const double central3 = third - mean * (3.0 * square - 2.0 * mean * mean);
-        const double central4 = fourth - mean * (4.0 * third - mean * (6.0 * square - 3.0 * mean * mean));
-        return {mean, variance, central3 / (variance * std::sqrt(variance)),
-                central4 / (variance * variance) - 3.0, 1.0};
+        const double q = 1.0 - theta, mean = theta / (q * sum);
+        double central2 = 0.0, central3 = 0.0, central4 = 0.0;
+        if (theta < 0.1) {        // differences of moments have few digits; the sums have few terms
+            double excess = 0.0;  // mean - 1
+            for (double k = 2.0; k < 30.0; ++k) excess += (k - 1.0) * std::exp(logPdf(k));
+            for (double k = 1.0; k < 30.0; ++k) {
+                const double distance = k - 1.0 - excess, square = distance * distance,
+                             chance = std::exp(logPdf(k));
+                central2 += chance * square;
+                central3 += chance * square * distance;
+                central4 += chance * square * square;
+            }
+        } else {
+            const double second = mean / q, third = second * (1.0 + theta) / q;
+            const double fourth = second * (1.0 + theta * (4.0 + theta)) / (q * q);
+            central2 = second - mean * mean;
+            central3 = third - mean * (3.0 * second - 2.0 * mean * mean);
+            central4 = fourth - mean * (4.0 * third - mean * (6.0 * second - 3.0 * mean * mean));
+        }
+        return {mean, central2, central3 / (central2 * std::sqrt(central2)),
+                central4 / (central2 * central2) - 3.0, 1.0};
     }
 
     static Parameters fit(const Sample& sample, const Parameters&) {
@@ -332,23 +346,25 @@ struct Logarithmic {
         return digamma(x + 1.0) + std::numbers::egamma + sumOfSeries;
     }
 
-    /// Sum of theta^k / k over k > x: the incomplete beta function B(theta; x + 1, 0) by its continued
-    /// fraction (NIST Handbook of Mathematical Functions, 8.17.22), evaluated by Lentz's method.
+    /// Sum of theta^k / k over k > x: the incomplete beta function B(theta; a, 0) with a = x + 1, by the
+    /// continued fraction of A. DiDonato & A. Morris, Algorithm 708, ACM Transactions on Mathematical
+    /// Software 18 (1992), eq. 9, which has no differences of nearly equal terms. Evaluated by Lentz's
+    /// method.
     double tail(double x) const {
-        const double a = x + 1.0;
-        double c = 1.0, d = 1.0 / (1.0 - theta * a / (a + 1.0)), fraction = d;
+        const double a = x + 1.0, q = 1.0 - theta, power = std::exp(a * logTheta);
+        if (power == 0.0) return 0.0;
+        double value = a * (a * q + 1.0) / (a + 1.0), c = value, d = 0.0;
         for (double m = 1.0; m < 10000.0; ++m) {
-            const double even = -m * m * theta / ((a + 2.0 * m - 1.0) * (a + 2.0 * m));
-            d = 1.0 / (1.0 + even * d);
-            c = 1.0 + even / c;
-            fraction *= d * c;
-            const double odd = -(a + m) * (a + m) * theta / ((a + 2.0 * m) * (a + 2.0 * m + 1.0));
-            d = 1.0 / (1.0 + odd * d);
-            c = 1.0 + odd / c;
-            fraction *= d * c;
-            if (std::abs(d * c - 1.0) < 1e-16) break;
+            const double last = a + 2.0 * m - 1.0;
+            const double numerator = -std::pow((a + m - 1.0) * m * theta / last, 2.0);
+            const double denominator =
+                m - m * m * theta / last + (a + m) * (a * q + 1.0 + m * (1.0 + q)) / (last + 2.0);
+            d = 1.0 / (denominator + numerator * d);
+            c = denominator + numerator / c;
+            value *= c * d;
+            if (std::abs(c * d - 1.0) < 2e-16) break;
         }
-        return std::exp(a * logTheta) / a * fraction;
+        return power / value;
     }
 };
 

@@ -34,13 +34,13 @@ using CParetoDist = FamilyDist<struct Pareto>;            ///< shape [20], small
 using CRayleighDist = FamilyDist<struct Rayleigh>;        ///< scale [1] = mode
 using CWeibullDist = FamilyDist<struct Weibull>;          ///< shape [2], scale [1]
 
-// Continuous between two bounds; shapes > 0, lower bound < upper bound. The density of `CUniformDist` is 0 at
-// its bounds, so that a fitted one has no finite likelihood of its own sample.
+// Continuous between two bounds; shapes > 0, together at most 1e12, lower bound < upper bound. The density of
+// `CUniformDist` is 0 at its bounds, so that a fitted one has no finite likelihood of its own sample.
 using CBetaDist = FamilyDist<struct Beta>;                ///< shapes [1.5], [3], between 0 and 1
 using CBetaGeneralDist = FamilyDist<struct BetaGeneral>;  ///< shapes [1.5], [3], lower [0], upper [10]
 using CUniformDist = FamilyDist<struct Uniform>;          ///< lower [0], upper [1]
 
-// Discrete; probabilities in [0, 1], for `CGeomDist` and `CNegBinomialDist` not 0.
+// Discrete; probabilities in [0, 1], for `CGeomDist` and `CNegBinomialDist` not 0; trials, successes <= 1e12.
 using CBernoulliDist = FamilyDist<struct Bernoulli>;      ///< probability [0.5] of 1
 using CBinomialDist = FamilyDist<struct Binomial>;        ///< trials [10], probability [0.5]
 using CGeomDist = FamilyDist<struct Geom>;                ///< probability [0.5]; failures before a success

@@ -83,33 +83,36 @@ double quantileGuess(const Family& family, double p) {
     }
 }
 
-/// The smallest whole x with cdf(x) >= p: from the guess by steps of doubling length to both sides of it,
-/// then by bisection.
+/// The smallest whole x with cdf(x) >= p, by Newton's method on the logarithm of the nearer tail within what
+/// is known to enclose it. Where Newton's method makes no headway, halves the enclosure, or doubles x while
+/// there is no upper bound.
 template <class Family>
 double wholeQuantile(const Family& family, double p) {
+    constexpr int kMaxNewtonSteps = 12;
+    constexpr double kMargin = 1e-9;  // far more than the rounding of densities and chances
     const auto [lowest, highest] = family.support();
-    double guess = std::floor(quantileGuess(family, p));
-    guess = std::isnan(guess) ? lowest : std::min(std::max(guess, lowest), highest);
-    double below = guess, above = guess;  // in the end cdf(below) < p <= cdf(above)
-    if (family.cdf(guess) >= p) {
-        for (double step = 1.0;; step *= 2.0) {
-            below = std::max(above - step, lowest - 1.0);
-            if (below < lowest || family.cdf(below) < p) break;
-            above = below;
-        }
-    } else {
-        for (double step = 1.0;; step *= 2.0) {
-            above = std::min(below + step, highest);
-            if (above >= highest || family.cdf(above) >= p) break;
-            below = above;
-        }
+    const double guess = std::floor(quantileGuess(family, p));
+    double x = guess >= lowest ? std::min(guess, highest) : lowest;
+    double below = lowest - 1.0, above = highest;  // cdf(below) < p <= cdf(above)
+    for (int count = 0;; ++count) {
+        const double chance = family.cdf(x);
+        const bool isReached = chance >= p;
+        (isReached ? above : below) = x;
+        if (above - below <= 1.0) return above;
+        // The neighbour's chance follows from the density, unless it is too near p to tell.
+        const double density = pdf(family, x);
+        if (isReached && chance - density < p * (1.0 - kMargin)) return x;
+        if (!isReached && chance + pdf(family, x + 1.0) > p * (1.0 + kMargin)) return x + 1.0;
+        const double rest = 1.0 - chance;
+        const double step =
+            p < 0.5 ? std::log(p / chance) * chance / density : std::log(rest / (1.0 - p)) * rest / density;
+        double next = std::floor(x + step);
+        if (next == x) next += isReached ? -1.0 : 1.0;
+        if (count >= kMaxNewtonSteps || !(next > below && next < above))
+            next = above < kInfinity ? std::floor(below + 0.5 * (above - below)) : 2.0 * std::abs(x) + 1.0;
+        if (!(next > below && next < above)) return above;  // neighbouring doubles
+        x = next;
     }
-    while (above - below > 1.0) {
-        const double middle = std::floor(below + 0.5 * (above - below));
-        if (middle <= below || middle >= above) break;  // neighbouring doubles
-        (family.cdf(middle) >= p ? above : below) = middle;
-    }
-    return above;
 }
 
 template <class Family>

@@ -21,13 +21,28 @@ LocationScale meanAndDeviation(const Sample& sample) {
     return {mean, std::sqrt(sample.meanOf([mean](double x) { return (x - mean) * (x - mean); }))};
 }
 
-/// (1 - cdf) / density of the standard normal distribution. @pre z >= 0
+// Mills' ratio M(z) = (1 - cdf) / density of the standard normal distribution, for z >= 0.
+
+/// 1 / M(z) - z by Laplace's continued fraction, for z >= 5; so many terms give all digits.
+double inverseMillsExcess(double z) {
+    double tail = 0.0;
+    for (int k = 9 + static_cast<int>(520.0 / (z * z)); k > 0; --k) tail = k / (z + tail);
+    return tail;
+}
 double millsRatio(double z) {
-    if (z < 10.0) return normalCdf(-z) * std::exp(0.5 * z * z + kHalfLogTwoPi);
-    // Laplace's continued fraction; beyond 10 its 30th convergent has all digits.
-    double tail = z;
-    for (int k = 30; k > 0; --k) tail = z + k / tail;
-    return 1.0 / tail;
+    return z < 5.0 ? normalCdf(-z) * std::exp(0.5 * z * z + kHalfLogTwoPi)
+                   : 1.0 / (z + inverseMillsExcess(z));
+}
+/// M(z) - M(z + width), also where the width is small.
+double millsDrop(double z, double width) {
+    if (width > 0.02) return millsRatio(z) - millsRatio(z + width);
+    // Taylor's series about the middle, to the fifth derivative.
+    const double middle = z + 0.5 * width, ratio = millsRatio(middle);
+    const double first = middle < 5.0 ? middle * ratio - 1.0 : -ratio * inverseMillsExcess(middle);
+    const double second = ratio + middle * first, third = 2.0 * first + middle * second;
+    const double fourth = 3.0 * second + middle * third, fifth = 4.0 * third + middle * fourth;
+    const double square = width * width;
+    return -width * (first + square * (third / 24.0 + square * fifth / 1920.0));
 }
 
 }  // namespace
@@ -157,7 +172,7 @@ struct InvGauss {
     double complementaryCdf(double x) const {
         if (x == 0.0) return 1.0;
         return z(x) < 0.0 ? normalCdf(-z(x)) - exp(z(x), millsRatio(reflected(x)))
-                          : exp(z(x), millsRatio(z(x)) - millsRatio(reflected(x)));
+                          : exp(z(x), millsDrop(z(x), 2.0 * std::sqrt(shape / x)));
     }
     /// G. Giner & G. Smyth, statmod: Probability Calculations for the Inverse Gaussian Distribution, The R
     /// Journal 8 (2016), treat the tails on log scale too; here Newton's method takes log x as well.
@@ -210,7 +225,11 @@ struct Student {
     Standard standard;
 
     explicit Student(const Parameters& p)
-        : nu(p[0]), location(p[1]), scale(p[2]), logFactor(logFactorOf(nu) - std::log(scale)), standard(nu) {}
+        : nu(p[0]),
+          location(p[1]),
+          scale(p[2]),
+          logFactor(isPositive(nu) ? logFactorOf(nu) - std::log(scale) : kNaN),
+          standard(nu) {}
 
     bool isValid() const { return isPositive(nu) && isLocationScale(location, scale); }
     Interval support() const { return {}; }

@@ -15,7 +15,7 @@ using Quiet = Policies::policy<
     Policies::denorm_error<Policies::ignore_error>, Policies::evaluation_error<Policies::ignore_error>,
     Policies::rounding_error<Policies::ignore_error>,
     Policies::indeterminate_result_error<Policies::ignore_error>, Policies::promote_double<false>,
-    Policies::promote_float<false>, Policies::max_series_iterations<100000>>;
+    Policies::promote_float<false>, Policies::max_series_iterations<10000000>>;
 
 // The densities of the gamma, beta and their discrete kin by saddle-point expansion, which keeps all digits
 // where the direct formula subtracts logarithms of huge factorials: C. Loader, Fast and Accurate Computation
@@ -34,7 +34,9 @@ double gammaQuantile(double shape, double p);
 /// The x with P(X > x) = q.
 double gammaUpperQuantile(double shape, double q);
 
-/// The chances of the beta distribution (regularised incomplete beta functions). @pre a, b > 0, 0 <= x <= 1
+/// The chances of the beta distribution (regularised incomplete beta functions). The work grows with the root
+/// of the larger shape. @pre 0 < a <= kLargestShape, b > 0, 0 <= x <= 1
+inline constexpr double kLargestShape = 1e12;
 double betaLowerTail(double a, double b, double x);
 double betaUpperTail(double a, double b, double x);
 

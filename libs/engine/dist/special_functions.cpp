@@ -26,9 +26,8 @@ constexpr double kLargeShape = 1e5;
 /// @param side  1 for the upper tail, -1 for the lower.
 double gammaTailOfLargeShape(double shape, double x, double side) {
     const double excess = (x - shape) / shape;
-    if (!(excess > -1.0)) return side > 0.0 ? 1.0 : 0.0;
-    if (std::isinf(excess)) return side > 0.0 ? 0.0 : 1.0;
     const double exponent = poissonDeviance(shape, x);
+    if (!(exponent < 750.0)) return (excess > 0.0) == (side > 0.0) ? 0.0 : 1.0;  // below the smallest number
     const double t = std::copysign(std::sqrt(2.0 * exponent / shape), excess);
     const double c0 =
         -1.0 / 3.0 +

@@ -226,6 +226,14 @@ struct Geom {
     double cdf(double x) const { return -std::expm1((x + 1.0) * logQ); }
     double complementaryCdf(double x) const { return std::exp((x + 1.0) * logQ); }
     double quantileGuess(double probability) const { return std::log1p(-probability) / logQ - 1.0; }
+    double inverseCdf(double probability) const {
+        const double real = quantileGuess(probability), whole = std::ceil(real);
+        // Where rounding might decide, the cdf does.
+        const double gap = whole - real;
+        const double slack = 1e-12 * (1.0 + whole) - 1e-15 / ((1.0 - probability) * logQ);
+        return gap > slack && gap < 1.0 - slack ? std::max(0.0, whole)
+                                                : Frame::wholeQuantile(*this, probability);
+    }
     Moments moments() const {
         const double q = 1.0 - p;
         return {q / p, q / (p * p), (1.0 + q) / std::sqrt(q), 6.0 + p * p / q, 0.0};

@@ -131,37 +131,43 @@ struct Placed {
     double shift;
     static constexpr bool kIsContinuous = Family::kDescription.isContinuous;
 
+    /// Strictly inside the support, and so a finite number: the one test that most values need.
+    bool isInside(double y) const { return support.lower < y && y < support.upper; }
     bool isPossible(double y) const {
-        return support.contains(y) && std::isfinite(y) && (kIsContinuous || y == std::floor(y));
+        return (isInside(y) || (support.contains(y) && std::isfinite(y))) &&
+               (kIsContinuous || y == std::floor(y));
     }
     double pdf(double x) const {
         const double y = x - shift;
-        if (std::isnan(y)) return kNaN;
-        return isPossible(y) ? Frame::pdf(family, y) : 0.0;
+        if (isPossible(y)) return Frame::pdf(family, y);
+        return std::isnan(y) ? kNaN : 0.0;
     }
     double logPdf(double x) const {
         const double y = x - shift;
-        if (std::isnan(y)) return kNaN;
-        return isPossible(y) ? Frame::logPdf(family, y) : -kInfinity;
+        if (isPossible(y)) return Frame::logPdf(family, y);
+        return std::isnan(y) ? kNaN : -kInfinity;
     }
     double cdf(double x) const {
         const double y = x - shift;
-        if (std::isnan(y)) return kNaN;
-        if (y < support.lower || y == -kInfinity) return 0.0;
-        if (y > support.upper || y == kInfinity) return 1.0;
+        if (!isInside(y)) {
+            if (std::isnan(y)) return kNaN;
+            if (y < support.lower || y == -kInfinity) return 0.0;
+            if (y > support.upper || y == kInfinity) return 1.0;
+        }
         return family.cdf(kIsContinuous ? y : std::floor(y));
     }
     double complementaryCdf(double x) const {
         const double y = x - shift;
-        if (std::isnan(y)) return kNaN;
-        if (y < support.lower || y == -kInfinity) return 1.0;
-        if (y > support.upper || y == kInfinity) return 0.0;
+        if (!isInside(y)) {
+            if (std::isnan(y)) return kNaN;
+            if (y < support.lower || y == -kInfinity) return 1.0;
+            if (y > support.upper || y == kInfinity) return 0.0;
+        }
         return family.complementaryCdf(kIsContinuous ? y : std::floor(y));
     }
     double inverseCdf(double p) const {
-        if (!isProbability(p)) return kNaN;
-        if (p == 0.0) return shift + support.lower;
-        if (p == 1.0) return shift + support.upper;
+        if (!(p > 0.0 && p < 1.0))
+            return p == 0.0 ? shift + support.lower : p == 1.0 ? shift + support.upper : kNaN;
         return shift + std::min(std::max(Frame::inverseCdf(family, p), support.lower), support.upper);
     }
 };

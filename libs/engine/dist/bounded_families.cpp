@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cmath>
 
 #include <boost/math/special_functions/beta.hpp>
@@ -96,8 +97,10 @@ struct Beta {
         return logFactor - poissonDeviance(a, sum * x) - poissonDeviance(b, sum * rest) - std::log(x) -
                std::log(rest);
     }
-    double cdf(double x) const { return betaLowerTail(a, b, x); }
-    double complementaryCdf(double x) const { return betaUpperTail(a, b, x); }
+    double cdf(double x) const { return lowerTail(x, 1.0 - x); }
+    double complementaryCdf(double x) const { return upperTail(x, 1.0 - x); }
+    double lowerTail(double x, double rest) const { return tail(a, b, x, rest); }
+    double upperTail(double x, double rest) const { return tail(b, a, rest, x); }
     double inverseCdf(double p) const {
         return p < 0.5 ? boost::math::ibeta_inv(a, b, p, Quiet())
                        : boost::math::ibetac_inv(a, b, 1.0 - p, Quiet());
@@ -116,6 +119,15 @@ struct Beta {
     }
 
  private:
+    /// The chance on the side of the shape `near` at `x` from its end.
+    double tail(double near, double far, double x, double rest) const {
+        if (a + b > 1000.0 || x == 0.0 || rest == 0.0) return betaLowerTail(near, far, x);
+        const double sum = a + b;
+        const double power =
+            std::exp(logFactor - poissonDeviance(near, sum * x) - poissonDeviance(far, sum * rest));
+        return x <= (near + 1.0) / (sum + 2.0) ? power * betaFraction(near, far, x, rest)
+                                               : 1.0 - power * betaFraction(far, near, rest, x);
+    }
     /// The logarithm of the density at the end of the shape `near`.
     static double atEnd(double near, double far) {
         return near < 1.0 ? kInfinity : near > 1.0 ? -kInfinity : std::log(far);
@@ -152,13 +164,8 @@ struct BetaGeneral {
     double place(double x) const { return (x - lower) / width; }
     double rest(double x) const { return (upper - x) / width; }
     double logPdf(double x) const { return standard.logPdf(place(x), rest(x)) - std::log(width); }
-    double cdf(double x) const {
-        return place(x) < 0.5 ? standard.cdf(place(x)) : betaUpperTail(standard.b, standard.a, rest(x));
-    }
-    double complementaryCdf(double x) const {
-        return place(x) < 0.5 ? standard.complementaryCdf(place(x))
-                              : betaLowerTail(standard.b, standard.a, rest(x));
-    }
+    double cdf(double x) const { return standard.lowerTail(place(x), rest(x)); }
+    double complementaryCdf(double x) const { return standard.upperTail(place(x), rest(x)); }
     double inverseCdf(double p) const { return lower + width * standard.inverseCdf(p); }
     Moments moments() const {
         const Moments m = standard.moments();

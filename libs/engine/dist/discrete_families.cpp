@@ -1,5 +1,7 @@
+#include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <vector>
 
 #include "engine/dist/family_frame.h"
 #include "engine/dist/likelihood.h"
@@ -354,25 +356,10 @@ struct Logarithmic {
         return digamma(x + 1.0) + std::numbers::egamma + sumOfSeries;
     }
 
-    /// Sum of theta^k / k over k > x: the incomplete beta function B(theta; a, 0) with a = x + 1, by the
-    /// continued fraction of A. DiDonato & A. Morris, Algorithm 708, ACM Transactions on Mathematical
-    /// Software 18 (1992), eq. 9, which has no differences of nearly equal terms. Evaluated by Lentz's
-    /// method.
+    /// Sum of theta^k / k over k > x: the incomplete beta function B(theta; x + 1, 0).
     double tail(double x) const {
-        const double a = x + 1.0, q = 1.0 - theta, power = std::exp(a * logTheta);
-        if (power == 0.0) return 0.0;
-        double value = a * (a * q + 1.0) / (a + 1.0), c = value, d = 0.0;
-        for (double m = 1.0; m < 10000.0; ++m) {
-            const double last = a + 2.0 * m - 1.0;
-            const double numerator = -std::pow((a + m - 1.0) * m * theta / last, 2.0);
-            const double denominator =
-                m - m * m * theta / last + (a + m) * (a * q + 1.0 + m * (1.0 + q)) / (last + 2.0);
-            d = 1.0 / (denominator + numerator * d);
-            c = denominator + numerator / c;
-            value *= c * d;
-            if (std::abs(c * d - 1.0) < 2e-16) break;
-        }
-        return power / value;
+        const double power = std::exp((x + 1.0) * logTheta);
+        return power == 0.0 ? 0.0 : power * betaFraction(x + 1.0, 0.0, theta, 1.0 - theta);
     }
 };
 

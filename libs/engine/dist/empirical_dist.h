@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
-#include <vector>
+#include <span>
+#include <string>
 
 #include "engine/dist/dist.h"
 

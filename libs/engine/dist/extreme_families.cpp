@@ -1,5 +1,6 @@
 #include <cmath>
 #include <numbers>
+#include <vector>
 
 #include "engine/dist/family_frame.h"
 #include "engine/dist/likelihood.h"

@@ -1,4 +1,5 @@
 #include <cmath>
+#include <vector>
 
 #include "engine/dist/family_frame.h"
 #include "engine/dist/likelihood.h"

@@ -1,5 +1,6 @@
 #include <cmath>
 #include <numbers>
+#include <vector>
 
 #include <boost/math/distributions/students_t.hpp>
 #include <boost/math/special_functions/gamma.hpp>
@@ -235,8 +236,8 @@ struct Student {
     Interval support() const { return {}; }
     double z(double x) const { return (x - location) / scale; }
     double logPdf(double x) const { return logFactor - 0.5 * (nu + 1.0) * logOnePlusSquare(z(x)); }
-    double cdf(double x) const { return boost::math::cdf(standard, z(x)); }
-    double complementaryCdf(double x) const { return boost::math::cdf(standard, -z(x)); }
+    double cdf(double x) const { return upperTail(-z(x)); }
+    double complementaryCdf(double x) const { return upperTail(z(x)); }
     double inverseCdf(double p) const {
         return location + scale * (p < 0.5 ? boost::math::quantile(standard, p)
                                            : -boost::math::quantile(standard, 1.0 - p));
@@ -279,6 +280,18 @@ struct Student {
     }
 
  private:
+    /// P(T > t): half of I_x(nu / 2, 1 / 2) with x = nu / (nu + t^2), whose power is t times the density.
+    double upperTail(double t) const {
+        const double square = t * t, a = 0.5 * nu;
+        if (!(nu < 1000.0 && square < 1e300)) return boost::math::cdf(standard, -t);
+        const double x = nu / (nu + square), y = square / (nu + square);
+        const double half =
+            0.5 * std::abs(t) * scale * std::exp(logFactor - 0.5 * (nu + 1.0) * std::log1p(square / nu));
+        if (x > (a + 1.0) / (a + 2.5)) return 0.5 - std::copysign(half * betaFraction(0.5, a, y, x), t);
+        const double tail = half * betaFraction(a, 0.5, x, y);
+        return t > 0.0 ? tail : 1.0 - tail;
+    }
+
     static constexpr double kNearlyNormal = 1e6;  ///< The largest estimate.
 
     /// log(Gamma((nu + 1) / 2) / (Gamma(nu / 2) sqrt(nu pi))).

@@ -116,11 +116,6 @@ double betaTail(double a, double b, double x, bool isUpper) {
         const double y = -(b + 0.5 * (a - 1.0)) * std::log1p(-x);
         return isUpper ? gammaUpperTail(a, y) : gammaLowerTail(a, y);
     }
-    // Its arc sine of sqrt(x) has few digits near 1.
-    if (a == 0.5 && b == 0.5) {
-        const double sine = std::sqrt(x), cosine = std::sqrt(1.0 - x);
-        return (isUpper ? std::atan2(cosine, sine) : std::atan2(sine, cosine)) * (2.0 / std::numbers::pi);
-    }
     return std::max(a, b) > kLargeBetaShape ? betaTail(a, b, x, isUpper, QuietAndWide())
                                             : betaTail(a, b, x, isUpper, Quiet());
 }
@@ -129,6 +124,22 @@ double betaTail(double a, double b, double x, bool isUpper) {
 
 double betaLowerTail(double a, double b, double x) { return betaTail(a, b, x, false); }
 double betaUpperTail(double a, double b, double x) { return betaTail(a, b, x, true); }
+
+double betaFraction(double a, double b, double x, double y) {
+    // Lentz's method.
+    double value = a * (a * y - b * x + 1.0) / (a + 1.0), c = value, d = 0.0;
+    for (double m = 1.0; m < 10000.0; ++m) {
+        const double inverse = 1.0 / (a + 2.0 * m - 1.0), step = m * (b - m) * x * inverse;
+        const double numerator = (a + m - 1.0) * (a + b + m - 1.0) * x * step * inverse;
+        const double denominator =
+            m + step + (a + m) * (a * y - b * x + 1.0 + m * (1.0 + y)) / (a + 2.0 * m + 1.0);
+        d = 1.0 / (denominator + numerator * d);
+        c = denominator + numerator / c;
+        value *= c * d;
+        if (std::abs(c * d - 1.0) < 2e-16) break;
+    }
+    return 1.0 / value;
+}
 
 double normalCdf(double z) { return 0.5 * boost::math::erfc(-z / std::numbers::sqrt2, Quiet()); }
 double normalQuantile(double p) { return -std::numbers::sqrt2 * boost::math::erfc_inv(2.0 * p, Quiet()); }

@@ -40,6 +40,12 @@ inline constexpr double kLargestShape = 1e12;
 double betaLowerTail(double a, double b, double x);
 double betaUpperTail(double a, double b, double x);
 
+/// I_x(a, b) B(a, b) / (x^a y^b) with y = 1 - x, by the continued fraction of A. DiDonato & A. Morris,
+/// Algorithm 708, ACM Transactions on Mathematical Software 18 (1992), eq. 9, which has no differences of
+/// nearly equal terms. For callers who have the power at hand. @pre a > 0, b >= 0, x <= (a + 1) / (a + b +
+/// 2), shapes not large
+double betaFraction(double a, double b, double x, double y);
+
 /// P(Z <= z) of the standard normal distribution, and its inverse.
 double normalCdf(double z);
 double normalQuantile(double p);

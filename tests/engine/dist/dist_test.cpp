@@ -1,8 +1,10 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <memory>
 #include <numbers>
 #include <set>
+#include <string>
 #include <vector>
 
 #include <gtest/gtest.h>

@@ -30,5 +30,7 @@
 #include <tessel/framework/supervised_model.h>
 #include <tessel/naive_bayes.h>
 #include <tessel/scaler.h>
+#include <tessel/scoring/capi/table_functions.h>
+#include <tessel/scoring/capi/tessel_c.h>
 #include <tessel/scoring/facades.h>
 #include <tessel/scoring/fitted_model.h>

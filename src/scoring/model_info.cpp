@@ -6,11 +6,30 @@
 #include <tessel/framework/ladon.h>
 
 #include "serialization/json/read.h"
+#include "serialization/pmml/model_element.h"
 #include "serialization/pmml/read.h"
 
 namespace Tessel::Scoring {
 
 const WString kContinuous = L"continuous", kCategorical = L"categorical";
+
+namespace {
+
+/// The mining field that is predicted, or an empty text. As for those who load the model, "target" is the
+/// same as "predicted" and a field without usage is an input.
+WString targetOf(const PMML::Document& document) {
+    WString target;
+    const PMML::Node* const schema = document.getMiningSchemaNode();
+    if (!schema) return target;
+    PMML::forEachChild(schema, L"MiningField", [&](const PMML::Node* field) {
+        const auto usage = PMML::Document::optionalAttribute(field, L"usageType");
+        if (usage && (*usage == L"predicted" || *usage == L"target"))
+            target = PMML::Document::requiredAttribute(field, L"name");
+    });
+    return target;
+}
+
+}  // namespace
 
 ModelInfo ModelInfo::ofPMML(const PMML::Document& document) {
     if (!document.getModelNode())
@@ -20,31 +39,31 @@ ModelInfo ModelInfo::ofPMML(const PMML::Document& document) {
     info.format = L"PMML";
     info.kind = document.getFunctionName();
     info.algorithm = document.getAlgorithmName();
-    if (document.isTransformer()) {
-        info.variableNames = document.getUnsupervisedFeatureNames();
-        info.variableTypes = document.getUnsupervisedFeatureOpTypes();
-        return info;
-    }
-    info.targetName = document.getTargetColName();
+    if (!document.isTransformer()) info.targetName = targetOf(document);
     if (document.isForecaster()) {
         info.variableNames = StringVector{info.targetName};
         info.variableTypes = StringVector{kContinuous};
         return info;
     }
-    info.variableNames = document.getFeatureNames();
-    info.variableTypes = document.getFeatureOpTypes();
-    PMML::Categories categories = document.getMetadata().categories;
-    const auto target = categories.find(info.targetName);
-    if (target != categories.end()) info.classes = std::move(target->second);
+    const PMML::Node* const dictionary =
+        PMML::Document::getRequiredSubnode(document.getRoot(), L"DataDictionary");
+    PMML::forEachChild(dictionary, L"DataField", [&](const PMML::Node* field) {
+        const WString name(PMML::Document::requiredAttribute(field, L"name"));
+        if (!info.targetName.empty() && name == info.targetName) {
+            PMML::forEachChild(field, L"Value", [&](const PMML::Node* value) {
+                info.classes.push_back(WString(PMML::Document::requiredAttribute(value, L"value")));
+            });
+            return;
+        }
+        info.variableNames.push_back(name);
+        const bool isContinuous = PMML::Document::requiredAttribute(field, L"optype") == kContinuous;
+        info.variableTypes.push_back(isContinuous ? kContinuous : kCategorical);
+    });
     return info;
 }
 
 ModelInfo ModelInfo::ofPMML(const WString& text) {
-    return PMML::translatingErrors([&] {
-        PMML::Document document;
-        document.parse(text);
-        return ofPMML(document);
-    });
+    return PMML::translatingErrors([&] { return ofPMML(PMML::parsed(text)); });
 }
 
 ModelInfo ModelInfo::ofJSON(const WString& text) {

@@ -6,12 +6,15 @@
 #include <tessel/framework/errors.h>
 
 #include "data/column_access.h"
+#include "data/io/parallel.h"
 
 namespace Tessel::Plain {
 namespace {
 
 /// Rows that are turned at a time: few enough to stay in the nearest cache with some columns.
 constexpr std::size_t kBlockRows = 256;
+/// Numeric columns that one thread turns: so many that they share the cache lines that are read.
+constexpr std::size_t kGroupColumns = 4;
 
 template <class Element, class Array>
 std::span<const Element> checkedSpan(const Array* array, const char* what) {
@@ -27,48 +30,31 @@ void forEachBlock(std::size_t numRows, Work work) {
         work(first, std::min(first + kBlockRows, numRows));
 }
 
-std::vector<DataFrameColumn> numericColumns(const TableArrays& arrays) {
+/// Turns up to `kGroupColumns` numeric columns from `firstColumn` on.
+void turnNumbers(const TableArrays& arrays, std::size_t firstColumn, std::span<std::vector<double>> columns) {
     const auto numRows = static_cast<std::size_t>(arrays.numRows);
     const std::size_t numColumns = arrays.numbers.size() / numRows;
-    std::vector<std::vector<double>> cells(numColumns);
-    for (std::vector<double>& column : cells) column.reserve(numRows);
+    for (std::vector<double>& column : columns) column.reserve(numRows);
     forEachBlock(numRows, [&](std::size_t first, std::size_t last) {
-        for (std::size_t column = 0; column < numColumns; ++column) {
-            const double* cell = arrays.numbers.data() + first * numColumns + column;
-            for (std::size_t row = first; row < last; ++row, cell += numColumns)
-                cells[column].push_back(*cell);
+        for (std::size_t i = 0; i < columns.size(); ++i) {
+            const double* const cells = arrays.numbers.data() + firstColumn + i;
+            for (std::size_t row = first; row < last; ++row) columns[i].push_back(cells[row * numColumns]);
         }
     });
-    std::vector<DataFrameColumn> columns;
-    for (std::size_t column = 0; column < numColumns; ++column)
-        columns.emplace_back(arrays.names[column], Vector(std::move(cells[column])));
-    return columns;
 }
 
-/// Encodes the texts of one column.
-class ColumnEncoder {
- public:
-    explicit ColumnEncoder(std::size_t numRows) { codes_.reserve(numRows); }
-
-    void add(const wchar_t* text) {
-        if (!text) throw ConstraintViolation("Texts", "An element is a null pointer.");
-        codes_.push_back(encoder_.encode(text));
-    }
-    DataFrameColumn finish(const wchar_t* name) {
-        return ColumnAccess::makeColumn(name, ColumnCells::ofCodes(encoder_.finish(), std::move(codes_)));
-    }
-
- private:
-    TextEncoder encoder_;
-    std::vector<std::int32_t> codes_;
-};
-
-DataFrameColumn textColumn(const TableArrays& arrays, std::size_t column, std::size_t numColumns,
-                           const wchar_t* name) {
+std::shared_ptr<ColumnCells> encodeTexts(const TableArrays& arrays, std::size_t column) {
     const auto numRows = static_cast<std::size_t>(arrays.numRows);
-    ColumnEncoder encoder(numRows);
-    for (std::size_t row = 0; row < numRows; ++row) encoder.add(arrays.texts[row * numColumns + column]);
-    return encoder.finish(name);
+    const std::size_t numColumns = arrays.texts.size() / numRows;
+    TextEncoder encoder;
+    std::vector<std::int32_t> codes;
+    codes.reserve(numRows);
+    for (std::size_t row = 0; row < numRows; ++row) {
+        const wchar_t* const text = arrays.texts[row * numColumns + column];
+        if (!text) throw ConstraintViolation("Texts", "An element is a null pointer.");
+        codes.push_back(encoder.encode(text));
+    }
+    return ColumnCells::ofCodes(encoder.finish(), std::move(codes));
 }
 
 /// The columns of one type.
@@ -99,12 +85,25 @@ TableArrays checkedArrays(std::uint64_t numRows, const Tessel_DoubleArray* numbe
 }
 
 DataFrame toTable(const TableArrays& arrays) {
+    const auto numRows = static_cast<std::size_t>(arrays.numRows);
+    const std::size_t numNumeric = arrays.numbers.size() / numRows, numTexts = arrays.texts.size() / numRows;
+    const std::size_t numGroups = (numNumeric + kGroupColumns - 1) / kGroupColumns;
+    std::vector<std::vector<double>> numbers(numNumeric);
+    std::vector<std::shared_ptr<ColumnCells>> texts(numTexts);
+    IO::forEachIndex(numTexts + numGroups, numRows * arrays.names.size(), [&](std::size_t i) {
+        if (i < numTexts) {
+            texts[i] = encodeTexts(arrays, i);
+            return;
+        }
+        const std::size_t first = (i - numTexts) * kGroupColumns;
+        turnNumbers(arrays, first,
+                    std::span(numbers).subspan(first, std::min(kGroupColumns, numNumeric - first)));
+    });
     DataFrame table;
-    const std::vector<DataFrameColumn> numeric = numericColumns(arrays);
-    for (const DataFrameColumn& column : numeric) table.append(column);
-    const std::size_t numTexts = arrays.names.size() - numeric.size();
+    for (std::size_t column = 0; column < numNumeric; ++column)
+        table.append(DataFrameColumn(arrays.names[column], Vector(std::move(numbers[column]))));
     for (std::size_t column = 0; column < numTexts; ++column)
-        table.append(textColumn(arrays, column, numTexts, arrays.names[numeric.size() + column]));
+        table.append(ColumnAccess::makeColumn(arrays.names[numNumeric + column], std::move(texts[column])));
     return table;
 }
 

@@ -6,16 +6,47 @@
 #include <tessel/data/convert.h>
 #include <tessel/framework/errors.h>
 
+#include "scoring/facades.h"
+#include "serialization/pmml/read.h"
+
 namespace Tessel::Plain {
 namespace {
 
 constexpr std::size_t kMaxModels = 8, kMaxBytes = std::size_t{256} << 20;
 
+/// A facade from a document, which hosts cannot give it.
+template <class Facade>
+struct FromDocument : Facade {
+    explicit FromDocument(const PMML::Document& document) {
+        this->template as<Scoring::IFacade>().fromPMML(document);
+    }
+};
+
 std::size_t bytesOf(const StoredModel& model) { return model.text().size() * sizeof(wchar_t); }
 
 }  // namespace
 
-StoredModel::StoredModel(WString text) : text_(std::move(text)), info_(Scoring::ModelInfo::ofPMML(text_)) {}
+template <class Facade>
+void StoredModel::tryLoading(const Lazy<Facade>& facade, const PMML::Document& document) {
+    try {
+        facade.get([&]() -> Facade { return FromDocument<Facade>(document); });
+    } catch (const UnsupportedPMMLFormat&) {  // who wants to score will be told
+    }
+}
+
+StoredModel::StoredModel(WString text) : text_(std::move(text)) {
+    PMML::translatingErrors([&] {
+        const PMML::Document document = PMML::parsed(text_);
+        info_ = Scoring::ModelInfo::ofPMML(document);
+        // Now that the text is parsed, the facade of the model's kind has its model at the least cost.
+        if (document.isForecaster())
+            tryLoading(forecaster_, document);
+        else if (document.isTransformer())
+            tryLoading(transformer_, document);
+        else
+            tryLoading(predictor_, document);
+    });
+}
 
 DataFrame StoredModel::fittedSeries(const DataFrame& input) const {
     return loaded(forecaster_).transform(Convert::toTimeSeries(input));

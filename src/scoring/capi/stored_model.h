@@ -43,6 +43,8 @@ class StoredModel {
             return made;
         });
     }
+    template <class Facade>
+    void tryLoading(const Lazy<Facade>& facade, const PMML::Document& document);
 
     WString text_;
     Scoring::ModelInfo info_;

@@ -49,12 +49,7 @@ ModelInfo ModelInfo::ofPMML(const PMML::Document& document) {
         PMML::Document::getRequiredSubnode(document.getRoot(), L"DataDictionary");
     PMML::forEachChild(dictionary, L"DataField", [&](const PMML::Node* field) {
         const WString name(PMML::Document::requiredAttribute(field, L"name"));
-        if (!info.targetName.empty() && name == info.targetName) {
-            PMML::forEachChild(field, L"Value", [&](const PMML::Node* value) {
-                info.classes.push_back(WString(PMML::Document::requiredAttribute(value, L"value")));
-            });
-            return;
-        }
+        if (!info.targetName.empty() && name == info.targetName) return;
         info.variableNames.push_back(name);
         const bool isContinuous = PMML::Document::requiredAttribute(field, L"optype") == kContinuous;
         info.variableTypes.push_back(isContinuous ? kContinuous : kCategorical);
@@ -71,10 +66,6 @@ ModelInfo ModelInfo::ofJSON(const WString& text) {
         const web::json::value value = JSON::parse(text);
         const JSON::Members model(value, "A model");
         const auto textOf = [&](const char* name) { return JSON::toText(model.at(name), name); };
-        const auto textsIfAny = [&](const char* name) {
-            const web::json::value* const texts = model.find(name);
-            return texts ? JSON::toStringVector(*texts, name) : StringVector();
-        };
         ModelInfo info;
         info.name = textOf("modelName");
         info.format = L"JSON";
@@ -83,9 +74,10 @@ ModelInfo ModelInfo::ofJSON(const WString& text) {
         // Models without a target, and without categorical variables, may leave these members out.
         if (model.find("targetColumn")) info.targetName = textOf("targetColumn");
         info.variableNames = JSON::toStringVector(model.at("variables"), "variables");
-        info.classes = textsIfAny("classes");
-        const StringVector categorical = textsIfAny("categoricalVariables");
-        const std::unordered_set<WString> isCategorical(categorical.begin(), categorical.end());
+        std::unordered_set<WString> isCategorical;
+        if (const web::json::value* const names = model.find("categoricalVariables"))
+            for (const WString& name : JSON::toStringVector(*names, "categoricalVariables"))
+                isCategorical.insert(name);
         for (const WString& name : info.variableNames)
             info.variableTypes.push_back(isCategorical.contains(name) ? kCategorical : kContinuous);
         return info;

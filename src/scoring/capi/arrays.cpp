@@ -57,11 +57,11 @@ std::shared_ptr<ColumnCells> encodeTexts(const TableArrays& arrays, std::size_t 
     return ColumnCells::ofCodes(encoder.finish(), std::move(codes));
 }
 
-/// The columns of one type.
-std::vector<DataFrameColumn> columnsOf(const DataFrame& table, TypeCode type) {
-    std::vector<DataFrameColumn> columns;
+/// The positions of the columns of one type.
+std::vector<int> columnsOf(const DataFrame& table, TypeCode type) {
+    std::vector<int> columns;
     for (int column = 0; column < table.getNumCols(); ++column)
-        if (table.getTypeCode(column) == type) columns.push_back(table(Util::all, column));
+        if (table.getTypeCode(column) == type) columns.push_back(column);
     return columns;
 }
 
@@ -108,16 +108,16 @@ DataFrame toTable(const TableArrays& arrays) {
 }
 
 void storeNumbers(const DataFrame& table, TSLSDK_DoubleArray& array) {
-    const std::vector<DataFrameColumn> columns = columnsOf(table, TypeCode::NUMERIC);
+    const std::vector<int> columns = columnsOf(table, TypeCode::NUMERIC);
     if (columns.size() == 1) {
-        array.shared = columns.front();
-        array.view = array.shared.values();
+        array.shared = ColumnAccess::cells(table, columns.front());
+        array.view = array.shared->numbers();
         return;
     }
     std::vector<std::span<const double>> cells;
-    for (const DataFrameColumn& column : columns) cells.push_back(column.values());
+    for (const int column : columns) cells.push_back(ColumnAccess::cells(table, column)->numbers());
     const auto numRows = static_cast<std::size_t>(table.getNumRows());
-    array.own.resize(columns.size() * numRows);
+    array.own.resize(cells.size() * numRows);
     forEachBlock(numRows, [&](std::size_t first, std::size_t last) {
         for (std::size_t column = 0; column < cells.size(); ++column)
             for (std::size_t row = first; row < last; ++row)
@@ -127,24 +127,22 @@ void storeNumbers(const DataFrame& table, TSLSDK_DoubleArray& array) {
 }
 
 void storeTexts(const DataFrame& table, TSLSDK_StringArray& array) {
-    array.shared = columnsOf(table, TypeCode::TEXT);
-    const auto numRows = static_cast<std::size_t>(table.getNumRows());
-    const std::size_t numColumns = array.shared.size();
-    array.view.resize(numColumns * numRows);
-    for (std::size_t column = 0; column < numColumns; ++column) {
-        const ColumnCells& cells = *ColumnAccess::cells(array.shared[column]);
-        const Dictionary& dictionary = cells.dictionary();
-        const wchar_t** text = array.view.data() + column;
-        for (const std::int32_t code : cells.codes()) {
-            *text = code == kMissingCode ? L"" : dictionary[code].c_str();
-            text += numColumns;
+    const std::vector<int> columns = columnsOf(table, TypeCode::TEXT);
+    array.view.resize(columns.size() * static_cast<std::size_t>(table.getNumRows()));
+    for (std::size_t column = 0; column < columns.size(); ++column) {
+        const auto& cells = array.shared.emplace_back(ColumnAccess::cells(table, columns[column]));
+        const Dictionary& dictionary = cells->dictionary();
+        std::size_t position = column;
+        for (const std::int32_t code : cells->codes()) {
+            array.view[position] = code == kMissingCode ? L"" : dictionary[code].c_str();
+            position += columns.size();
         }
     }
 }
 
 void storeNames(const DataFrame& table, TSLSDK_StringArray& array) {
     for (const TypeCode type : {TypeCode::NUMERIC, TypeCode::TEXT})
-        for (const DataFrameColumn& column : columnsOf(table, type)) array.own.push_back(column.getColName());
+        for (const int column : columnsOf(table, type)) array.own.push_back(table.getColName(column));
     for (const WString& name : array.own) array.view.push_back(name.c_str());
 }
 

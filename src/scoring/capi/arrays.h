@@ -14,10 +14,11 @@ struct TSLSDK_String {
     Tessel::WString text;
 };
 
-/// Numbers that the library gives to the host: its own, or the cells of a column that it keeps alive.
+/// Numbers that the library gives to the host: its own, or the cells of a column that it keeps alive. Making
+/// an empty one takes no memory beyond itself.
 struct TSLSDK_DoubleArray {
     std::vector<double> own;
-    Tessel::DataFrameColumn shared;
+    std::shared_ptr<const Tessel::ColumnCells> shared;
     std::span<const double> view;
 };
 
@@ -25,7 +26,7 @@ struct TSLSDK_DoubleArray {
 /// that it keeps alive.
 struct TSLSDK_StringArray {
     std::vector<Tessel::WString> own;
-    std::vector<Tessel::DataFrameColumn> shared;
+    std::vector<std::shared_ptr<const Tessel::ColumnCells>> shared;
     std::vector<const wchar_t*> view;
 };
 

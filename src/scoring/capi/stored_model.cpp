@@ -48,6 +48,15 @@ StoredModel::StoredModel(WString text) : text_(std::move(text)) {
     });
 }
 
+StringVector StoredModel::classes() const {
+    try {
+        return loaded(predictor_).getClasses();
+    } catch (const NotAClassifier&) {
+    } catch (const UnsupportedPMMLFormat&) {
+    }
+    return StringVector();
+}
+
 DataFrame StoredModel::fittedSeries(const DataFrame& input) const {
     return loaded(forecaster_).transform(Convert::toTimeSeries(input));
 }

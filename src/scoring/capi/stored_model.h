@@ -23,6 +23,8 @@ class StoredModel {
 
     const WString& text() const { return text_; }
     const Scoring::ModelInfo& info() const { return info_; }
+    /// In the order of `posteriors`; none when the model is no classifier that can be loaded.
+    StringVector classes() const;
 
     // Scoring by the facade that the operation asks for. @throws UnsupportedPMMLFormat when it cannot load
     // the text, and what its scoring throws

@@ -69,14 +69,15 @@ void appendMember(WString& json, WStringView name, WStringView text) {
     JSON::appendString(json, text);
 }
 
-WString toJSON(const Scoring::ModelInfo& info, bool isDetailed) {
+WString toJSON(const StoredModel& model, bool isDetailed) {
+    const Scoring::ModelInfo& info = model.info();
     WString json = L"{";
     if (isDetailed) {
         appendMember(json, L"modelName", info.name);
         appendMember(json += L',', L"type", info.kind);
         appendMember(json += L',', L"algorithm", info.algorithm);
         appendMember(json += L',', L"targetName", info.targetName);
-        JSON::appendArray(json += L",\"classes\":", info.classes, JSON::appendString);
+        JSON::appendArray(json += L",\"classes\":", model.classes(), JSON::appendString);
         json += L',';
     }
     json += L"\"variables\":[";
@@ -158,7 +159,7 @@ int32_t Tessel_PMMLModelVarsJSON(const wchar_t* modelText, TSLSDK_String** json,
     giveEmpty(json);
     return guarded([&] {
         requireObjects(json);
-        Tessel::WString text = toJSON(storedModels().get(modelText)->info(), detailed != 0);
+        Tessel::WString text = toJSON(*storedModels().get(modelText), detailed != 0);
         if (json) (*json)->text = std::move(text);
     });
 }

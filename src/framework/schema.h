@@ -72,6 +72,9 @@ class FeatureColumn {
     /// Cells of either type; numbers are matched by their text.
     static FeatureColumn categorical(std::shared_ptr<ColumnCells> cells, const Dictionary& categories);
 
+    /// The cells of some rows, which `selector` holds. @param rows  the same rows.
+    FeatureColumn select(RowSelector& selector, std::span<const std::int32_t> rows) const;
+
     bool isCategorical() const { return isCategorical_; }
     const ColumnCells& cells() const { return *cells_; }
     /// Rows taken out of a column are gathered at the first call.
@@ -92,6 +95,9 @@ struct TrainingFeatures {
     FittedSchema schema;
     std::vector<FeatureColumn> columns;
 };
+
+/// The same features of some rows, repetitions allowed. @pre every row exists.
+TrainingFeatures selectRows(const TrainingFeatures& features, const std::vector<std::int32_t>& rows);
 
 /// Reads the features of a training table: all columns but index columns. Text columns are categorical, and
 /// so are the numeric ones listed.
@@ -114,6 +120,9 @@ struct ClassTarget {
     std::vector<std::int32_t> codes;
     std::vector<double> counts;  // rows per class
 };
+
+/// The labels of some rows; the classes stay, even those that no row has.
+ClassTarget selectRows(const ClassTarget& target, const std::vector<std::int32_t>& rows);
 
 /// @throws ConstraintViolation for a missing cell.
 ClassTarget readClassTarget(const DataFrameColumn& target);

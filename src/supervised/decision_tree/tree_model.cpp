@@ -83,8 +83,9 @@ Vector vectorOf(const std::vector<double>& numbers) { return Vector(numbers.begi
 }  // namespace
 
 Engine::DT::TrainingData trainingData(const TrainingFeatures& features, const Vector& weights,
-                                      bool keepRanks) {
+                                      std::span<const std::int32_t> multiplicities, bool keepRanks) {
     Engine::DT::TrainingData data;
+    data.multiplicities = multiplicities;
     data.numRows = features.schema.numRows;
     data.keepRanks = keepRanks;
     data.weights = {weights.data(), weights.size()};

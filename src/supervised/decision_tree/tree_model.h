@@ -15,7 +15,7 @@ namespace Tessel::DecisionTree {
 /// @param keepRanks  whether numeric columns are to keep their ranks: for many trees of one table.
 /// @throws ConstraintViolation for infinite numbers to grow on.
 Engine::DT::TrainingData trainingData(const TrainingFeatures& features, const Vector& weights,
-                                      bool keepRanks = true);
+                                      std::span<const std::int32_t> multiplicities, bool keepRanks);
 std::vector<Engine::DT::Cells> cellsOf(const std::vector<FeatureColumn>& columns);
 
 /// What the fitted trees of both kinds share: choosing the tree that counts, and telling of it.

@@ -1,0 +1,79 @@
+#include "supervised/learner_catalog.h"
+
+#include <algorithm>
+
+#include <tessel/bagging.h>
+#include <tessel/decision_tree.h>
+#include <tessel/framework/ladon.h>
+#include <tessel/naive_bayes.h>
+#include <tessel/random_trees.h>
+
+namespace Tessel::LearnerCatalog {
+namespace {
+
+template <class Estimator, class Model>
+ClassifierFamily classifier(const WString& algorithm, bool canBeWeak) {
+    return {algorithm, canBeWeak,
+            []() -> std::unique_ptr<ClassifierEstimator> { return std::make_unique<Estimator>(); },
+            [](std::shared_ptr<Classification::IModelable> model)
+                -> std::shared_ptr<Supervised::Classification::Modelable> {
+                return std::make_shared<Model>(std::move(model));
+            }};
+}
+
+template <class Estimator, class Model>
+RegressorFamily regressor(const WString& algorithm, bool canBeWeak) {
+    return {algorithm, canBeWeak,
+            []() -> std::unique_ptr<RegressorEstimator> { return std::make_unique<Estimator>(); },
+            [](std::shared_ptr<Regression::IModelable> model)
+                -> std::shared_ptr<Supervised::Regression::Modelable> {
+                return std::make_shared<Model>(std::move(model));
+            }};
+}
+
+const std::vector<ClassifierFamily>& classifiers() {
+    namespace Names = Ladon::ModelAlgorithm;
+    namespace Kind = Classification;
+    static const std::vector<ClassifierFamily> families{
+        classifier<Kind::DecisionTree::Estimator, Kind::DecisionTree::Model>(Names::DECISION_TREE, true),
+        classifier<Kind::NaiveBayes::Estimator, Kind::NaiveBayes::Model>(Names::NAIVE_BAYES, true),
+        classifier<Kind::Bagging::Estimator, Kind::Bagging::Model>(Names::BAGGING, false),
+        classifier<Kind::RandomTrees::Estimator, Kind::RandomTrees::Model>(Names::RANDOM_TREES, false),
+    };
+    return families;
+}
+
+const std::vector<RegressorFamily>& regressors() {
+    namespace Names = Ladon::ModelAlgorithm;
+    namespace Kind = Regression;
+    static const std::vector<RegressorFamily> families{
+        regressor<Kind::DecisionTree::Estimator, Kind::DecisionTree::Model>(Names::DECISION_TREE, true),
+        regressor<Kind::Bagging::Estimator, Kind::Bagging::Model>(Names::BAGGING, false),
+        regressor<Kind::RandomTrees::Estimator, Kind::RandomTrees::Model>(Names::RANDOM_TREES, false),
+    };
+    return families;
+}
+
+template <class Family>
+const Family* find(const std::vector<Family>& families, const WString& algorithm) {
+    const auto found = std::find_if(families.begin(), families.end(),
+                                    [&](const Family& family) { return family.algorithm == algorithm; });
+    return found == families.end() ? nullptr : &*found;
+}
+
+}  // namespace
+
+const ClassifierFamily* findClassifier(const WString& algorithm) { return find(classifiers(), algorithm); }
+const RegressorFamily* findRegressor(const WString& algorithm) { return find(regressors(), algorithm); }
+
+const ClassifierEstimator& asLearner(const Classification::DecisionTree::Estimator& estimator) {
+    return estimator;
+}
+const ClassifierEstimator& asLearner(const Classification::NaiveBayes::Estimator& estimator) {
+    return estimator;
+}
+const RegressorEstimator& asLearner(const Regression::DecisionTree::Estimator& estimator) {
+    return estimator;
+}
+
+}  // namespace Tessel::LearnerCatalog

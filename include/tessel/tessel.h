@@ -4,6 +4,7 @@
 // the SDK itself include what they use.
 
 #include <tessel/bagging.h>
+#include <tessel/boosting.h>
 #include <tessel/data/convert.h>
 #include <tessel/data/data_frame.h>
 #include <tessel/data/data_frame_vector.h>

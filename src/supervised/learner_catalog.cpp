@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include <tessel/bagging.h>
+#include <tessel/boosting.h>
 #include <tessel/decision_tree.h>
 #include <tessel/framework/ladon.h>
 #include <tessel/naive_bayes.h>
@@ -38,6 +39,7 @@ const std::vector<ClassifierFamily>& classifiers() {
         classifier<Kind::DecisionTree::Estimator, Kind::DecisionTree::Model>(Names::DECISION_TREE, true),
         classifier<Kind::NaiveBayes::Estimator, Kind::NaiveBayes::Model>(Names::NAIVE_BAYES, true),
         classifier<Kind::Bagging::Estimator, Kind::Bagging::Model>(Names::BAGGING, false),
+        classifier<Kind::Boosting::Estimator, Kind::Boosting::Model>(Names::BOOSTING, false),
         classifier<Kind::RandomTrees::Estimator, Kind::RandomTrees::Model>(Names::RANDOM_TREES, false),
     };
     return families;
@@ -49,6 +51,7 @@ const std::vector<RegressorFamily>& regressors() {
     static const std::vector<RegressorFamily> families{
         regressor<Kind::DecisionTree::Estimator, Kind::DecisionTree::Model>(Names::DECISION_TREE, true),
         regressor<Kind::Bagging::Estimator, Kind::Bagging::Model>(Names::BAGGING, false),
+        regressor<Kind::Boosting::Estimator, Kind::Boosting::Model>(Names::BOOSTING, false),
         regressor<Kind::RandomTrees::Estimator, Kind::RandomTrees::Model>(Names::RANDOM_TREES, false),
     };
     return families;

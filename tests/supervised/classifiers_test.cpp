@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <tessel/bagging.h>
+#include <tessel/boosting.h>
 #include <tessel/data/convert.h>
 #include <tessel/data/util/sets.h>
 #include <tessel/decision_tree.h>
@@ -24,9 +25,9 @@ using Testing::labelledTable;
 
 template <class Estimator>
 class Classifiers : public testing::Test {};
-using Families =
-    testing::Types<Classification::NaiveBayes::Estimator, Classification::DecisionTree::Estimator,
-                   Classification::Bagging::Estimator, Classification::RandomTrees::Estimator>;
+using Families = testing::Types<Classification::NaiveBayes::Estimator,
+                                Classification::DecisionTree::Estimator, Classification::Bagging::Estimator,
+                                Classification::Boosting::Estimator, Classification::RandomTrees::Estimator>;
 TYPED_TEST_SUITE(Classifiers, Families);
 
 template <class Estimator>

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "supervised/ensemble/model.h"
+
+namespace Tessel {
+
+namespace Classification::Boosting {
+
+inline constexpr wchar_t kModelName[] = L"Boosting for Classification";
+
+class IModel : public Ensemble::IClassifier {
+ public:
+    IModel() : IClassifier(kModelName) {}
+};
+
+}  // namespace Classification::Boosting
+
+namespace Regression::Boosting {
+
+inline constexpr wchar_t kModelName[] = L"Boosting for Regression";
+
+class IModel : public Ensemble::IRegressor {
+ public:
+    IModel() : IRegressor(kModelName) {}
+
+    double meanResponse = 0.0;
+    double stepSize = 0.0;
+
+ protected:
+    double predictionOf(double sum) const override { return sum * stepSize + meanResponse; }
+    void describe(StringVector& labels, StringVector& values) const override;
+};
+
+}  // namespace Regression::Boosting
+}  // namespace Tessel

@@ -20,6 +20,7 @@
 #include <tessel/ensemble.h>
 #include <tessel/evaluator/evaluator.h>
 #include <tessel/evaluator/metrics.h>
+#include <tessel/find_best_model.h>
 #include <tessel/framework/capabilities.h>
 #include <tessel/framework/classifier.h>
 #include <tessel/framework/errors.h>

@@ -42,14 +42,13 @@ class IModelable : public Supervised::IModelable {
     virtual DataFrame predict(const DataFrame& features) const;
     virtual DataFrame posteriorProbability(const DataFrame& features) const;
     virtual DataFrame predictWithPosterior(const DataFrame& features) const;
+    /// Fills `posteriors`, which has its size, for rows whose columns stand in the order of the schema.
+    virtual void score(const std::vector<FeatureColumn>& columns, Posteriors& posteriors) const = 0;
     /// Fills `codes`, which has its size, with the position of the predicted class of each row. By the
     /// posteriors; a family whose engine tells the class with less work overrides it.
     virtual void classify(const std::vector<FeatureColumn>& columns, std::vector<std::int32_t>& codes) const;
 
  protected:
-    /// Fills `posteriors`, which has its size, for rows whose columns stand in the order of the schema.
-    virtual void score(const std::vector<FeatureColumn>& columns, Posteriors& posteriors) const = 0;
-
     void writeTarget(PMML::ModelWriter& writer) const override;
     void readTarget(const PMML::ModelReader& reader) override;
     void writeTarget(web::json::value& model) const override;
@@ -100,7 +99,7 @@ class IEstimator : public Supervised::IEstimator, public PriorProbability::IAdmi
 
     void validate() const override;
     void validate(const DataFrame& features, const DataFrameColumn& target) const override;
-    std::shared_ptr<IModelable> fit(const DataFrame& features, const DataFrameColumn& target) const;
+    virtual std::shared_ptr<IModelable> fit(const DataFrame& features, const DataFrameColumn& target) const;
     /// The same with data to prune by, for families that do; others leave them unread.
     virtual std::shared_ptr<IModelable> fit(const DataFrame& features, const DataFrame& /*validFeatures*/,
                                             const DataFrameColumn& target,

@@ -46,7 +46,7 @@ class IEstimator : public Supervised::IEstimator {
 
     using Supervised::IEstimator::validate;
     void validate(const DataFrame& features, const DataFrameColumn& target) const override;
-    std::shared_ptr<IModelable> fit(const DataFrame& features, const DataFrameColumn& target) const;
+    virtual std::shared_ptr<IModelable> fit(const DataFrame& features, const DataFrameColumn& target) const;
     /// The same with data to prune by, for families that do; others leave them unread.
     virtual std::shared_ptr<IModelable> fit(const DataFrame& features, const DataFrame& /*validFeatures*/,
                                             const DataFrameColumn& target,

@@ -5,6 +5,7 @@
 #include <tessel/bagging.h>
 #include <tessel/boosting.h>
 #include <tessel/decision_tree.h>
+#include <tessel/find_best_model.h>
 #include <tessel/framework/ladon.h>
 #include <tessel/naive_bayes.h>
 #include <tessel/random_trees.h>
@@ -41,6 +42,7 @@ const std::vector<ClassifierFamily>& classifiers() {
         classifier<Kind::Bagging::Estimator, Kind::Bagging::Model>(Names::BAGGING, false),
         classifier<Kind::Boosting::Estimator, Kind::Boosting::Model>(Names::BOOSTING, false),
         classifier<Kind::RandomTrees::Estimator, Kind::RandomTrees::Model>(Names::RANDOM_TREES, false),
+        classifier<Kind::FindBestModel::Estimator, Kind::FindBestModel::Model>(Names::FIND_BEST_MODEL, false),
     };
     return families;
 }
@@ -53,6 +55,7 @@ const std::vector<RegressorFamily>& regressors() {
         regressor<Kind::Bagging::Estimator, Kind::Bagging::Model>(Names::BAGGING, false),
         regressor<Kind::Boosting::Estimator, Kind::Boosting::Model>(Names::BOOSTING, false),
         regressor<Kind::RandomTrees::Estimator, Kind::RandomTrees::Model>(Names::RANDOM_TREES, false),
+        regressor<Kind::FindBestModel::Estimator, Kind::FindBestModel::Model>(Names::FIND_BEST_MODEL, false),
     };
     return families;
 }
@@ -69,14 +72,26 @@ const Family* find(const std::vector<Family>& families, const WString& algorithm
 const ClassifierFamily* findClassifier(const WString& algorithm) { return find(classifiers(), algorithm); }
 const RegressorFamily* findRegressor(const WString& algorithm) { return find(regressors(), algorithm); }
 
+const ClassifierEstimator& asLearner(const Classification::Bagging::Estimator& estimator) {
+    return estimator;
+}
+const ClassifierEstimator& asLearner(const Classification::Boosting::Estimator& estimator) {
+    return estimator;
+}
 const ClassifierEstimator& asLearner(const Classification::DecisionTree::Estimator& estimator) {
     return estimator;
 }
 const ClassifierEstimator& asLearner(const Classification::NaiveBayes::Estimator& estimator) {
     return estimator;
 }
+const ClassifierEstimator& asLearner(const Classification::RandomTrees::Estimator& estimator) {
+    return estimator;
+}
+const RegressorEstimator& asLearner(const Regression::Bagging::Estimator& estimator) { return estimator; }
+const RegressorEstimator& asLearner(const Regression::Boosting::Estimator& estimator) { return estimator; }
 const RegressorEstimator& asLearner(const Regression::DecisionTree::Estimator& estimator) {
     return estimator;
 }
+const RegressorEstimator& asLearner(const Regression::RandomTrees::Estimator& estimator) { return estimator; }
 
 }  // namespace Tessel::LearnerCatalog

@@ -14,13 +14,31 @@
 
 namespace Tessel {
 
+namespace Classification::Bagging {
+class Estimator;
+}
+namespace Classification::Boosting {
+class Estimator;
+}
 namespace Classification::DecisionTree {
 class Estimator;
 }
 namespace Classification::NaiveBayes {
 class Estimator;
 }
+namespace Classification::RandomTrees {
+class Estimator;
+}
+namespace Regression::Bagging {
+class Estimator;
+}
+namespace Regression::Boosting {
+class Estimator;
+}
 namespace Regression::DecisionTree {
+class Estimator;
+}
+namespace Regression::RandomTrees {
 class Estimator;
 }
 
@@ -49,9 +67,15 @@ const ClassifierFamily* findClassifier(const WString& algorithm);
 const RegressorFamily* findRegressor(const WString& algorithm);
 
 // The estimators of families that their users see as names only.
+const ClassifierEstimator& asLearner(const Classification::Bagging::Estimator& estimator);
+const ClassifierEstimator& asLearner(const Classification::Boosting::Estimator& estimator);
 const ClassifierEstimator& asLearner(const Classification::DecisionTree::Estimator& estimator);
 const ClassifierEstimator& asLearner(const Classification::NaiveBayes::Estimator& estimator);
+const ClassifierEstimator& asLearner(const Classification::RandomTrees::Estimator& estimator);
+const RegressorEstimator& asLearner(const Regression::Bagging::Estimator& estimator);
+const RegressorEstimator& asLearner(const Regression::Boosting::Estimator& estimator);
 const RegressorEstimator& asLearner(const Regression::DecisionTree::Estimator& estimator);
+const RegressorEstimator& asLearner(const Regression::RandomTrees::Estimator& estimator);
 
 }  // namespace LearnerCatalog
 }  // namespace Tessel

@@ -10,23 +10,32 @@
 #include <tessel/naive_bayes.h>
 #include <tessel/random_trees.h>
 
+#include "supervised/bagging/model.h"
+#include "supervised/boosting/model.h"
+#include "supervised/decision_tree/model.h"
+#include "supervised/find_best_model/model.h"
+#include "supervised/naive_bayes/model.h"
+#include "supervised/random_trees/model.h"
+
 namespace Tessel::LearnerCatalog {
 namespace {
 
-template <class Estimator, class Model>
+template <class Estimator, class Implementation, class Model>
 ClassifierFamily classifier(const WString& algorithm, bool canBeWeak) {
     return {algorithm, canBeWeak,
             []() -> std::unique_ptr<ClassifierEstimator> { return std::make_unique<Estimator>(); },
+            []() -> std::shared_ptr<Classification::IModelable> { return std::make_shared<Implementation>(); },
             [](std::shared_ptr<Classification::IModelable> model)
                 -> std::shared_ptr<Supervised::Classification::Modelable> {
                 return std::make_shared<Model>(std::move(model));
             }};
 }
 
-template <class Estimator, class Model>
+template <class Estimator, class Implementation, class Model>
 RegressorFamily regressor(const WString& algorithm, bool canBeWeak) {
     return {algorithm, canBeWeak,
             []() -> std::unique_ptr<RegressorEstimator> { return std::make_unique<Estimator>(); },
+            []() -> std::shared_ptr<Regression::IModelable> { return std::make_shared<Implementation>(); },
             [](std::shared_ptr<Regression::IModelable> model)
                 -> std::shared_ptr<Supervised::Regression::Modelable> {
                 return std::make_shared<Model>(std::move(model));
@@ -37,12 +46,12 @@ const std::vector<ClassifierFamily>& classifiers() {
     namespace Names = Ladon::ModelAlgorithm;
     namespace Kind = Classification;
     static const std::vector<ClassifierFamily> families{
-        classifier<Kind::DecisionTree::Estimator, Kind::DecisionTree::Model>(Names::DECISION_TREE, true),
-        classifier<Kind::NaiveBayes::Estimator, Kind::NaiveBayes::Model>(Names::NAIVE_BAYES, true),
-        classifier<Kind::Bagging::Estimator, Kind::Bagging::Model>(Names::BAGGING, false),
-        classifier<Kind::Boosting::Estimator, Kind::Boosting::Model>(Names::BOOSTING, false),
-        classifier<Kind::RandomTrees::Estimator, Kind::RandomTrees::Model>(Names::RANDOM_TREES, false),
-        classifier<Kind::FindBestModel::Estimator, Kind::FindBestModel::Model>(Names::FIND_BEST_MODEL, false),
+        classifier<Kind::DecisionTree::Estimator, Kind::DecisionTree::IModel, Kind::DecisionTree::Model>(Names::DECISION_TREE, true),
+        classifier<Kind::NaiveBayes::Estimator, Kind::NaiveBayes::IModel, Kind::NaiveBayes::Model>(Names::NAIVE_BAYES, true),
+        classifier<Kind::Bagging::Estimator, Kind::Bagging::IModel, Kind::Bagging::Model>(Names::BAGGING, false),
+        classifier<Kind::Boosting::Estimator, Kind::Boosting::IModel, Kind::Boosting::Model>(Names::BOOSTING, false),
+        classifier<Kind::RandomTrees::Estimator, Kind::RandomTrees::IModel, Kind::RandomTrees::Model>(Names::RANDOM_TREES, false),
+        classifier<Kind::FindBestModel::Estimator, Kind::FindBestModel::IModel, Kind::FindBestModel::Model>(Names::FIND_BEST_MODEL, false),
     };
     return families;
 }
@@ -51,11 +60,11 @@ const std::vector<RegressorFamily>& regressors() {
     namespace Names = Ladon::ModelAlgorithm;
     namespace Kind = Regression;
     static const std::vector<RegressorFamily> families{
-        regressor<Kind::DecisionTree::Estimator, Kind::DecisionTree::Model>(Names::DECISION_TREE, true),
-        regressor<Kind::Bagging::Estimator, Kind::Bagging::Model>(Names::BAGGING, false),
-        regressor<Kind::Boosting::Estimator, Kind::Boosting::Model>(Names::BOOSTING, false),
-        regressor<Kind::RandomTrees::Estimator, Kind::RandomTrees::Model>(Names::RANDOM_TREES, false),
-        regressor<Kind::FindBestModel::Estimator, Kind::FindBestModel::Model>(Names::FIND_BEST_MODEL, false),
+        regressor<Kind::DecisionTree::Estimator, Kind::DecisionTree::IModel, Kind::DecisionTree::Model>(Names::DECISION_TREE, true),
+        regressor<Kind::Bagging::Estimator, Kind::Bagging::IModel, Kind::Bagging::Model>(Names::BAGGING, false),
+        regressor<Kind::Boosting::Estimator, Kind::Boosting::IModel, Kind::Boosting::Model>(Names::BOOSTING, false),
+        regressor<Kind::RandomTrees::Estimator, Kind::RandomTrees::IModel, Kind::RandomTrees::Model>(Names::RANDOM_TREES, false),
+        regressor<Kind::FindBestModel::Estimator, Kind::FindBestModel::IModel, Kind::FindBestModel::Model>(Names::FIND_BEST_MODEL, false),
     };
     return families;
 }

@@ -49,6 +49,8 @@ struct ClassifierFamily {
     WString algorithm;  ///< of `Ladon::ModelAlgorithm`
     bool canBeWeak;     ///< whether ensembles take it as their weak learner
     std::unique_ptr<ClassifierEstimator> (*makeEstimator)();
+    /// A model without anything in it, to be read from a text.
+    std::shared_ptr<Classification::IModelable> (*makeBlank)();
     /// The family's own handle around a fitted model.
     std::shared_ptr<Supervised::Classification::Modelable> (*makeModel)(
         std::shared_ptr<Classification::IModelable>);
@@ -59,6 +61,7 @@ struct RegressorFamily {
     WString algorithm;
     bool canBeWeak;
     std::unique_ptr<RegressorEstimator> (*makeEstimator)();
+    std::shared_ptr<Regression::IModelable> (*makeBlank)();
     std::shared_ptr<Supervised::Regression::Modelable> (*makeModel)(std::shared_ptr<Regression::IModelable>);
 };
 

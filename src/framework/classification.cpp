@@ -179,15 +179,18 @@ std::shared_ptr<IModelable> IEstimator::fitResample(const TrainingFeatures& feat
     };
     const auto fitOn = [&](const TrainingSet& data, std::vector<double> counts, std::int32_t firstRow) {
         std::shared_ptr<IModelable> model = fitEngine(data);
+        FittedSchema schema = features.schema;
+        schema.rowNames = nullptr;  // the records are no rows of the table
         // As in a fit on the resample alone, with two classes the one of its first row.
         const StringVector& classes = target.classes;
-        adopt(*model, data, features.schema, std::move(counts),
+        adopt(*model, data, std::move(schema), std::move(counts),
               classes.size() == 2 ? classes[classOf(firstRow)] : WString());
         return model;
     };
     if (resample.rows.empty())
-        return fitOn({features, target, priors(target.classes, classSizes(target, {})), {}, preparation, true},
-                     target.counts, 0);
+        return fitOn(
+            {features, target, priors(target.classes, classSizes(target, {})), {}, preparation, true},
+            target.counts, 0);
     if (takesMultiplicities()) {
         std::vector<double> counts(target.classes.size(), 0.0);
         for (const std::int32_t row : resample.rows) counts[classOf(row)] += 1.0;

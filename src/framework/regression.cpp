@@ -67,6 +67,7 @@ std::shared_ptr<IModelable> IEstimator::fitResample(const TrainingFeatures& feat
     }
     model->setName(getName());
     model->schema = features.schema;
+    model->schema.rowNames = nullptr;  // the records are no rows of the table
     return model;
 }
 

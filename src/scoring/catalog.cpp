@@ -3,13 +3,21 @@
 #include <algorithm>
 #include <vector>
 
+#include <tessel/bagging.h>
+#include <tessel/boosting.h>
 #include <tessel/data/convert.h>
+#include <tessel/find_best_model.h>
 #include <tessel/framework/errors.h>
 #include <tessel/framework/ladon.h>
 #include <tessel/naive_bayes.h>
+#include <tessel/random_trees.h>
 
+#include "supervised/bagging/model.h"
+#include "supervised/boosting/model.h"
 #include "supervised/decision_tree/model.h"
+#include "supervised/find_best_model/model.h"
 #include "supervised/naive_bayes/model.h"
+#include "supervised/random_trees/model.h"
 
 namespace Tessel::Scoring {
 namespace {
@@ -64,11 +72,18 @@ void addPredictors(std::vector<CatalogRow>& rows) {
     rows.push_back(learner<Regression::DecisionTree::IModel, Regression::DecisionTree::Model>(kAnyAlgorithm));
     rows.push_back(
         learner<Classification::NaiveBayes::IModel, Classification::NaiveBayes::Model>(kAnyAlgorithm));
+    rows.push_back(learner<Classification::Bagging::IModel, Classification::Bagging::Model>(kOwnAlgorithm));
+    rows.push_back(learner<Classification::Boosting::IModel, Classification::Boosting::Model>(kOwnAlgorithm));
+    rows.push_back(
+        learner<Classification::RandomTrees::IModel, Classification::RandomTrees::Model>(kOwnAlgorithm));
+    rows.push_back(
+        learner<Classification::FindBestModel::IModel, Classification::FindBestModel::Model>(kOwnAlgorithm));
+    rows.push_back(learner<Regression::Bagging::IModel, Regression::Bagging::Model>(kOwnAlgorithm));
+    rows.push_back(learner<Regression::Boosting::IModel, Regression::Boosting::Model>(kOwnAlgorithm));
+    rows.push_back(learner<Regression::RandomTrees::IModel, Regression::RandomTrees::Model>(kOwnAlgorithm));
+    rows.push_back(
+        learner<Regression::FindBestModel::IModel, Regression::FindBestModel::Model>(kOwnAlgorithm));
     for (const WString& kind : {CLASSIFICATION, REGRESSION}) {
-        rows.push_back(planned(kPredictor, kind, Algorithm::BAGGING, L"MiningModel", L"Bagging"));
-        rows.push_back(planned(kPredictor, kind, Algorithm::BOOSTING, L"MiningModel", L"Boosting"));
-        rows.push_back(planned(kPredictor, kind, Algorithm::RANDOM_TREES, L"MiningModel", L"RandomTrees"));
-        rows.push_back(planned(kPredictor, kind, Algorithm::FIND_BEST_MODEL, L"", L""));
         rows.push_back(planned(kPredictor, kind, Algorithm::NEURAL_NETWORK, L"NeuralNetwork",
                                L"NeuralNetwork", kAnyAlgorithm));
         rows.push_back(planned(kPredictor, kind, Algorithm::NEAREST_NEIGHBORS, L"NearestNeighborModel",

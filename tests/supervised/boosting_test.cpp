@@ -244,7 +244,7 @@ class Stranger : public Classification::IModelable {
     Stranger(StringVector labels, std::int32_t code) : IModelable(L"Stranger"), code_(code) {
         classSchema.classes = std::move(labels);
     }
-    void classify(const std::vector<FeatureColumn>&, std::span<std::int32_t> codes) const override {
+    void classify(const std::vector<FeatureColumn>&, std::vector<std::int32_t>& codes) const override {
         std::fill(codes.begin(), codes.end(), code_);
     }
 

@@ -12,8 +12,11 @@ class IModel : public Ensemble::IClassifier, public Ensemble::IOutOfBag {
  public:
     IModel() : IClassifier(kModelName) {}
 
+    const ModelType& type() const override;
+    std::shared_ptr<Supervised::IModelable> blank() const override { return std::make_shared<IModel>(); }
+
  protected:
-    void reportFamily(DataFrameVector& tables) const override { tables.push_back(outOfBagError); }
+    void reportFamily(DataFrameVector& tables) const override { reportOutOfBag(tables); }
 };
 
 }  // namespace Classification::Bagging
@@ -26,8 +29,11 @@ class IModel : public Ensemble::IRegressor, public Ensemble::IOutOfBag {
  public:
     IModel() : IRegressor(kModelName) {}
 
+    const ModelType& type() const override;
+    std::shared_ptr<Supervised::IModelable> blank() const override { return std::make_shared<IModel>(); }
+
  protected:
-    void reportFamily(DataFrameVector& tables) const override { tables.push_back(outOfBagError); }
+    void reportFamily(DataFrameVector& tables) const override { reportOutOfBag(tables); }
 };
 
 }  // namespace Regression::Bagging

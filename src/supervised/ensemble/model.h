@@ -40,6 +40,11 @@ class IOutOfBag {
  public:
     virtual ~IOutOfBag() = default;
     DataFrame outOfBagError{L"Out-of-bag Error"};
+
+ protected:
+    void reportOutOfBag(DataFrameVector& tables) const {
+        if (outOfBagError.getNumCols() > 0) tables.push_back(outOfBagError);
+    }
 };
 
 /// A fitted ensemble of classifiers that vote.
@@ -54,6 +59,12 @@ class IClassifier : public Classification::IModelable, public IClassifierMembers
     void report(DataFrameVector& tables) const override;
     /// Adds the tables of the family.
     virtual void reportFamily(DataFrameVector& /*tables*/) const {}
+
+    /// The members have no PMML texts of their own kind here. @throws UnsupportedPMMLFormat
+    void writeBody(PMML::ModelWriter& writer) const override;
+    void readBody(const PMML::ModelReader& reader) override;
+    void writeBody(web::json::value& model) const override;
+    void readBody(const JSON::Members& model) override;
 };
 
 /// A fitted ensemble of regressors; families say what becomes of the sum of the predictions.
@@ -69,6 +80,12 @@ class IRegressor : public Regression::IModelable, public IRegressorMembers {
     void describe(StringVector& /*labels*/, StringVector& /*values*/) const override {}
     void report(DataFrameVector& tables) const override;
     virtual void reportFamily(DataFrameVector& /*tables*/) const {}
+
+    /// The members have no PMML texts of their own kind here. @throws UnsupportedPMMLFormat
+    void writeBody(PMML::ModelWriter& writer) const override;
+    void readBody(const PMML::ModelReader& reader) override;
+    void writeBody(web::json::value& model) const override;
+    void readBody(const JSON::Members& model) override;
 };
 
 extern template class IMembersOf<Classification::IModelable>;

@@ -116,6 +116,19 @@ void ISearched<Modelable>::reportSearch(DataFrameVector& tables) const {
     tables.push_back(std::move(messages));
 }
 
+template <class Modelable>
+void ISearched<Modelable>::writeSearch(int metric, web::json::value& model) const {
+    using JSONModel::set;
+    set(model, L"metric", web::json::value::number(metric));
+    if (best_) set(model, L"bestLearner", JSON::fromText(learnerName(kind_, *best_)));
+    if (learnerForScoring_)
+        set(model, L"learnerForScoring", JSON::fromText(learnerName(kind_, *learnerForScoring_)));
+    set(model, L"fittingLog", JSONModel::fromStrings(log));
+    std::vector<web::json::value> learners;
+    for (const auto& [type, learner] : models) learners.push_back(learner->toJSONValue());
+    set(model, L"learners", web::json::value::array(std::move(learners)));
+}
+
 template class ISearched<Classification::IModelable>;
 template class ISearched<Regression::IModelable>;
 

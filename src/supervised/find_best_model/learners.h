@@ -12,6 +12,7 @@
 
 #include "framework/classification.h"
 #include "framework/regression.h"
+#include "serialization/json/read.h"
 
 namespace Tessel::FindBestModel {
 
@@ -56,6 +57,13 @@ class ISearched {
     void describeSearch(const WString& metric, StringVector& labels, StringVector& values) const;
     void reportSearch(DataFrameVector& tables) const;
 
+    // The JSON members "metric", "bestLearner", "learnerForScoring" (both absent before the choice),
+    // "fittingLog" and "learners", the models as texts of their own.
+    void writeSearch(int metric, web::json::value& model) const;
+    /// @param makeBlank  a model to read from, by its algorithm; null for one that is not offered.
+    template <class MakeBlank>
+    int readSearch(const JSON::Members& model, MakeBlank&& makeBlank);
+
  private:
     void requireModels() const;
 
@@ -89,6 +97,30 @@ WString ISearched<Modelable>::chooseBest(const WString& metric, bool isLargestBe
     if (useForScoring) learnerForScoring_ = best_;
     metrics = std::move(table);
     return learnerName(kind_, *best_);
+}
+
+template <class Modelable>
+template <class MakeBlank>
+int ISearched<Modelable>::readSearch(const JSON::Members& model, MakeBlank&& makeBlank) {
+    for (const web::json::value& learner : JSON::toArray(model.at("learners"), "learners")) {
+        const WString algorithm =
+            JSON::toText(JSON::Members(learner, "A model").at("algorithm"), "algorithm");
+        const LearnerType type = typeOfAlgorithm(kind_, algorithm);
+        std::shared_ptr<Modelable> read = makeBlank(algorithm);
+        if (!read || type == LearnerType::UNKNOWN) throw NotASetMember("learners", narrowText(algorithm));
+        read->fromJSONValue(learner);
+        if (!models.emplace(type, std::move(read)).second) throw DuplicateName(narrowText(algorithm));
+    }
+    log = JSON::toStringVector(model.at("fittingLog"), "fittingLog");
+    const auto readType = [&](const char* name, std::optional<LearnerType>& type) {
+        const web::json::value* const value = model.find(name);
+        if (!value) return;
+        type = getLearnerType(JSON::toText(*value, name));
+        modelOf(*type);
+    };
+    readType("bestLearner", best_);
+    readType("learnerForScoring", learnerForScoring_);
+    return JSON::toInteger(model.at("metric"), "metric");
 }
 
 extern template class ISearched<Classification::IModelable>;

@@ -15,6 +15,9 @@ class IModel : public IModelable, public Tessel::FindBestModel::ISearched<IModel
  public:
     IModel() : IModelable(kModelName), ISearched(Tessel::FindBestModel::Kind::CLASSIFICATION) {}
 
+    const ModelType& type() const override;
+    std::shared_ptr<Supervised::IModelable> blank() const override { return std::make_shared<IModel>(); }
+
     ClassificationMetricType metric = ClassificationMetricType::PERCENT_CORRECT;
 
     WString findBestLearner(const DataFrame& features, const DataFrameColumn& target, bool useForScoring);
@@ -33,6 +36,11 @@ class IModel : public IModelable, public Tessel::FindBestModel::ISearched<IModel
 
  protected:
     void adoptClassRule() override;
+    /// There is no PMML for a search; its chosen model has its own. @throws UnsupportedPMMLFormat
+    void writeBody(PMML::ModelWriter& writer) const override;
+    void readBody(const PMML::ModelReader& reader) override;
+    void writeBody(web::json::value& model) const override;
+    void readBody(const JSON::Members& model) override;
     void describe(StringVector& labels, StringVector& values) const override;
     void report(DataFrameVector& tables) const override;
 
@@ -52,6 +60,9 @@ class IModel : public IModelable, public Tessel::FindBestModel::ISearched<IModel
  public:
     IModel() : IModelable(kModelName), ISearched(Tessel::FindBestModel::Kind::REGRESSION) {}
 
+    const ModelType& type() const override;
+    std::shared_ptr<Supervised::IModelable> blank() const override { return std::make_shared<IModel>(); }
+
     RegressionMetricType metric = RegressionMetricType::RMSE;
 
     WString findBestLearner(const DataFrame& features, const DataFrameColumn& target, bool useForScoring);
@@ -63,6 +74,11 @@ class IModel : public IModelable, public Tessel::FindBestModel::ISearched<IModel
     }
 
  protected:
+    /// There is no PMML for a search; its chosen model has its own. @throws UnsupportedPMMLFormat
+    void writeBody(PMML::ModelWriter& writer) const override;
+    void readBody(const PMML::ModelReader& reader) override;
+    void writeBody(web::json::value& model) const override;
+    void readBody(const JSON::Members& model) override;
     void describe(StringVector& labels, StringVector& values) const override;
     void report(DataFrameVector& tables) const override { reportSearch(tables); }
 };

@@ -30,7 +30,7 @@ DataFrame Classification::RandomTrees::IModel::featuresImportance() const {
 
 void Classification::RandomTrees::IModel::reportFamily(DataFrameVector& tables) const {
     tables.push_back(featuresImportance());
-    tables.push_back(outOfBagError);
+    reportOutOfBag(tables);
 }
 
 DataFrame Regression::RandomTrees::IModel::featuresImportance() const {
@@ -39,7 +39,7 @@ DataFrame Regression::RandomTrees::IModel::featuresImportance() const {
 
 void Regression::RandomTrees::IModel::reportFamily(DataFrameVector& tables) const {
     tables.push_back(featuresImportance());
-    tables.push_back(outOfBagError);
+    reportOutOfBag(tables);
 }
 
 }  // namespace Tessel

@@ -11,6 +11,9 @@ inline constexpr wchar_t kModelName[] = L"Random Trees for Classification";
 class IModel : public Ensemble::IClassifier, public Ensemble::IOutOfBag {
  public:
     IModel() : IClassifier(kModelName) {}
+
+    const ModelType& type() const override;
+    std::shared_ptr<Supervised::IModelable> blank() const override { return std::make_shared<IModel>(); }
     DataFrame featuresImportance() const;
 
  protected:
@@ -26,6 +29,9 @@ inline constexpr wchar_t kModelName[] = L"Random Trees for Regression";
 class IModel : public Ensemble::IRegressor, public Ensemble::IOutOfBag {
  public:
     IModel() : IRegressor(kModelName) {}
+
+    const ModelType& type() const override;
+    std::shared_ptr<Supervised::IModelable> blank() const override { return std::make_shared<IModel>(); }
     DataFrame featuresImportance() const;
 
  protected:

@@ -10,7 +10,8 @@
 #include <tessel/framework/errors.h>
 #include <tessel/naive_bayes.h>
 
-#include "supervised/ensemble/model.h"
+#include "supervised/bagging/model.h"
+#include "supervised/naive_bayes/model.h"
 #include "supervised/tables.h"
 
 namespace Tessel {
@@ -239,29 +240,22 @@ TEST(Boosting, TablesAndTextsHoldItsParameters) {
 }
 
 // A learner that knows other labels than the ensemble, as models from texts may.
-class Stranger : public Classification::IModelable {
+class Stranger : public Classification::NaiveBayes::IModel {
  public:
-    Stranger(StringVector labels, std::int32_t code) : IModelable(L"Stranger"), code_(code) {
+    Stranger(StringVector labels, std::int32_t code) : code_(code) {
         classSchema.classes = std::move(labels);
     }
     void classify(const std::vector<FeatureColumn>&, std::vector<std::int32_t>& codes) const override {
         std::fill(codes.begin(), codes.end(), code_);
     }
 
- protected:
-    void score(const std::vector<FeatureColumn>&, Classification::Posteriors&) const override {}
-
  private:
     std::int32_t code_;
 };
 
-class Ensemble3 : public Ensemble::IClassifier {
- public:
-    Ensemble3() : IClassifier(L"Ensemble") { setClassSchema({{L"a", L"b"}, {0.5, 0.5}, {}, L"b", 0.5}); }
-};
-
 TEST(Ensemble, VotesForUnknownLabelsAreDrawnAndCountLikeOthers) {
-    Ensemble3 ensemble;
+    Classification::Bagging::IModel ensemble;
+    ensemble.setClassSchema({{L"a", L"b"}, {0.5, 0.5}, {}, L"b", 0.5});
     ensemble.add(std::make_shared<Stranger>(StringVector{L"b", L"a"}, 0), 3.0);  // b
     ensemble.add(std::make_shared<Stranger>(StringVector{L"x", L"a"}, 1), 2.0);  // a
     ensemble.add(std::make_shared<Stranger>(StringVector{L"x", L"a"}, 0), 1.0);  // unknown

@@ -69,6 +69,7 @@ class IModelable : public Supervised::IModelable {
  private:
     /// Checks of classes that were read. @throws TooFewClassLabels, DuplicateName and what `validate` throws.
     void requireClasses() const;
+    void writeOutput(PMML::ModelWriter& writer) const;
     Posteriors posteriors(const std::vector<FeatureColumn>& columns, std::size_t numRows) const;
     Posteriors posteriors(const DataFrame& features) const;
     void chooseClasses(const Posteriors& posteriors, std::vector<std::int32_t>& codes) const;

@@ -51,6 +51,8 @@ class IModelable : public IPortableModel {
     virtual void writeBody(web::json::value& model) const = 0;
     virtual void readBody(const JSON::Members& model) = 0;
 
+    void readMiningSchema(PMML::ModelReader& reader);
+    void readTransformations(PMML::ModelReader& reader);
     void writeDataDictionary(PMML::ModelWriter& writer) const override;
     void writeElement(PMML::ModelWriter& writer) const override;
     void readElement(PMML::ModelReader& reader) override;

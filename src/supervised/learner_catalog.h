@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <span>
 #include <vector>
 
 #include <tessel/framework/classifier.h>
@@ -68,6 +69,14 @@ struct RegressorFamily {
 /// The family of that algorithm, or null.
 const ClassifierFamily* findClassifier(const WString& algorithm);
 const RegressorFamily* findRegressor(const WString& algorithm);
+
+/// All families, in a fixed order.
+std::span<const ClassifierFamily> classifiers();
+std::span<const RegressorFamily> regressors();
+
+/// The family of weak learners whose models are this PMML element, or null.
+const ClassifierFamily* findWeakClassifierOfPMML(WStringView element);
+const RegressorFamily* findWeakRegressorOfPMML(WStringView element);
 
 // The estimators of families that their users see as names only.
 const ClassifierEstimator& asLearner(const Classification::Bagging::Estimator& estimator);

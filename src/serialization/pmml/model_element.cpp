@@ -9,17 +9,12 @@
 
 namespace Tessel::PMML {
 
-Node* ModelWriter::writeElement(Document& document, const IPortableModel& model, const ColumnScaling* scaling,
-                                bool isSegment) {
+void ModelWriter::write(const IPortableModel& model) {
     const ModelType& type = model.type();
-    Node* const element = document.allocateNode(type.pmmlElement);
     document.appendAttribute(element, L"modelName", model.getName());
     document.appendAttribute(element, L"functionName", type.kind);
     document.appendAttribute(element, L"algorithmName", type.pmmlAlgorithm);
-    ModelWriter writer{document, element, scaling};
-    writer.isSegment = isSegment;
-    model.writeElement(writer);
-    return element;
+    model.writeElement(*this);
 }
 
 FieldTable readDataDictionary(const Node* dataDictionary) {

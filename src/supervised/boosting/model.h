@@ -13,6 +13,7 @@ class IModel : public Ensemble::IClassifier {
     IModel() : IClassifier(kModelName) {}
 
     const ModelType& type() const override;
+    const wchar_t* multipleModelMethod() const override { return L"weightedAverage"; }
     std::shared_ptr<Supervised::IModelable> blank() const override { return std::make_shared<IModel>(); }
 };
 
@@ -27,6 +28,7 @@ class IModel : public Ensemble::IRegressor {
     IModel() : IRegressor(kModelName) {}
 
     const ModelType& type() const override;
+    const wchar_t* multipleModelMethod() const override { return L"sum"; }
     std::shared_ptr<Supervised::IModelable> blank() const override { return std::make_shared<IModel>(); }
 
     double meanResponse = 0.0;
@@ -35,6 +37,11 @@ class IModel : public Ensemble::IRegressor {
  protected:
     double predictionOf(double sum) const override { return sum * stepSize + meanResponse; }
     void describe(StringVector& labels, StringVector& values) const override;
+    /// Step size and mean response as the rescaling of the target.
+    using IRegressor::readTarget;
+    using IRegressor::writeTarget;
+    void writeTarget(PMML::ModelWriter& writer) const override;
+    void readTarget(const PMML::ModelReader& reader) override;
     using IRegressor::readBody;
     using IRegressor::writeBody;
     void writeBody(web::json::value& model) const override;

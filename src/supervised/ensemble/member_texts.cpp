@@ -21,17 +21,4 @@ void IClassifier::readBody(const JSON::Members& model) { readMembers(*this, sche
 void IRegressor::writeBody(web::json::value& model) const { writeMembers(*this, model); }
 void IRegressor::readBody(const JSON::Members& model) { readMembers(*this, schema, model); }
 
-void IClassifier::writeBody(PMML::ModelWriter&) const {
-    throw UnsupportedPMMLFormat("Ensembles cannot be written to PMML.");
-}
-void IClassifier::readBody(const PMML::ModelReader&) {
-    throw UnsupportedPMMLFormat("Ensembles cannot be read from PMML.");
-}
-void IRegressor::writeBody(PMML::ModelWriter&) const {
-    throw UnsupportedPMMLFormat("Ensembles cannot be written to PMML.");
-}
-void IRegressor::readBody(const PMML::ModelReader&) {
-    throw UnsupportedPMMLFormat("Ensembles cannot be read from PMML.");
-}
-
 }  // namespace Tessel::Ensemble

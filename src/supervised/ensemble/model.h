@@ -60,7 +60,9 @@ class IClassifier : public Classification::IModelable, public IClassifierMembers
     /// Adds the tables of the family.
     virtual void reportFamily(DataFrameVector& /*tables*/) const {}
 
-    /// The members have no PMML texts of their own kind here. @throws UnsupportedPMMLFormat
+    bool writesTransformationsFirst() const override { return true; }
+    /// How a PMML scorer combines the members.
+    virtual const wchar_t* multipleModelMethod() const = 0;
     void writeBody(PMML::ModelWriter& writer) const override;
     void readBody(const PMML::ModelReader& reader) override;
     void writeBody(web::json::value& model) const override;
@@ -81,7 +83,9 @@ class IRegressor : public Regression::IModelable, public IRegressorMembers {
     void report(DataFrameVector& tables) const override;
     virtual void reportFamily(DataFrameVector& /*tables*/) const {}
 
-    /// The members have no PMML texts of their own kind here. @throws UnsupportedPMMLFormat
+    bool writesTransformationsFirst() const override { return true; }
+    /// How a PMML scorer combines the members.
+    virtual const wchar_t* multipleModelMethod() const = 0;
     void writeBody(PMML::ModelWriter& writer) const override;
     void readBody(const PMML::ModelReader& reader) override;
     void writeBody(web::json::value& model) const override;

@@ -16,6 +16,8 @@ class IModel : public IModelable, public Tessel::FindBestModel::ISearched<IModel
     IModel() : IModelable(kModelName), ISearched(Tessel::FindBestModel::Kind::CLASSIFICATION) {}
 
     const ModelType& type() const override;
+    /// The chosen model's own text: a search has none. @throws NoBestLearner
+    WString toPMML(const PMML::ColumnScaling* scaling) const override { return chosen().toPMML(scaling); }
     std::shared_ptr<Supervised::IModelable> blank() const override { return std::make_shared<IModel>(); }
 
     ClassificationMetricType metric = ClassificationMetricType::PERCENT_CORRECT;
@@ -36,7 +38,7 @@ class IModel : public IModelable, public Tessel::FindBestModel::ISearched<IModel
 
  protected:
     void adoptClassRule() override;
-    /// There is no PMML for a search; its chosen model has its own. @throws UnsupportedPMMLFormat
+    /// Not called: PMML is that of the chosen model.
     void writeBody(PMML::ModelWriter& writer) const override;
     void readBody(const PMML::ModelReader& reader) override;
     void writeBody(web::json::value& model) const override;
@@ -61,6 +63,8 @@ class IModel : public IModelable, public Tessel::FindBestModel::ISearched<IModel
     IModel() : IModelable(kModelName), ISearched(Tessel::FindBestModel::Kind::REGRESSION) {}
 
     const ModelType& type() const override;
+    /// The chosen model's own text: a search has none. @throws NoBestLearner
+    WString toPMML(const PMML::ColumnScaling* scaling) const override { return chosen().toPMML(scaling); }
     std::shared_ptr<Supervised::IModelable> blank() const override { return std::make_shared<IModel>(); }
 
     RegressionMetricType metric = RegressionMetricType::RMSE;
@@ -74,7 +78,7 @@ class IModel : public IModelable, public Tessel::FindBestModel::ISearched<IModel
     }
 
  protected:
-    /// There is no PMML for a search; its chosen model has its own. @throws UnsupportedPMMLFormat
+    /// Not called: PMML is that of the chosen model.
     void writeBody(PMML::ModelWriter& writer) const override;
     void readBody(const PMML::ModelReader& reader) override;
     void writeBody(web::json::value& model) const override;

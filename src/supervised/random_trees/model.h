@@ -13,6 +13,7 @@ class IModel : public Ensemble::IClassifier, public Ensemble::IOutOfBag {
     IModel() : IClassifier(kModelName) {}
 
     const ModelType& type() const override;
+    const wchar_t* multipleModelMethod() const override { return L"majorityVote"; }
     std::shared_ptr<Supervised::IModelable> blank() const override { return std::make_shared<IModel>(); }
     DataFrame featuresImportance() const;
 
@@ -31,6 +32,7 @@ class IModel : public Ensemble::IRegressor, public Ensemble::IOutOfBag {
     IModel() : IRegressor(kModelName) {}
 
     const ModelType& type() const override;
+    const wchar_t* multipleModelMethod() const override { return L"average"; }
     std::shared_ptr<Supervised::IModelable> blank() const override { return std::make_shared<IModel>(); }
     DataFrame featuresImportance() const;
 

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include <tessel/data/convert.h>
+#include <tessel/data/util/sets.h>
 
 namespace Tessel::Ensemble {
 
@@ -20,5 +21,25 @@ void IClassifier::writeBody(web::json::value& model) const { writeMembers(*this,
 void IClassifier::readBody(const JSON::Members& model) { readMembers(*this, schema, model); }
 void IRegressor::writeBody(web::json::value& model) const { writeMembers(*this, model); }
 void IRegressor::readBody(const JSON::Members& model) { readMembers(*this, schema, model); }
+
+void IOutOfBag::writeOutOfBag(web::json::value& model) const {
+    if (outOfBagError.getNumCols() == 0) return;
+    web::json::value columns = web::json::value::object(true);
+    for (int i = 0; i < outOfBagError.getNumCols(); ++i)
+        JSONModel::set(columns, outOfBagError.getColName(i),
+                       JSONModel::fromNumbers(outOfBagError(Util::all, i).toDoubleVector()));
+    JSONModel::set(model, L"outOfBagError", std::move(columns));
+}
+
+void IOutOfBag::readOutOfBag(const JSON::Members& model) {
+    const web::json::value* const columns = model.find("outOfBagError");
+    if (!columns) return;
+    if (!columns->is_object()) throw MalformedJSON("outOfBagError must be an object.");
+    DataFrame table(outOfBagError.getName());
+    for (const auto& [name, numbers] : columns->as_object())
+        table.append(DataFrameColumn(JSON::fromNative(name), JSON::toVector(numbers, "outOfBagError")));
+    table.setRowNames(Util::generateNames(L"", 1, table.getNumRows()));
+    outOfBagError = std::move(table);
+}
 
 }  // namespace Tessel::Ensemble

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <memory>
 #include <thread>
 
@@ -140,6 +141,38 @@ TEST(CInterface, StoresTablesOfAllKindsRowByRow) {
     // Results keep what they point to.
     table = DataFrame();
     EXPECT_STREQ(moved->view[3], L"w");
+}
+
+// Shapes around the blocks of rows and the groups of columns that are turned at a time, and one for all
+// threads.
+TEST(CInterface, TurnsTablesOfAnyShape) {
+    for (const std::size_t numColumns : {1u, 3u, 4u, 5u, 9u})
+        for (const std::size_t numRows : {1u, 256u, 300u, 20000u}) {
+            std::vector<double> numbers(numRows * numColumns);
+            for (std::size_t i = 0; i < numbers.size(); ++i) numbers[i] = static_cast<double>(i);
+            const Texts texts = [&] {
+                Texts made;
+                for (std::size_t row = 0; row < numRows; ++row) made.push_back(row % 3 == 0 ? L"" : L"text");
+                return made;
+            }();
+            const Texts names(numColumns + 1, L"name");
+            const Tessel_DoubleArray numberArray{numbers.data(), numbers.size()};
+            const Tessel_StringArray textArray{texts.data(), texts.size()},
+                nameArray{names.data(), names.size()};
+            const DataFrame table = toTable(checkedArrays(numRows, &numberArray, &textArray, &nameArray));
+            ASSERT_EQ(table.getNumCols(), static_cast<int>(numColumns) + 1);
+            const int last = static_cast<int>(numColumns) - 1;
+            EXPECT_EQ(table(static_cast<int>(numRows) - 1, last).toDouble(), numbers.back());
+            EXPECT_EQ(table(0, last).toDouble(), static_cast<double>(last));
+            TSLSDK_DoubleArray numbersBack;
+            TSLSDK_StringArray textsBack;
+            storeNumbers(table, numbersBack);
+            storeTexts(table, textsBack);
+            EXPECT_TRUE(
+                std::equal(numbers.begin(), numbers.end(), numbersBack.view.begin(), numbersBack.view.end()));
+            EXPECT_TRUE(std::equal(texts.begin(), texts.end(), textsBack.view.begin(), textsBack.view.end(),
+                                   [](const WString& a, const WString& b) { return a == b; }));
+        }
 }
 
 TEST(CInterface, TellsFailuresByStatusAndGivesEmptyResults) {

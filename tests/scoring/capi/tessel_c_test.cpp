@@ -4,9 +4,12 @@
 
 #include <gtest/gtest.h>
 
-#include <tessel/decision_tree.h>
+#include <tessel/data/convert.h>
 #include <tessel/naive_bayes.h>
+#include <tessel/scaler.h>
+#include <tessel/scoring/capi/table_functions.h>
 #include <tessel/scoring/capi/tessel_c.h>
+#include <tessel/scoring/fitted_model.h>
 
 #include "scoring/capi/arrays.h"
 #include "scoring/model_texts.h"
@@ -118,6 +121,28 @@ TEST(CInterface, PredictsNumbers) {
     const Tessel_StringArray names{call.names.data(), 1};
     EXPECT_EQ(iTessel_Predict(call.model.c_str(), 3, &numbers, nullptr, &names, nullptr, nullptr, nullptr),
               TESSEL_OK);
+}
+
+TEST(CInterface, Transforms) {
+    DataFrame table;
+    table.append(DataFrameColumn(L"a", Vector{1, 2, 3}));
+    table.append(DataFrameColumn(L"b", Vector{10, 30, 20}));
+    Call call;
+    call.model = Scaler::Estimator().setScalingType(Scaler::ScalingType::NORMALIZATION).fit(table).toPMML();
+    call.numRows = 3;
+    call.numbers = {10, 1, 30, 2, 20, 3};
+    call.names = {L"b", L"a"};
+    ASSERT_EQ(call.run(iTessel_Transform), TESSEL_OK) << Convert::toUtf8(TSLSDK_LastErrorText());
+    EXPECT_EQ(call.numbersFound(), (Vector{0, 0, 1, 0.5, 0.5, 1}));
+    ASSERT_EQ(TSLSDK_StringArraySize(call.resultNames), 2u);
+    EXPECT_EQ(WString(TSLSDK_StringArrayData(call.resultNames)[0]), L"b");
+    EXPECT_EQ(WString(TSLSDK_StringArrayData(call.resultNames)[1]), L"a");
+    EXPECT_EQ(call.predict(), TESSEL_REFUSED);
+    DataFrame output;
+    ASSERT_EQ(tesselTransform(call.model.c_str(), table, output), 0);
+    EXPECT_EQ(output(Util::all, L"b").toDoubleVector(), (Vector{0, 1, 0.5}));
+    output.fromJsonString(Scoring::FittedModel().score(call.model, L"b,a\n25,1\n", 0, false));
+    EXPECT_EQ(output(Util::all, L"b").toDoubleVector(), (Vector{0.75}));
 }
 
 TEST(CInterface, StoresTablesOfAllKindsRowByRow) {

@@ -113,8 +113,7 @@ void addOthers(std::vector<CatalogRow>& rows) {
     for (const auto& [algorithm, name] : series)
         rows.push_back(planned(Audience::FORECASTER, TIME_SERIES, algorithm, L"TimeSeriesModel", name,
                                kOwnAlgorithm, kAnyFunction));
-    rows.push_back(planned(Audience::TRANSFORMER, TRANSFORMATION, Algorithm::RESCALING,
-                           L"TransformationModel", L"Rescaling", kOwnAlgorithm, kAnyFunction));
+    rows.push_back(transformer<Scaler::IModel, Scaler::Model>());
     rows.push_back(planned(Audience::TRANSFORMER, TEXT_MINING, Algorithm::TF_IDF, L"TransformationModel",
                            L"TFIDF", kOwnAlgorithm, kAnyFunction));
     rows.push_back(planned(Audience::NOBODY, TEXT_MINING, Algorithm::LSA, L"TextModel", L""));

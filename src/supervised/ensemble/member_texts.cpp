@@ -24,20 +24,26 @@ void IRegressor::readBody(const JSON::Members& model) { readMembers(*this, schem
 
 void IOutOfBag::writeOutOfBag(web::json::value& model) const {
     if (outOfBagError.getNumCols() == 0) return;
-    web::json::value columns = web::json::value::object(true);
-    for (int i = 0; i < outOfBagError.getNumCols(); ++i)
-        JSONModel::set(columns, outOfBagError.getColName(i),
+    std::vector<web::json::value> columns;
+    for (int i = 0; i < outOfBagError.getNumCols(); ++i) {
+        web::json::value column = web::json::value::object(true);
+        JSONModel::set(column, L"name", JSON::fromText(outOfBagError.getColName(i)));
+        JSONModel::set(column, L"values",
                        JSONModel::fromNumbers(outOfBagError(Util::all, i).toDoubleVector()));
-    JSONModel::set(model, L"outOfBagError", std::move(columns));
+        columns.push_back(std::move(column));
+    }
+    JSONModel::set(model, L"outOfBagError", web::json::value::array(std::move(columns)));
 }
 
 void IOutOfBag::readOutOfBag(const JSON::Members& model) {
     const web::json::value* const columns = model.find("outOfBagError");
     if (!columns) return;
-    if (!columns->is_object()) throw MalformedJSON("outOfBagError must be an object.");
     DataFrame table(outOfBagError.getName());
-    for (const auto& [name, numbers] : columns->as_object())
-        table.append(DataFrameColumn(JSON::fromNative(name), JSON::toVector(numbers, "outOfBagError")));
+    for (const web::json::value& element : JSON::toArray(*columns, "outOfBagError")) {
+        const JSON::Members column(element, "A column");
+        table.append(DataFrameColumn(JSON::toText(column.at("name"), "name"),
+                                     JSON::toVector(column.at("values"), "values")));
+    }
     table.setRowNames(Util::generateNames(L"", 1, table.getNumRows()));
     outOfBagError = std::move(table);
 }

@@ -90,6 +90,7 @@ class Grower {
     void growDepthFirst(Tree& tree, OpenNode root, Scratch& scratch, std::size_t deferBelow,
                         std::vector<OpenNode>* deferred);
 
+    void makeAllLists();
     void planHistograms();
     bool wantsHistograms(std::size_t numRecords) const { return numRecords >= minNumRecordsOfHistograms_; }
     void addToHistogram(std::size_t feature, const OpenNode& open, std::vector<double>& histograms) const;
@@ -138,10 +139,22 @@ Grower::Grower(const TrainingData& data, const PreparedRecords& prepared, const 
       goesLeft_(records_.size),
       scratches_(static_cast<std::size_t>(omp_in_parallel() ? 1 : omp_get_max_threads())) {
     for (std::uint32_t record = 0; record < members_.size(); ++record) members_[record] = record;
-    forEachFeature(features_.size(), records_.size, nullptr, [&](std::size_t feature, Scratch&) {
-        features_[feature] = makeLists(data_.features[feature], prepared_, data_.keepRanks);
-    });
+    makeAllLists();
     planHistograms();
+}
+
+void Grower::makeAllLists() {
+    std::vector<std::uint32_t> recordOf;
+    if (!data_.sortedRows.empty() && !prepared_.tableRows.empty()) {
+        recordOf.assign(static_cast<std::size_t>(data_.numRows), kNoRecord);
+        for (std::uint32_t record = 0; record < records_.size; ++record)
+            recordOf[prepared_.tableRows[record]] = record;
+    }
+    forEachFeature(features_.size(), records_.size, nullptr, [&](std::size_t i, Scratch&) {
+        features_[i] = data_.sortedRows.empty()
+                           ? makeLists(data_.features[i], prepared_, data_.keepRanks)
+                           : takeLists(data_.features[i], prepared_, data_.sortedRows[i], recordOf);
+    });
 }
 
 void Grower::planHistograms() {

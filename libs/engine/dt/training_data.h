@@ -6,6 +6,7 @@
 
 #include "data/column_cells.h"
 #include "data/sorted_records.h"
+#include "engine/parallel.h"
 
 namespace Tessel::Engine::DT {
 
@@ -52,6 +53,10 @@ struct TrainingData {
     /// Whether columns that have no ranks yet are ranked and keep them, 4 bytes a cell, for the trees to
     /// come. Else each fit sorts such columns for itself.
     bool keepRanks = true;
+
+    /// Told what share of the records have found their leaf; of a tree with limited nodes or splits, only
+    /// that it grows.
+    Watch watch = {};
 };
 
 /// The rows of the table by the feature's number: what the fits of many trees can share, 4 bytes a row. Empty

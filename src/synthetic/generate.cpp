@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cmath>
+#include <limits>
 #include <new>
 #include <stdexcept>
 
@@ -32,6 +33,14 @@ std::vector<std::span<const double>> constSpansOf(const std::vector<Vector>& row
     std::vector<std::span<const double>> spans;
     for (std::size_t i = begin; i < end; ++i) spans.emplace_back(rows[i].data(), rows[i].size());
     return spans;
+}
+
+/// Asks for the memory of a whole sample without using it: systems that give more than they have refuse such a
+/// request only as one. @throws std::bad_alloc
+void requireMemory(std::size_t numVars, std::size_t numRows) {
+    if (numVars > std::numeric_limits<std::size_t>::max() / 16 / numRows) throw std::bad_alloc();
+    void* const volatile memory = ::operator new(numVars * numRows * sizeof(double));  // volatile: not left out
+    ::operator delete(memory);
 }
 
 }  // namespace
@@ -91,6 +100,7 @@ ISyntheticDataGenerator::Rows ISyntheticDataGenerator::drawUniforms(std::size_t 
         return {};
     }
     Rows rows(numVars + numMixing);
+    requireMemory(rows.size(), static_cast<std::size_t>(sampleSize.get()));
     for (Vector& row : rows) row.resize(static_cast<std::size_t>(sampleSize.get()));
     const auto method = static_cast<Engine::Random::SamplingMethodType>(samplingMethod.get());
     if (!uniformSample(*generator, method, spansOf(rows, 0, rows.size()))) {

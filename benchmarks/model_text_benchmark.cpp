@@ -1,6 +1,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 #include <vector>
 
 #include <rapidxml/rapidxml.hpp>
@@ -55,13 +56,14 @@ int main(int argc, char** argv) {
     const double write = secondsOf([&] { text = model.toPMML(); });
     std::printf("text      %8.1f MB as UTF-8, written in %.3f s\n",
                 static_cast<double>(Convert::toUtf8(text).size()) / 1e6, write);
-    std::vector<wchar_t> copy(text.begin(), text.end());
-    copy.push_back(L'\0');
+    std::vector<wchar_t> characters(text.begin(), text.end());
+    characters.push_back(0);
     rapidxml::xml_document<wchar_t> bare;
-    const double parse = secondsOf([&] { bare.parse<0>(copy.data()); });
+    const double parse = secondsOf([&] { bare.parse<0>(characters.data()); });
     bare.clear();
     Scoring::Classifier loaded;
-    const double read = secondsOf([&] { loaded.fromPMMLString(text); });
+    WString copy = text;
+    const double read = secondsOf([&] { loaded.fromPMMLString(std::move(copy)); });
     std::printf("reading   %8.3f s, %.2f times a bare parse (%.3f s)\n", read, read / parse, parse);
     model.predict(features);
     const double inMemory = secondsOf([&] { model.predict(features); });

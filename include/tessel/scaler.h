@@ -96,7 +96,7 @@ class TESSEL_API Model : public Identifiable,
     WString toPMML(const PMML::ColumnScaling& scaler) const override;
     WString toLadon() const override;
     void fromJSONString(const WString& text) override;
-    void fromPMMLString(const WString& text) override;
+    void fromPMMLString(WString text) override;
     void fromLadonString(const WString& text) override;
 
  private:

@@ -1,3 +1,5 @@
+#include <utility>
+
 #include <tessel/framework/supervised_model.h>
 
 #include "framework/supervised.h"
@@ -87,9 +89,9 @@ void SupervisedModel<Interface>::fromJSONString(const WString& text) {
     implementation_ = read;
 }
 template <class Interface>
-void SupervisedModel<Interface>::fromPMMLString(const WString& text) {
+void SupervisedModel<Interface>::fromPMMLString(WString text) {
     const auto read = implementation_->blank();
-    read->fromPMMLString(text);
+    read->fromPMMLString(std::move(text));
     implementation_ = read;
 }
 template <class Interface>

@@ -1,6 +1,7 @@
 #include "scoring/facades.h"
 
 #include <limits>
+#include <utility>
 
 #include <tessel/framework/errors.h>
 #include <tessel/scaler.h>
@@ -19,7 +20,7 @@ Facade& Facade::operator=(const Facade& other) {
 }
 Facade::~Facade() = default;
 
-void Facade::fromPMMLString(const WString& text) { implementation_->fromPMMLString(text); }
+void Facade::fromPMMLString(WString text) { implementation_->fromPMMLString(std::move(text)); }
 void Facade::fromJSONString(const WString& text) { implementation_->fromJSONString(text); }
 void Facade::fromLadonString(const WString& text) { implementation_->fromLadonString(text); }
 void Facade::fromString(const WString& text) { implementation_->fromString(text); }

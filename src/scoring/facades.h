@@ -15,7 +15,7 @@ class IFacade : public IIdentifiable {
  public:
     explicit IFacade(Audience audience) : IIdentifiable(L""), audience_(audience) {}
 
-    void fromPMMLString(const WString& text);
+    void fromPMMLString(WString text);
     /// The same for a text that is parsed already.
     void fromPMML(const PMML::Document& document);
     void fromJSONString(const WString& text);

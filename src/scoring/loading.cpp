@@ -1,3 +1,5 @@
+#include <utility>
+
 #include <tessel/data/convert.h>
 #include <tessel/framework/errors.h>
 
@@ -34,8 +36,8 @@ void IFacade::adopt(const CatalogRow& row, std::shared_ptr<IPortableModel> imple
     setModelName(modelName);
 }
 
-void IFacade::fromPMMLString(const WString& text) {
-    PMML::translatingErrors([&] { fromPMML(PMML::parsed(text)); });
+void IFacade::fromPMMLString(WString text) {
+    PMML::translatingErrors([&] { fromPMML(PMML::parsed(std::move(text))); });
 }
 
 void IFacade::fromPMML(const PMML::Document& document) {

@@ -44,8 +44,9 @@ class TESSEL_API Importable {
  public:
     virtual ~Importable();
 
+    /// A large text is best moved in: reading works on a copy.
     /// @throws UnsupportedPMMLFormat with the reason, when the text is no PMML or of another kind of model.
-    virtual void fromPMMLString(const WString& text) = 0;
+    virtual void fromPMMLString(WString text) = 0;
     /// The same for a UTF-8 file, with or without byte-order mark.
     /// @throws FileNotFound, UnsupportedPMMLFormat
     virtual void fromPMMLFile(const WString& path);

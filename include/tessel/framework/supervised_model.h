@@ -41,7 +41,7 @@ class SupervisedModel : public Interface {
     WString toPMML(const PMML::ColumnScaling& scaler) const override;
     WString toLadon() const override;
     void fromJSONString(const WString& text) override;
-    void fromPMMLString(const WString& text) override;
+    void fromPMMLString(WString text) override;
     void fromLadonString(const WString& text) override;
 
  protected:

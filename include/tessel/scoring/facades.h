@@ -36,7 +36,7 @@ class TESSEL_API Facade : public Identifiable,
     ~Facade() override;
 
     /// @throws UnsupportedPMMLFormat with the reason
-    void fromPMMLString(const WString& text);
+    void fromPMMLString(WString text);
     /// @throws UnsupportedJSONModel with the reason
     void fromJSONString(const WString& text);
     /// @throws UnsupportedJSONModel with the reason

@@ -1,3 +1,5 @@
+#include <utility>
+
 #include <tessel/data/convert.h>
 #include <tessel/data/util/tables.h>
 #include <tessel/framework/errors.h>
@@ -35,7 +37,7 @@ void Importable::fromPMMLFile(const WString& path) {
     } catch (const InvalidEncoding& error) {
         throw UnsupportedPMMLFormat(error.what());
     }
-    fromPMMLString(text);
+    fromPMMLString(std::move(text));
 }
 WString Importable::fromPMMLFileToString(const WString& path) { return Util::readFile(path); }
 

@@ -141,22 +141,32 @@ Side readSide(const XmlNode* node, const FittedSchema& schema, const ModelReader
     throw UnsupportedPMMLFormat("A node has no predicate.");
 }
 
-/// Reads a tree level by level: `pending` are the elements of the nodes in their order.
+/// Reads a tree in the order of the document, which is that of its memory, and then orders the nodes by
+/// level.
 class NodesReader {
  public:
     NodesReader(const FittedSchema& schema, const StringVector& classes, const ModelReader& reader)
         : schema_(schema), classes_(classes), reader_(reader) {
-        read_.tree.numClasses = static_cast<int>(classes.size());
+        tree_.numClasses = static_cast<int>(classes.size());
     }
 
     ReadTree read() {
         const XmlNode* const root = reader_.requiredChild(L"Node");
         if (readSide(root, schema_, reader_).form != Side::Form::TRUE)
             throw UnsupportedPMMLFormat("The root has a condition.");
-        pending_.push_back(root);
-        for (std::size_t i = 0; i < pending_.size(); ++i) readNode(pending_[i]);
-        Engine::DT::deriveStatistics(read_.tree);
-        return std::move(read_);
+        addNodes(1);
+        pending_.push_back({root, 0});
+        while (!pending_.empty()) {
+            const auto [element, position] = pending_.back();
+            pending_.pop_back();
+            readNode(element, position);
+        }
+        ReadTree read{Engine::DT::inLevelOrder(tree_), {}};
+        if (!classes_.empty())
+            for (const TreeNode& node : read.tree.nodes)
+                read.labels.push_back(static_cast<std::int32_t>(node.response));
+        Engine::DT::deriveStatistics(read.tree);
+        return read;
     }
 
  private:
@@ -175,7 +185,12 @@ class NodesReader {
         return found;
     }
 
-    void readNode(const XmlNode* element) {
+    void addNodes(std::size_t count) {
+        tree_.nodes.resize(tree_.nodes.size() + count);
+        tree_.classWeights.resize(tree_.nodes.size() * classes_.size(), 0.0);
+    }
+
+    void readNode(const XmlNode* element, std::int32_t position) {
         const Attributes attributes = attributesOf(element);
         TreeNode node;
         const double numRecords = attributes.recordCount ? PMML::toDouble(*attributes.recordCount) : 0.0;
@@ -195,9 +210,14 @@ class NodesReader {
             if (PMML::isSameName(name, L"Node")) children_.push_back(child);
             if (PMML::isSameName(name, L"ScoreDistribution")) distributions_.push_back(child);
         });
-        if (!classes_.empty()) readClasses(attributes, numRecords);
+        if (!classes_.empty()) {
+            // The label stays here until the nodes are in their order.
+            node.response = attributes.score ? classOf(*attributes.score) : -1;
+            readClasses(node.response, numRecords,
+                        tree_.classWeights.data() + at(position) * classes_.size());
+        }
         if (!children_.empty()) readChildren(attributes, node);
-        read_.tree.nodes.push_back(node);
+        tree_.nodes[at(position)] = node;
     }
 
     std::int32_t classOf(WStringView label) const {
@@ -206,11 +226,7 @@ class NodesReader {
         throw UnsupportedPMMLFormat(Convert::toUtf8Lossy(WString(label)) + " is no class of the target.");
     }
 
-    void readClasses(const Attributes& attributes, double numRecords) {
-        read_.labels.push_back(attributes.score ? classOf(*attributes.score) : -1);
-        std::vector<double>& all = read_.tree.classWeights;
-        all.resize(all.size() + classes_.size(), 0.0);
-        double* const weights = all.data() + all.size() - classes_.size();
+    void readClasses(double ownLabel, double numRecords, double* weights) {
         std::size_t expected = 0, numProbabilities = 0;
         for (const XmlNode* distribution : distributions_) {
             std::optional<WStringView> label, count, probability;
@@ -235,8 +251,8 @@ class NodesReader {
             throw UnsupportedPMMLFormat("Some classes of a node have a probability and some have none.");
         if (numProbabilities != 0)
             for (std::size_t k = 0; k < classes_.size(); ++k) weights[k] *= std::max(1.0, numRecords);
-        if (distributions_.empty() && attributes.score)
-            weights[at(read_.labels.back())] = std::max(1.0, numRecords);
+        if (distributions_.empty() && ownLabel >= 0.0)
+            weights[static_cast<std::size_t>(ownLabel)] = std::max(1.0, numRecords);
     }
 
     void readChildren(const Attributes& attributes, TreeNode& node) {
@@ -258,19 +274,25 @@ class NodesReader {
         node.feature = left.feature;
         node.threshold = left.threshold;
         if (left.form == Side::Form::IN) {
-            node.categorySet = static_cast<std::int32_t>(read_.tree.categorySets.size());
-            read_.tree.categorySets.push_back(std::move(left.codes));
+            node.categorySet = static_cast<std::int32_t>(tree_.categorySets.size());
+            tree_.categorySets.push_back(std::move(left.codes));
         }
-        node.left = static_cast<std::int32_t>(pending_.size());
-        pending_.insert(pending_.end(), children_.begin(), children_.end());
+        node.left = static_cast<std::int32_t>(tree_.nodes.size());
+        addNodes(2);
+        pending_.push_back({children_[1], node.right()});
+        pending_.push_back({children_[0], node.left});
     }
 
     std::vector<const XmlNode*> children_, distributions_;  // of the node at hand
     const FittedSchema& schema_;
     const StringVector& classes_;
     const ModelReader& reader_;
-    std::vector<const XmlNode*> pending_;
-    ReadTree read_;
+    struct Pending {
+        const XmlNode* element;
+        std::int32_t position;
+    };
+    std::vector<Pending> pending_;
+    Tree tree_;
 };
 
 }  // namespace

@@ -5,6 +5,7 @@
 
 #include "serialization/pmml/model_element.h"
 #include "serialization/pmml/values.h"
+#include "supervised/ensemble/fit_learners.h"
 #include "supervised/ensemble/model.h"
 #include "supervised/learner_catalog.h"
 
@@ -83,22 +84,26 @@ void readSegments(Members& members, const FittedSchema& schema, WStringView meth
     if (found != method)
         throw UnsupportedPMMLFormat("The segments are combined by " + Convert::toUtf8Lossy(found) +
                                     ", not by " + Convert::toUtf8Lossy(method) + ".");
+    std::vector<const Node*> elements;
     PMML::forEachChild(segmentation, L"Segment", [&](const Node* segment) {
-        const Node* const element = modelOf(segment);
-        const WStringView name(element->name(), element->name_size());
+        elements.push_back(modelOf(segment));
+        const WStringView name = PMML::nameOf(elements.back());
         WString algorithm;
         const auto member = blankOf(members, name, algorithm);
         if (!member || (!members.algorithm.empty() && algorithm != members.algorithm))
-            throw UnsupportedPMMLFormat("A segment's " + Convert::toUtf8Lossy(name) +
+            throw UnsupportedPMMLFormat("A segment's " + Convert::toUtf8Lossy(WString(name)) +
                                         " cannot be read here.");
         members.algorithm = algorithm;
-        ModelReader memberReader{reader.fields, element, reader.featureOfField, &schema,
-                                 method == kWeightedAverage};
-        memberReader.readInto(*member);
         const auto weight = Document::optionalAttribute(segment, L"weight");
         members.add(member, weight ? PMML::toDouble(*weight) : 1.0);
         if (!(members.weights.back() >= 0.0) || std::isinf(members.weights.back()))
             throw UnsupportedPMMLFormat("The weight of a segment is negative or not finite.");
+    });
+    fitLearners(static_cast<int>(elements.size()), {}, {}, [&](int m) {  // read by all threads
+        const auto position = static_cast<std::size_t>(m);
+        ModelReader memberReader{reader.fields, elements[position], reader.featureOfField, &schema,
+                                 method == kWeightedAverage};
+        memberReader.readInto(*members.weakModels[position]);
     });
     if (members.weakModels.empty()) throw UnsupportedPMMLFormat("There are no segments.");
 }

@@ -1,3 +1,5 @@
+#include <utility>
+
 #include <tessel/data/errors.h>
 #include <tessel/scaler.h>
 
@@ -68,9 +70,9 @@ void Model::fromJSONString(const WString& text) {
     read->fromJSONString(text);
     implementation_ = read;
 }
-void Model::fromPMMLString(const WString& text) {
+void Model::fromPMMLString(WString text) {
     const auto read = std::make_shared<IModel>();
-    read->fromPMMLString(text);
+    read->fromPMMLString(std::move(text));
     implementation_ = read;
 }
 void Model::fromLadonString(const WString& text) {

@@ -79,9 +79,11 @@ std::pair<const Algorithm*, std::unique_ptr<Learner>> learnerOf(const WString& l
         std::unique_ptr<Learner> learner = algorithm.makeLearner();
         try {
             learner->estimator().fromLadonString(ladon);
-            return {&algorithm, std::move(learner)};
         } catch (const UnsupportedJSONModel&) {  // of another algorithm, or of none
+            continue;
         }
+        requireAllTaken(algorithm, learner->estimator(), ladon);
+        return {&algorithm, std::move(learner)};
     }
     throw Failure(source + ": is no Ladon text of an estimator; the algorithms are " + algorithmNames());
 }

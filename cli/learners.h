@@ -52,4 +52,8 @@ std::vector<Setting> settingsOf(const std::vector<std::string>& texts);
 void setParameters(const Algorithm& algorithm, EstimatorHandle& estimator,
                    const std::vector<Setting>& settings, const int* seed);
 
+/// Refuses a `Ladon` text that was read and whose parameters the estimator passed over.
+/// @throws Failure for an unknown parameter and for a value that is not of its type
+void requireAllTaken(const Algorithm& algorithm, const EstimatorHandle& estimator, const WString& ladon);
+
 }  // namespace Tessel::Cli

@@ -120,6 +120,13 @@ const ParameterInfo& parameterOf(const std::vector<ParameterInfo>& parameters, c
                                   Util::join(keys, L", ")));
 }
 
+Failure notAValue(const ParameterInfo& parameter, const WString& what) {
+    WString text =
+        what + L" is no value of parameter " + parameter.key + L", which is of type " + parameter.type;
+    if (!parameter.admissibleValues.empty()) text += L" and takes " + parameter.admissibleValues;
+    return Failure(Convert::toUtf8(text));
+}
+
 /// The member of "parameters" for one setting. The estimator tells whether it takes the value: it writes the
 /// parameters that were set.
 WString memberFor(const Algorithm& algorithm, const ParameterInfo& parameter, const WString& value) {
@@ -134,10 +141,35 @@ WString memberFor(const Algorithm& algorithm, const ParameterInfo& parameter, co
     } catch (const ConversionFailure&) {     // no number
     } catch (const UnsupportedJSONModel&) {  // written as JSON, but is none
     }
-    throw Failure(Convert::toUtf8(
-        L"'" + value + L"' is no value of parameter " + parameter.key + L", which is of type " +
-        parameter.type +
-        (parameter.admissibleValues.empty() ? WString() : L" and takes " + parameter.admissibleValues)));
+    throw notAValue(parameter, L"'" + value + L"'");
+}
+
+/// The names of the members of the object that is the member `name` of the root.
+/// @pre the text is well-formed JSON
+StringVector memberNames(const WString& json, const WString& name) {
+    StringVector names, text;
+    WString key;
+    int depth = 0;
+    bool isInside = false;
+    for (std::size_t i = 0; i < json.size(); ++i) {
+        const wchar_t c = json[i];
+        if (c == L'"') {
+            const std::size_t begin = i++;
+            while (json[i] != L'"') i += json[i] == L'\\' ? 2u : 1u;
+            text.fromJsonString(L"[" + json.substr(begin, i + 1 - begin) + L"]");
+        } else if (c == L'{' || c == L'[') {
+            isInside = isInside || (depth == 1 && c == L'{' && key == name);
+            ++depth;
+        } else if (c == L'}' || c == L']') {
+            --depth;
+            isInside = isInside && depth > 1;
+        } else if (c == L':' && depth == 1) {
+            key = text[0];
+        } else if (c == L':' && depth == 2 && isInside) {
+            names.push_back(text[0]);
+        }
+    }
+    return names;
 }
 
 }  // namespace
@@ -168,11 +200,24 @@ void setParameters(const Algorithm& algorithm, EstimatorHandle& estimator,
             throw Failure("parameter " + Convert::toUtf8(parameter.key) + " is set twice");
         add(parameter, setting.value);
     }
+    // As with the setter of a prior probability, giving them means that they are to be used.
+    if (keys.exists(L"priorProb") && !keys.exists(L"priorProbMethod"))
+        add(parameterOf(parameters, algorithm, L"priorProbMethod"), L"EXPLICIT");
     if (seed)
         for (const ParameterInfo& parameter : parameters)
             if (lowerCase(parameter.key).ends_with(L"seed") && !keys.exists(parameter.key))
                 add(parameter, Convert::toString(*seed));
     estimator.fromLadonString(ladonOf(algorithm, members));
+}
+
+void requireAllTaken(const Algorithm& algorithm, const EstimatorHandle& estimator, const WString& ladon) {
+    const std::vector<ParameterInfo> parameters = parametersOf(estimator);
+    const WString taken = estimator.toLadon();
+    for (const WString& name : memberNames(ladon, Ladon::Keyword::PARAMETERS)) {
+        const ParameterInfo& parameter = parameterOf(parameters, algorithm, name);
+        if (taken.find(quoted(parameter.key) + L":") == WString::npos)
+            throw notAValue(parameter, L"what the text has");
+    }
 }
 
 }  // namespace Tessel::Cli

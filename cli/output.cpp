@@ -7,12 +7,13 @@
 namespace Tessel::Cli {
 namespace {
 
-/// Whether the rows were named; default names are "Record 1", "Record 2", ...
-bool hasRowNames(const DataFrame& table) {
-    return table.getNumRows() > 0 && table.getRowName(0) != L"Record 1";
+/// The header of the names of the rows; empty when they have only the default names "Record 1", ...
+WString rowNamesHeader(const DataFrame& table) {
+    if (table.getNumRows() == 0 || table.getRowName(0) == L"Record 1") return {};
+    return table.isColumn(L"Name") ? L"Label" : L"Name";
 }
 
-void printCSV(const DataFrame& table, const OutputOptions& options, const wchar_t* rowNamesColumn) {
+void printCSV(const DataFrame& table, const OutputOptions& options, const WString& rowNamesColumn) {
     TextFormat format;
     format.rowNamesColumn = rowNamesColumn;
     format.endsWithLineFeed = true;
@@ -76,7 +77,7 @@ void printReport(const DataFrameVector& tables, const OutputOptions& options) {
         if (chosen.size() != 1)
             throw Failure("CSV holds one table; choose it with --table: " +
                           Convert::toUtf8(Util::join(names, L", ")));
-        return printCSV(chosen[0], options, hasRowNames(chosen[0]) ? L"Name" : L"");
+        return printCSV(chosen[0], options, rowNamesHeader(chosen[0]));
     }
     WString text;
     if (format == "json") {

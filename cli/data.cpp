@@ -59,7 +59,15 @@ void addDataOptions(CLI::App& command, DataOptions& options) {
 std::string sourceName(const std::string& path) { return path == "-" ? "standard input" : path; }
 
 std::string readAll(const std::string& path) {
-    return path == "-" ? readStandardInput() : Convert::toUtf8(Util::readFile(Convert::fromUtf8(path)));
+    const Progress progress("reading " + sourceName(path));
+    if (path == "-") return readStandardInput();
+    try {
+        return Convert::toUtf8(Util::readFile(Convert::fromUtf8(path)));
+    } catch (const FileNotFound&) {
+        throw Failure(path + ": cannot be read");
+    } catch (const Exception& error) {
+        throw Failure(path + ": " + error.what());
+    }
 }
 
 StringVector toStringVector(const std::vector<std::string>& texts) {

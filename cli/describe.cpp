@@ -180,7 +180,7 @@ void addDescribe(CLI::App& program) {
         ->required()
         ->type_name("");
     command.add_option("--kind", options->kind, "Of an algorithm: classification or regression")
-        ->check(CLI::IsMember({"classification", "regression"}))
+        ->check(CLI::IsMember({"classification", "regression"}).description(""))
         ->type_name("KIND");
     addOutputOptions(command, options->output, true);
     addDataOptions(command, options->data);

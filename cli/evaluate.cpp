@@ -112,9 +112,7 @@ DataFrameVector evaluateModel(Options& options) {
         throw Failure("--set and --kind are for evaluating an algorithm; '" + options.fitting.algorithm +
                       "' is a model");
     LoadedModel model = loadModel(options.fitting.algorithm);
-    if (!options.fitting.successClass.empty())
-        model.setSuccessClass(Convert::fromUtf8(options.fitting.successClass));
-    if (options.fitting.cutOff) model.setSuccessProbability(*options.fitting.cutOff);
+    setClassRule(model, options.fitting.successClass, options.fitting.cutOff);
     if (options.target.target.empty()) options.target.target = Convert::toUtf8(model.getTargetColName());
 
     const std::string source = sourceName(options.data.path);
@@ -164,7 +162,7 @@ void addEvaluate(CLI::App& program) {
     command
         .add_option("--validation", options->validationShare,
                     "The share of rows that are held out from the fit of an algorithm")
-        ->check(CLI::Range(0.0, 1.0))
+        ->check(CLI::Range(0.0, 1.0).description(""))
         ->type_name("SHARE");
     command.add_flag("--roc", options->withROC, "Add the ROC curve of the success class");
     command.add_flag("--gains", options->withGains, "Add gains and lift by deciles");

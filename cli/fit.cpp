@@ -74,12 +74,12 @@ void addFit(CLI::App& program) {
                     "standard output unless given")
         ->type_name("FILE");
     command.add_option("--as", options->as, "The format of the model: pmml, json or ladon")
-        ->check(CLI::IsMember({"pmml", "json", "ladon"}))
+        ->check(CLI::IsMember({"pmml", "json", "ladon"}).description(""))
         ->type_name("FORMAT");
     command
         .add_option("--validation", options->validationShare,
                     "The share of rows that are held out and given to estimators that prune by them")
-        ->check(CLI::Range(0.0, 1.0))
+        ->check(CLI::Range(0.0, 1.0).description(""))
         ->type_name("SHARE");
     addTargetOptions(command, options->target);
     addFittingOptions(command, options->fitting);

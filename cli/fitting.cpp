@@ -19,12 +19,8 @@ Capability& require(EstimatorHandle& estimator, const WString& algorithm, const 
 std::pair<const Algorithm*, std::unique_ptr<Learner>> makeLearner(const FittingOptions& options,
                                                                   const DataFrameColumn& target) {
     if (!options.estimatorFile.empty()) {
-        try {
-            return learnerOf(Convert::fromUtf8(readAll(options.estimatorFile)),
-                             sourceName(options.estimatorFile));
-        } catch (const FileNotFound&) {
-            throw Failure(options.estimatorFile + ": cannot be read");
-        }
+        const std::string& file = options.estimatorFile;
+        return learnerOf(Convert::fromUtf8(readAll(file)), sourceName(file));
     }
     std::string kind = options.kind;
     if (kind.empty() && !target.isNumeric()) kind = "classification";
@@ -54,7 +50,7 @@ void addFittingOptions(CLI::App& command, FittingOptions& options) {
     command
         .add_option("--kind", options.kind,
                     "classification or regression; unless given a text target is classified")
-        ->check(CLI::IsMember({"classification", "regression"}))
+        ->check(CLI::IsMember({"classification", "regression"}).description(""))
         ->type_name("KIND")
         ->excludes(file)
         ->group("Estimator");

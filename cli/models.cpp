@@ -1,21 +1,12 @@
 #include "models.h"
 
+#include <map>
+
 #include "terminal.h"
 
 namespace Tessel::Cli {
 
-LoadedModel loadModel(const std::string& path) {
-    std::string text;
-    try {
-        const Progress progress("reading " + sourceName(path));
-        text = readAll(path);
-    } catch (const FileNotFound&) {
-        throw Failure(path + ": cannot be read");
-    } catch (const InvalidEncoding& error) {
-        throw Failure(path + ": " + error.what());
-    }
-    return modelOf(text, sourceName(path));
-}
+LoadedModel loadModel(const std::string& path) { return modelOf(readAll(path), sourceName(path)); }
 
 LoadedModel modelOf(const std::string& text, const std::string& source) {
     LoadedModel model;
@@ -25,6 +16,11 @@ LoadedModel modelOf(const std::string& text, const std::string& source) {
         throw Failure(source + ": is no model that can be read. " + error.what());
     }
     return model;
+}
+
+void setClassRule(LoadedModel& model, const std::string& successClass, const std::optional<double>& cutOff) {
+    if (!successClass.empty()) model.setSuccessClass(Convert::fromUtf8(successClass));
+    if (cutOff) model.setSuccessProbability(*cutOff);
 }
 
 Scoring::FittedModel factsOf(const LoadedModel& model) { return Scoring::FittedModel(model.toJSON()); }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <map>
+#include <optional>
 #include <string>
 
 #include "data.h"
@@ -16,6 +16,9 @@ using LoadedModel = Scoring::Classifier;
 LoadedModel loadModel(const std::string& path);
 /// @param source  where the text comes from, for messages. @throws Failure
 LoadedModel modelOf(const std::string& text, const std::string& source);
+
+/// Changes how a classifier decides between two classes, where something is given. @throws what models throw
+void setClassRule(LoadedModel& model, const std::string& successClass, const std::optional<double>& cutOff);
 
 /// What a model's text tells about it.
 Scoring::FittedModel factsOf(const LoadedModel& model);

@@ -1,5 +1,7 @@
 #include "output.h"
 
+#include <limits>
+
 #include <CLI/CLI.hpp>
 
 #include "terminal.h"
@@ -30,11 +32,11 @@ void addOutputOptions(CLI::App& command, OutputOptions& options, bool ofSeveral)
         .add_option("--format", options.format,
                     ofSeveral ? "csv, json or table; by the ending of the file, else table"
                               : "csv, json or table; by the ending of the file, else csv")
-        ->check(CLI::IsMember({"csv", "json", "table"}))
+        ->check(CLI::IsMember({"csv", "json", "table"}).description(""))
         ->type_name("FORMAT")
         ->group("Output");
     command.add_option("--rows", options.maxRows, "Rows to show of a table for people")
-        ->check(CLI::NonNegativeNumber)
+        ->check(CLI::Range(0, std::numeric_limits<int>::max()).description(""))
         ->capture_default_str()
         ->type_name("NUMBER")
         ->group("Output");

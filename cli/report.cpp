@@ -65,7 +65,7 @@ void addConvert(CLI::App& program) {
                     "standard output unless given")
         ->type_name("");
     command.add_option("--as", options->as, "The new format: pmml, json or ladon")
-        ->check(CLI::IsMember({"pmml", "json", "ladon"}))
+        ->check(CLI::IsMember({"pmml", "json", "ladon"}).description(""))
         ->type_name("FORMAT");
     command.callback([options] { convert(*options); });
 }

@@ -52,8 +52,10 @@ void run(const Options& options, bool withPosteriors) {
     if (options.model == "-" && options.data.path == "-")
         throw Failure("model and data cannot both come from standard input");
     LoadedModel model = loadModel(options.model);
-    if (!options.successClass.empty()) model.setSuccessClass(Convert::fromUtf8(options.successClass));
-    if (options.cutOff) model.setSuccessProbability(*options.cutOff);
+    const bool isAboutClasses = withPosteriors || !options.successClass.empty() || options.cutOff;
+    if (isAboutClasses && model.getKind() != Ladon::TaskKind::CLASSIFICATION)
+        throw Failure(sourceName(options.model) + ": is no classifier: it has no classes and probabilities");
+    setClassRule(model, options.successClass, options.cutOff);
 
     const std::string source = sourceName(options.data.path);
     const DataFrame table = readFor(model, DataSource(options.data), source);

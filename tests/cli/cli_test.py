@@ -334,6 +334,7 @@ class Errors(Program):
         super().setUp()
         self.fit("decisionTree", "iris.csv", "iris.pmml", "--set", "maxNumLevels=2")
         self.fit("naiveBayes", "pima_tr2.csv", "pima.json")
+        self.run_well("fit", "decisionTree", "pima_tr2.csv", "--target", "glu", "--model", "glu.json")
         self.write("empty.csv", "")
         self.write("header.csv", "SepalLength,SepalWidth,PetalLength,PetalWidth,Species\n")
         self.write("ragged.csv", "a,b\n1,2\n3\n")
@@ -410,6 +411,8 @@ class Errors(Program):
         ("score iris.pmml word.csv", 1, r"word\.csv: Row 3, column 2: .*no number"),
         ("score iris.pmml iris.csv --success-class blue", 1, r"[Ss]uccess class"),
         ("score pima.json pima_tr2.csv --cutoff 2", 1, r"\[0.*1"),
+        ("score glu.json pima_tr2.csv --cutoff 0.5", 1, r"glu\.json: is no classifier"),
+        ("posteriors glu.json pima_tr2.csv", 1, r"glu\.json: is no classifier"),
         ("score iris.pmml iris.csv --output no/new.csv", 1, r"no/new\.csv: cannot be written"),
         ("score - -", 1, r"both come from standard input"),
         ("evaluate iris.pmml iris.csv --format csv", 1, r"choose it with --table: Confusion Matrix, "),

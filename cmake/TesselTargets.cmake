@@ -12,6 +12,9 @@ if(TESSEL_SANITIZE)
                                                   -fno-omit-frame-pointer)
     target_link_options(tessel_flags INTERFACE -fsanitize=address,undefined)
 endif()
+if(TESSEL_FUZZ)
+    target_compile_options(tessel_flags INTERFACE -fsanitize=fuzzer-no-link)
+endif()
 
 # tessel_objects(NAME SOURCES folder... INCLUDES folder... LINKS target...)
 # An object library of all .cpp files below the folders.

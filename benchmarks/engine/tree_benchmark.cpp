@@ -1,4 +1,4 @@
-// Times one decision tree: ranks of the columns, growth, scoring of the training rows.
+// Times one decision tree: growth, scoring of the training rows.
 //
 // Usage: tree_benchmark FILE ROWS FEATURES CATEGORICAL CLASSES LEVELS RUNS
 // FILE holds doubles column by column: FEATURES columns, of which the last CATEGORICAL are codes, then the
@@ -32,7 +32,7 @@ std::vector<std::int32_t> toCodes(const std::vector<double>& numbers) {
 }
 
 struct Seconds {
-    double rank = 1e300, grow = 1e300, score = 1e300;
+    double grow = 1e300, score = 1e300;
     std::size_t numNodes = 0;
 };
 
@@ -42,12 +42,8 @@ void run(Model model, int numLevels, const std::vector<std::vector<double>>& num
     std::vector<std::shared_ptr<ColumnCells>> columns;
     for (const auto& column : numbers) columns.push_back(ColumnCells::ofNumbers(column));
     auto start = std::chrono::steady_clock::now();
-#pragma omp parallel for schedule(dynamic)
-    for (std::size_t i = 0; i < columns.size(); ++i) columns[i]->rankCodes();
-    best.rank = std::min(best.rank, secondsSince(start));
-
-    start = std::chrono::steady_clock::now();
     DT::TrainingData data;
+    data.keepRanks = false;
     data.numRows = static_cast<int>(target.size());
     std::vector<DT::Cells> cells;
     for (const auto& column : columns) {
@@ -101,6 +97,5 @@ int main(int numArguments, char** arguments) {
         else
             run(DT::RegressionModel(), numLevels, numbers, codes, column, best);
     }
-    std::printf("{\"rank\": %.4f, \"grow\": %.4f, \"score\": %.5f, \"nodes\": %zu}\n", best.rank, best.grow,
-                best.score, best.numNodes);
+    std::printf("{\"grow\": %.4f, \"score\": %.5f, \"nodes\": %zu}\n", best.grow, best.score, best.numNodes);
 }

@@ -17,6 +17,11 @@ class ColumnAccess {
     static const std::shared_ptr<ColumnCells>& cells(const DataFrame& table, int column) {
         return table.columns_[static_cast<std::size_t>(column)].cells;
     }
+    /// Puts other cells into a column, which keeps its name and stays an index column if it is one.
+    /// @pre as many rows
+    static void setCells(DataFrame& table, int column, std::shared_ptr<ColumnCells> cells) {
+        table.columns_[static_cast<std::size_t>(column)].cells = std::move(cells);
+    }
     static bool isIndex(const DataFrame& table, int column) {
         return table.columns_[static_cast<std::size_t>(column)].isIndex;
     }

@@ -2,13 +2,13 @@
 
 #include <algorithm>
 #include <atomic>
-#include <bit>
 #include <cmath>
 #include <limits>
-#include <numeric>
 
 #include <tessel/data/convert.h>
 #include <tessel/data/errors.h>
+
+#include "data/sorted_records.h"
 
 namespace Tessel {
 namespace {
@@ -20,72 +20,22 @@ std::vector<T> gather(const std::vector<T>& source, const RowIndexes& rows) {
     return gathered;
 }
 
-/// A number with its row. Keys compare as unsigned integers in the order of the numbers.
-struct RankedCell {
-    std::uint64_t key;
-    std::uint32_t row;
-};
-
-constexpr std::uint64_t kSignBit = std::uint64_t{1} << 63;
-
-/// Bits of a number so that they ascend with it: negative numbers are turned over, both zeros are one.
-std::uint64_t orderedBits(double number) {
-    const auto bits = std::bit_cast<std::uint64_t>(number == 0.0 ? 0.0 : number);
-    return (bits & kSignBit) != 0 ? ~bits : bits | kSignBit;
-}
-
-double fromOrderedBits(std::uint64_t key) {
-    return std::bit_cast<double>((key & kSignBit) != 0 ? key & ~kSignBit : ~key);
-}
-
-/// Sorts by key, equal keys by row. Long columns by digits of 11 bits, the lowest first (Knuth, The Art of
-/// Computer Programming 3, section 5.2.5); a digit that all keys share is passed over.
-void sortCells(std::vector<RankedCell>& cells) {
-    constexpr std::size_t kMinSizeForDigits = 512, kNumDigits = 6, kNumBuckets = 2048;
-    if (cells.size() < kMinSizeForDigits) {
-        std::sort(cells.begin(), cells.end(), [](const RankedCell& a, const RankedCell& b) {
-            return a.key != b.key ? a.key < b.key : a.row < b.row;
-        });
-        return;
-    }
-    const auto digit = [](std::uint64_t key, std::size_t place) {
-        return key >> (11 * place) & (kNumBuckets - 1);
-    };
-    std::vector<std::uint32_t> counts(kNumDigits * kNumBuckets, 0);
-    for (const RankedCell& cell : cells)
-        for (std::size_t place = 0; place < kNumDigits; ++place)
-            ++counts[place * kNumBuckets + digit(cell.key, place)];
-    std::vector<RankedCell> sorted(cells.size());
-    for (std::size_t place = 0; place < kNumDigits; ++place) {
-        std::uint32_t* const next = counts.data() + place * kNumBuckets;
-        if (next[digit(cells.front().key, place)] == cells.size()) continue;
-        std::exclusive_scan(next, next + kNumBuckets, next, std::uint32_t{0});
-        for (const RankedCell& cell : cells) sorted[next[digit(cell.key, place)]++] = cell;
-        cells.swap(sorted);
-    }
-}
-
 RankCodes rank(std::span<const double> numbers) {
-    std::vector<RankedCell> cells;
-    cells.reserve(numbers.size());
-    for (std::size_t row = 0; row < numbers.size(); ++row)
-        if (!std::isnan(numbers[row]))
-            cells.push_back({orderedBits(numbers[row]), static_cast<std::uint32_t>(row)});
-    sortCells(cells);
-
+    const std::vector<SortedRecord> sorted = RecordSorter().sort(
+        static_cast<std::uint32_t>(numbers.size()), [&](std::uint32_t row) { return numbers[row]; });
     RankCodes ranks;
     ranks.codes.resize(numbers.size());
-    for (std::size_t i = 0; i < cells.size(); ++i) {
-        if (i == 0 || cells[i - 1].key != cells[i].key) ++ranks.numDistinct;
-        ranks.codes[cells[i].row] = ranks.numDistinct - 1;
+    std::size_t numMissing = 0;
+    while (numMissing < sorted.size() && sorted[numMissing].startsValue() == 0) ++numMissing;
+    for (std::size_t i = numMissing; i < sorted.size(); ++i) {
+        ranks.numDistinct += sorted[i].startsValue();
+        ranks.codes[sorted[i].record()] = ranks.numDistinct - 1;
     }
-    if (!cells.empty()) {
-        ranks.smallest = fromOrderedBits(cells.front().key);
-        ranks.largest = fromOrderedBits(cells.back().key);
+    for (std::size_t i = 0; i < numMissing; ++i) ranks.codes[sorted[i].record()] = ranks.numDistinct;
+    if (numMissing < sorted.size()) {
+        ranks.smallest = numbers[sorted[numMissing].record()] + 0.0;  // 0 rather than -0
+        ranks.largest = numbers[sorted.back().record()] + 0.0;
     }
-    if (cells.size() < numbers.size())
-        for (std::size_t row = 0; row < numbers.size(); ++row)
-            if (std::isnan(numbers[row])) ranks.codes[row] = ranks.numDistinct;
     return ranks;
 }
 

@@ -57,6 +57,7 @@ class ColumnCells {
 
     /// Ranks of a numeric column, computed once and kept with the cells.
     const RankCodes& rankCodes() const;
+    bool hasRankCodes() const { return ranks_.isReady(); }
     /// The distinct values of a numeric column by their rank, without NaN; computed once and kept.
     const std::vector<double>& distinctNumbers() const;
     /// Codes that occur in a text column, in order of first appearance in its rows; computed once.

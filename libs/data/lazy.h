@@ -23,6 +23,8 @@ class Lazy {
         return value_;
     }
 
+    bool isReady() const { return ready_.load(std::memory_order_acquire); }
+
     /// Forgets the value; not to be called while other threads read.
     void reset() {
         if (!ready_.load(std::memory_order_relaxed)) return;

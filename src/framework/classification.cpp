@@ -42,29 +42,38 @@ DataFrame IModelable::priorProbability() const {
     return table;
 }
 
-Posteriors IModelable::posteriors(const DataFrame& features) const {
-    const std::vector<FeatureColumn> columns = readFeatures(schema, features);
-    Posteriors posteriors(classSchema.classes.size(),
-                          std::vector<double>(static_cast<std::size_t>(features.getNumRows())));
-    if (features.getNumRows() > 0) score(columns, posteriors);
+Posteriors IModelable::posteriors(const std::vector<FeatureColumn>& columns, std::size_t numRows) const {
+    Posteriors posteriors(classSchema.classes.size(), std::vector<double>(numRows));
+    if (numRows > 0) score(columns, posteriors);
     return posteriors;
 }
 
-DataFrame IModelable::predictionTable(const DataFrame& features, const Posteriors& posteriors) const {
+Posteriors IModelable::posteriors(const DataFrame& features) const {
+    return posteriors(readFeatures(schema, features), static_cast<std::size_t>(features.getNumRows()));
+}
+
+void IModelable::classify(const std::vector<FeatureColumn>& columns, std::vector<std::int32_t>& codes) const {
+    chooseClasses(posteriors(columns, codes.size()), codes);
+}
+
+void IModelable::chooseClasses(const Posteriors& posteriors, std::vector<std::int32_t>& codes) const {
     const std::size_t numClasses = posteriors.size();
-    std::vector<std::int32_t> codes(static_cast<std::size_t>(features.getNumRows()), 0);
+    std::fill(codes.begin(), codes.end(), 0);
     const std::size_t success = classSchema.classes.find(classSchema.successClass);
     if (numClasses == 2 && success < numClasses) {
         const std::vector<double>& ofSuccess = posteriors[success];
         for (std::size_t row = 0; row < codes.size(); ++row)
             codes[row] = static_cast<std::int32_t>(
                 ofSuccess[row] >= classSchema.successProbability ? success : 1 - success);
-    } else {
-        for (std::size_t k = 1; k < numClasses; ++k)
-            for (std::size_t row = 0; row < codes.size(); ++row)
-                if (posteriors[k][row] > posteriors[static_cast<std::size_t>(codes[row])][row])
-                    codes[row] = static_cast<std::int32_t>(k);
+        return;
     }
+    for (std::size_t k = 1; k < numClasses; ++k)
+        for (std::size_t row = 0; row < codes.size(); ++row)
+            if (posteriors[k][row] > posteriors[static_cast<std::size_t>(codes[row])][row])
+                codes[row] = static_cast<std::int32_t>(k);
+}
+
+DataFrame IModelable::predictionTable(const DataFrame& features, std::vector<std::int32_t> codes) const {
     auto cells = ColumnCells::ofCodes(std::make_shared<const Dictionary>(classSchema.classes.elements()),
                                       std::move(codes));
     DataFrame table(L"Predictions");
@@ -76,14 +85,17 @@ DataFrame IModelable::predictionTable(const DataFrame& features, const Posterior
 DataFrame IModelable::posteriorTable(const DataFrame& features, Posteriors posteriors) const {
     DataFrame table(L"Posterior Probabilities");
     for (std::size_t k = 0; k < posteriors.size(); ++k)
-        table.append(ColumnAccess::makeColumn(L"Posterior Probability: " + classSchema.classes[k],
+        table.append(ColumnAccess::makeColumn(posteriorColName(classSchema.classes[k]),
                                               ColumnCells::ofNumbers(std::move(posteriors[k])),
                                               ColumnAccess::rowNames(features)));
     return table;
 }
 
 DataFrame IModelable::predict(const DataFrame& features) const {
-    return predictionTable(features, posteriors(features));
+    const std::vector<FeatureColumn> columns = readFeatures(schema, features);
+    std::vector<std::int32_t> codes(static_cast<std::size_t>(features.getNumRows()), 0);
+    if (!codes.empty()) classify(columns, codes);
+    return predictionTable(features, std::move(codes));
 }
 
 DataFrame IModelable::posteriorProbability(const DataFrame& features) const {
@@ -92,7 +104,9 @@ DataFrame IModelable::posteriorProbability(const DataFrame& features) const {
 
 DataFrame IModelable::predictWithPosterior(const DataFrame& features) const {
     Posteriors scored = posteriors(features);
-    DataFrame table = predictionTable(features, scored);
+    std::vector<std::int32_t> codes(static_cast<std::size_t>(features.getNumRows()), 0);
+    chooseClasses(scored, codes);
+    DataFrame table = predictionTable(features, std::move(codes));
     table.append(posteriorTable(features, std::move(scored)));
     return table;
 }
@@ -121,15 +135,21 @@ void IEstimator::validate() const {
     validatePriors();
 }
 
-TrainingSet IEstimator::checkedData(const DataFrame& features, const DataFrameColumn& target) const {
-    TrainingSet data;
+IEstimator::CheckedData IEstimator::checkedData(const DataFrame& features,
+                                                const DataFrameColumn& target) const {
+    CheckedData data;
     data.features = checkedFeatures(features, target);
     data.target = readClassTarget(target);
+    data.features.schema.targetName = data.target.name;
     if (data.target.classes.size() < 2) throw TooFewClassLabels();
-    if (!successClass.get().empty() && !data.target.classes.exists(successClass.get()))
-        throw InvalidSuccessLabel();
-    data.priors = priors(data.target.classes, classSizes(data.target));
+    validateClasses(data.target);
     return data;
+}
+
+void IEstimator::validateClasses(const ClassTarget& target) const {
+    if (!successClass.get().empty() && !target.classes.exists(successClass.get()))
+        throw InvalidSuccessLabel();
+    priors(target.classes, classSizes(target, {}));
 }
 
 void IEstimator::validate(const DataFrame& features, const DataFrameColumn& target) const {
@@ -137,17 +157,62 @@ void IEstimator::validate(const DataFrame& features, const DataFrameColumn& targ
 }
 
 std::shared_ptr<IModelable> IEstimator::fit(const DataFrame& features, const DataFrameColumn& target) const {
-    TrainingSet data = checkedData(features, target);
-    std::shared_ptr<IModelable> model = fitEngine(data);
-    model->setName(getName());
-    model->schema = std::move(data.features.schema);
-    model->schema.targetName = data.target.name;
-    // With two classes one of them is the success class: the one of the first row unless another was chosen.
-    WString success = successClass.get();
-    if (success.empty() && data.target.classes.size() == 2) success = data.target.classes.front();
-    model->setClassSchema(
-        {data.target.classes, data.priors, data.target.counts, success, successProbability.get()});
+    CheckedData data = checkedData(features, target);
+    const TrainingSet all{.features = data.features,
+                          .target = data.target,
+                          .priors = priors(data.target.classes, classSizes(data.target, {})),
+                          .progress = Progress(progressCallback)};
+    all.progress.report(0.0, getModelName());
+    std::shared_ptr<IModelable> model = fitEngine(all);
+    all.progress.report(1.0, getModelName());
+    adopt(*model, all, std::move(data.features.schema), data.target.counts,
+          defaultSuccessClass(data.target.classes));
     return model;
+}
+
+std::shared_ptr<IModelable> IEstimator::fitResample(const TrainingFeatures& features,
+                                                    const ClassTarget& target,
+                                                    const Supervised::Resample& resample,
+                                                    const Supervised::Preparation* preparation) const {
+    const auto classOf = [&](std::int32_t row) {
+        return static_cast<std::size_t>(target.codes[static_cast<std::size_t>(row)]);
+    };
+    const auto fitOn = [&](const TrainingSet& data, std::vector<double> counts, std::int32_t firstRow) {
+        std::shared_ptr<IModelable> model = fitEngine(data);
+        FittedSchema schema = features.schema;
+        schema.rowNames = nullptr;  // the records are no rows of the table
+        // As in a fit on the resample alone, with two classes the one of its first row.
+        const StringVector& classes = target.classes;
+        adopt(*model, data, std::move(schema), std::move(counts),
+              classes.size() == 2 ? classes[classOf(firstRow)] : WString());
+        return model;
+    };
+    if (resample.rows.empty())
+        return fitOn(
+            {features, target, priors(target.classes, classSizes(target, {})), {}, preparation, true},
+            target.counts, 0);
+    if (takesMultiplicities()) {
+        std::vector<double> counts(target.classes.size(), 0.0);
+        for (const std::int32_t row : resample.rows) counts[classOf(row)] += 1.0;
+        return fitOn({features, target, priors(target.classes, classSizes(target, resample.multiplicities)),
+                      resample.multiplicities, preparation, true},
+                     std::move(counts), resample.rows.front());
+    }
+    const TrainingFeatures drawnFeatures = selectRows(features, resample.rows);
+    const ClassTarget drawnTarget = selectRows(target, resample.rows);
+    return fitOn(
+        {drawnFeatures, drawnTarget, priors(target.classes, classSizes(drawnTarget, {})), {}, nullptr},
+        drawnTarget.counts, resample.rows.front());
+}
+
+/// Adds what all classifiers know of their training data.
+void IEstimator::adopt(IModelable& model, const TrainingSet& data, FittedSchema schema,
+                       std::vector<double> counts, const WString& defaultSuccess) const {
+    model.setName(getName());
+    model.schema = std::move(schema);
+    model.setClassSchema({data.target.classes, data.priors, std::move(counts),
+                          successClass.get().empty() ? defaultSuccess : successClass.get(),
+                          successProbability.get()});
 }
 
 }  // namespace Tessel::Classification

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "framework/admissible.h"
+#include "framework/progress.h"
 #include "framework/supervised.h"
 
 // The implementations that every classifier builds on.
@@ -37,21 +38,27 @@ class IModelable : public Supervised::IModelable {
     /// @throws InvalidSuccessLabel, ValueOutOfRange
     void validate() const;
 
-    DataFrame priorProbability() const;
-    DataFrame predict(const DataFrame& features) const;
-    DataFrame posteriorProbability(const DataFrame& features) const;
-    DataFrame predictWithPosterior(const DataFrame& features) const;
-
- protected:
+    virtual DataFrame priorProbability() const;
+    virtual DataFrame predict(const DataFrame& features) const;
+    virtual DataFrame posteriorProbability(const DataFrame& features) const;
+    virtual DataFrame predictWithPosterior(const DataFrame& features) const;
     /// Fills `posteriors`, which has its size, for rows whose columns stand in the order of the schema.
     virtual void score(const std::vector<FeatureColumn>& columns, Posteriors& posteriors) const = 0;
+    /// Fills `codes`, which has its size, with the position of the predicted class of each row. By the
+    /// posteriors; a family whose engine tells the class with less work overrides it.
+    virtual void classify(const std::vector<FeatureColumn>& columns, std::vector<std::int32_t>& codes) const;
 
+ protected:
     void writeTarget(PMML::ModelWriter& writer) const override;
     void readTarget(const PMML::ModelReader& reader) override;
     void writeTarget(web::json::value& model) const override;
     void readTarget(const JSON::Members& model) override;
     StringVector targetCategories() const override { return classSchema.classes; }
 
+    /// The column of a class in the table of posteriors.
+    virtual WString posteriorColName(const WString& label) const {
+        return L"Posterior Probability: " + label;
+    }
     /// Called after classes, success class or cut-off changed, for engines that choose classes themselves.
     virtual void adoptClassRule() {}
 
@@ -62,16 +69,24 @@ class IModelable : public Supervised::IModelable {
  private:
     /// Checks of classes that were read. @throws TooFewClassLabels, DuplicateName and what `validate` throws.
     void requireClasses() const;
+    void writeOutput(PMML::ModelWriter& writer) const;
+    Posteriors posteriors(const std::vector<FeatureColumn>& columns, std::size_t numRows) const;
     Posteriors posteriors(const DataFrame& features) const;
-    DataFrame predictionTable(const DataFrame& features, const Posteriors& posteriors) const;
+    void chooseClasses(const Posteriors& posteriors, std::vector<std::int32_t>& codes) const;
+    DataFrame predictionTable(const DataFrame& features, std::vector<std::int32_t> codes) const;
     DataFrame posteriorTable(const DataFrame& features, Posteriors posteriors) const;
 };
 
-/// What a family's engine is given to fit on.
+/// What a family's engine is given to fit on; the data are borrowed.
 struct TrainingSet {
-    TrainingFeatures features;
-    ClassTarget target;
+    const TrainingFeatures& features;
+    const ClassTarget& target;
     Vector priors;
+    /// How often each row is a record, for families that take multiplicities; empty for once.
+    std::span<const std::int32_t> multiplicities = {};
+    const Supervised::Preparation* preparation = nullptr;  ///< of the family itself, or null
+    bool isOneOfMany = false;  ///< whether other fits on the same table follow, so that memory for them pays
+    Progress progress = {};
 };
 
 /// The implementation of a classifier's estimator: parameters that all classifiers have, the checks of the
@@ -85,7 +100,20 @@ class IEstimator : public Supervised::IEstimator, public PriorProbability::IAdmi
 
     void validate() const override;
     void validate(const DataFrame& features, const DataFrameColumn& target) const override;
-    std::shared_ptr<IModelable> fit(const DataFrame& features, const DataFrameColumn& target) const;
+    virtual std::shared_ptr<IModelable> fit(const DataFrame& features, const DataFrameColumn& target) const;
+    /// The same with data to prune by, for families that do; others leave them unread.
+    virtual std::shared_ptr<IModelable> fit(const DataFrame& features, const DataFrame& /*validFeatures*/,
+                                            const DataFrameColumn& target,
+                                            const DataFrameColumn& /*validTarget*/) const {
+        return fit(features, target);
+    }
+    /// Fits on a resample of data that were checked for this learner, as an ensemble does.
+    /// @param preparation  what `prepare` made of the features, or null.
+    std::shared_ptr<IModelable> fitResample(const TrainingFeatures& features, const ClassTarget& target,
+                                            const Supervised::Resample& resample,
+                                            const Supervised::Preparation* preparation) const;
+    /// Checks of the parameters against the classes. @throws InvalidSuccessLabel, errors of priors
+    virtual void validateClasses(const ClassTarget& target) const;
 
  protected:
     /// The parameters above, for the end of a family's list.
@@ -93,13 +121,27 @@ class IEstimator : public Supervised::IEstimator, public PriorProbability::IAdmi
         return {priorProbMethod, priorProb, successClass, successProbability};
     }
     /// How much of the training data each class is, for the empirical priors: its rows, or their weights.
-    virtual std::vector<double> classSizes(const ClassTarget& target) const { return target.counts; }
+    /// @param multiplicities  how often each row counts; empty for once, always for families that take none.
+    virtual std::vector<double> classSizes(const ClassTarget& target,
+                                           std::span<const std::int32_t> /*multiplicities*/) const {
+        return target.counts;
+    }
+    /// The success class while none was chosen: with two classes the one of the first row.
+    virtual WString defaultSuccessClass(const StringVector& classes) const {
+        return classes.size() == 2 ? classes.front() : WString();
+    }
     /// Fits the family's engine. Infinite numbers among the features are still in the data: the family
     /// refuses them by `requireFinite`. The framework adds schema and classes to the model that it returns.
     virtual std::shared_ptr<IModelable> fitEngine(const TrainingSet& data) const = 0;
 
  private:
-    TrainingSet checkedData(const DataFrame& features, const DataFrameColumn& target) const;
+    struct CheckedData {
+        TrainingFeatures features;
+        ClassTarget target;
+    };
+    CheckedData checkedData(const DataFrame& features, const DataFrameColumn& target) const;
+    void adopt(IModelable& model, const TrainingSet& data, FittedSchema schema, std::vector<double> counts,
+               const WString& defaultSuccess) const;
 };
 
 }  // namespace Tessel::Classification

@@ -152,6 +152,9 @@ NoModels::~NoModels() = default;
 NoBestLearner::NoBestLearner() : Exception("The best learner is not available.", 250) {}
 NoBestLearner::~NoBestLearner() = default;
 
+FitCancelled::FitCancelled() : Exception("The fit was cancelled.", 252) {}
+FitCancelled::~FitCancelled() = default;
+
 SDGNoCorrelationSigma::SDGNoCorrelationSigma(const std::string& name)
     : Exception("Correlation matrix for " + name + " is not available", 253) {}
 SDGNoCorrelationSigma::~SDGNoCorrelationSigma() = default;

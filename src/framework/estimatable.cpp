@@ -22,6 +22,13 @@ void requireText(const web::json::value& object, WStringView key, WStringView te
 
 }  // namespace
 
+WString algorithmOf(const web::json::value& description) {
+    const auto name =
+        ParameterType<WString>::fromJSON(requireMember(description, Ladon::Keyword::MODEL_ALGORITHM));
+    if (!name) throw UnsupportedJSONModel();
+    return *name;
+}
+
 void IEstimatable::validate() const {
     for (const ParameterRef& parameter : constParameters()) parameter.validate();
 }
@@ -65,7 +72,7 @@ DataFrameVector IEstimatable::toDataFrameVector() const {
     return DataFrameVector(toDataFrame(), descriptions);
 }
 
-WString IEstimatable::toLadon() const {
+web::json::value IEstimatable::toLadonValue() const {
     web::json::value parameters = web::json::value::object(true);
     for (const ParameterRef& parameter : constParameters())
         if (const auto named = parameter.toNamedJSONIfSet())
@@ -77,8 +84,11 @@ WString IEstimatable::toLadon() const {
     description[JSON::toNative(Ladon::Keyword::MODEL_TYPE)] = jsonText(identity.taskKind);
     description[JSON::toNative(Ladon::Keyword::MODEL_ALGORITHM)] = jsonText(identity.algorithm);
     description[JSON::toNative(Ladon::Keyword::PARAMETERS)] = parameters;
-    return JSON::serialize(description);
+    writeLearners(description);
+    return description;
 }
+
+WString IEstimatable::toLadon() const { return JSON::serialize(toLadonValue()); }
 
 void IEstimatable::fromLadonString(const WString& text) {
     web::json::value description;
@@ -87,6 +97,10 @@ void IEstimatable::fromLadonString(const WString& text) {
     } catch (const MalformedJSON&) {
         throw UnsupportedJSONModel();
     }
+    fromLadonValue(description);
+}
+
+void IEstimatable::fromLadonValue(const web::json::value& description) {
     const LadonIdentity identity = ladonIdentity();
     requireText(description, Ladon::Keyword::OBJECT_TYPE, identity.objectType);
     requireText(description, Ladon::Keyword::MODEL_TYPE, identity.taskKind);
@@ -94,7 +108,8 @@ void IEstimatable::fromLadonString(const WString& text) {
     const web::json::value& values = requireMember(description, Ladon::Keyword::PARAMETERS);
     if (!values.is_object()) throw UnsupportedJSONModel();
 
-    // From here on nothing fails: the object is either as it was or as described.
+    readLearners(description);
+    // From here on nothing fails.
     for (const ParameterRef& parameter : parameters()) {
         parameter.reset();
         parameter.fromJSON(values);

@@ -4,6 +4,7 @@
 
 #include <tessel/data/data_frame.h>
 #include <tessel/data/data_frame_vector.h>
+#include <tessel/framework/progress.h>
 
 #include "framework/identifiable.h"
 #include "framework/parameter.h"
@@ -24,6 +25,8 @@ class IEstimatable : public IIdentifiable {
     /// @param modelName  the kind of model as people know it, such as "Naive Bayes".
     explicit IEstimatable(const WString& modelName) : IIdentifiable(modelName) { setModelName(modelName); }
 
+    ProgressCallback progressCallback;
+
     virtual std::unique_ptr<IEstimatable> clone() const = 0;
     virtual LadonIdentity ladonIdentity() const = 0;
     /// All parameters, in the order of tables, checks and texts.
@@ -31,17 +34,27 @@ class IEstimatable : public IIdentifiable {
 
     /// Checks parameter by parameter; families add rules between parameters behind this loop.
     virtual void validate() const;
-    void reset();
+    virtual void reset();
     /// The values that the parameters have now, by description: "Estimator: <model name>".
     DataFrame toDataFrame() const;
     /// That table and one that tells key, default, type and admissible values of every parameter.
     DataFrameVector toDataFrameVector() const;
     WString toLadon() const;
     void fromLadonString(const WString& text);
+    /// The same as JSON values, for descriptions within descriptions.
+    web::json::value toLadonValue() const;
+    /// @throws UnsupportedJSONModel; the object may then be changed in part.
+    void fromLadonValue(const web::json::value& description);
 
  protected:
+    /// Adds what the description has beside the parameters, such as the learners of an ensemble.
+    virtual void writeLearners(web::json::value& /*description*/) const {}
+    virtual void readLearners(const web::json::value& /*description*/) {}
     /// The same list for loops that only read.
     ParameterList constParameters() const { return const_cast<IEstimatable*>(this)->parameters(); }
 };
+
+/// The algorithm that a description names. @throws UnsupportedJSONModel when it names none.
+WString algorithmOf(const web::json::value& description);
 
 }  // namespace Tessel

@@ -17,6 +17,9 @@ EstimatorHandle& EstimatorHandle::operator=(const EstimatorHandle& other) {
 
 const WString& EstimatorHandle::getName() const { return implementation_->getName(); }
 void EstimatorHandle::assignName(const WString& name) { implementation_->setName(name); }
+void EstimatorHandle::setProgressCallback(ProgressCallback callback) {
+    implementation_->progressCallback = std::move(callback);
+}
 void EstimatorHandle::reset() { implementation_->reset(); }
 DataFrame EstimatorHandle::toDataFrame() const { return implementation_->toDataFrame(); }
 DataFrameVector EstimatorHandle::toDataFrameVector() const { return implementation_->toDataFrameVector(); }

@@ -59,7 +59,7 @@ class IPortableModel : public IIdentifiable, public JSONModel::IPortable {
 
     virtual const ModelType& type() const = 0;
 
-    WString toPMML(const PMML::ColumnScaling* scaling) const;
+    virtual WString toPMML(const PMML::ColumnScaling* scaling) const;
     void fromPMMLString(WString text);
     /// Reads the model element of a parsed text. @throws UnsupportedPMMLFormat, also in place of whatever the
     /// checks of its parts throw.

@@ -29,20 +29,45 @@ std::span<const double> readNumericTarget(const DataFrameColumn& target) {
     return values;
 }
 
-TrainingSet IEstimator::checkedData(const DataFrame& features, const DataFrameColumn& target) const {
-    return {checkedFeatures(features, target), readNumericTarget(target)};
+TrainingFeatures IEstimator::checkedData(const DataFrame& features, const DataFrameColumn& target) const {
+    TrainingFeatures read = checkedFeatures(features, target);
+    readNumericTarget(target);
+    read.schema.targetName = target.getColName();
+    return read;
 }
 
 void IEstimator::validate(const DataFrame& features, const DataFrameColumn& target) const {
-    requireFinite(checkedData(features, target).features);
+    requireFinite(checkedData(features, target));
 }
 
 std::shared_ptr<IModelable> IEstimator::fit(const DataFrame& features, const DataFrameColumn& target) const {
-    TrainingSet data = checkedData(features, target);
-    std::shared_ptr<IModelable> model = fitEngine(data);
+    TrainingFeatures read = checkedData(features, target);
+    const TrainingSet all{
+        .features = read, .target = target.values(), .progress = Progress(progressCallback)};
+    all.progress.report(0.0, getModelName());
+    std::shared_ptr<IModelable> model = fitEngine(all);
+    all.progress.report(1.0, getModelName());
     model->setName(getName());
-    model->schema = std::move(data.features.schema);
-    model->schema.targetName = target.getColName();
+    model->schema = std::move(read.schema);
+    return model;
+}
+
+std::shared_ptr<IModelable> IEstimator::fitResample(const TrainingFeatures& features,
+                                                    std::span<const double> target,
+                                                    const Supervised::Resample& resample,
+                                                    const Supervised::Preparation* preparation) const {
+    std::shared_ptr<IModelable> model;
+    if (resample.rows.empty() || takesMultiplicities()) {
+        model = fitEngine({features, target, resample.multiplicities, preparation, true});
+    } else {
+        std::vector<double> drawn;
+        drawn.reserve(resample.rows.size());
+        for (const std::int32_t row : resample.rows) drawn.push_back(target[static_cast<std::size_t>(row)]);
+        model = fitEngine({selectRows(features, resample.rows), drawn});
+    }
+    model->setName(getName());
+    model->schema = features.schema;
+    model->schema.rowNames = nullptr;  // the records are no rows of the table
     return model;
 }
 

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <memory>
+#include <span>
 #include <vector>
 
+#include "framework/progress.h"
 #include "framework/supervised.h"
 
 // The implementations that every regressor builds on.
@@ -16,9 +18,7 @@ class IModelable : public Supervised::IModelable {
     using Supervised::IModelable::IModelable;
 
     /// "Scores", one column "Prediction: " and the target's name.
-    DataFrame predict(const DataFrame& features) const;
-
- protected:
+    virtual DataFrame predict(const DataFrame& features) const;
     /// Fills `predictions`, which has its size, for rows whose columns stand in the order of the schema.
     virtual void score(const std::vector<FeatureColumn>& columns, std::span<double> predictions) const = 0;
 };
@@ -27,10 +27,15 @@ class IModelable : public Supervised::IModelable {
 /// cells.
 std::span<const double> readNumericTarget(const DataFrameColumn& target);
 
-/// What a family's engine is given to fit on.
+/// What a family's engine is given to fit on; the data are borrowed.
 struct TrainingSet {
-    TrainingFeatures features;
+    const TrainingFeatures& features;
     std::span<const double> target;
+    /// How often each row is a record, for families that take multiplicities; empty for once.
+    std::span<const std::int32_t> multiplicities = {};
+    const Supervised::Preparation* preparation = nullptr;  ///< of the family itself, or null
+    bool isOneOfMany = false;  ///< whether other fits on the same table follow, so that memory for them pays
+    Progress progress = {};
 };
 
 /// The implementation of a regressor's estimator: the checks of the data in their order, and the frame of the
@@ -41,7 +46,18 @@ class IEstimator : public Supervised::IEstimator {
 
     using Supervised::IEstimator::validate;
     void validate(const DataFrame& features, const DataFrameColumn& target) const override;
-    std::shared_ptr<IModelable> fit(const DataFrame& features, const DataFrameColumn& target) const;
+    virtual std::shared_ptr<IModelable> fit(const DataFrame& features, const DataFrameColumn& target) const;
+    /// The same with data to prune by, for families that do; others leave them unread.
+    virtual std::shared_ptr<IModelable> fit(const DataFrame& features, const DataFrame& /*validFeatures*/,
+                                            const DataFrameColumn& target,
+                                            const DataFrameColumn& /*validTarget*/) const {
+        return fit(features, target);
+    }
+    /// Fits on a resample of data that were checked for this learner, as an ensemble does.
+    /// @param preparation  what `prepare` made of the features, or null.
+    std::shared_ptr<IModelable> fitResample(const TrainingFeatures& features, std::span<const double> target,
+                                            const Supervised::Resample& resample,
+                                            const Supervised::Preparation* preparation) const;
 
  protected:
     /// Fits the family's engine. Infinite numbers among the features are still in the data: the family
@@ -49,7 +65,7 @@ class IEstimator : public Supervised::IEstimator {
     virtual std::shared_ptr<IModelable> fitEngine(const TrainingSet& data) const = 0;
 
  private:
-    TrainingSet checkedData(const DataFrame& features, const DataFrameColumn& target) const;
+    TrainingFeatures checkedData(const DataFrame& features, const DataFrameColumn& target) const;
 };
 
 }  // namespace Tessel::Regression

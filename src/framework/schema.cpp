@@ -97,10 +97,7 @@ FeatureColumn FeatureColumn::numeric(std::shared_ptr<ColumnCells> cells) {
 }
 
 FeatureColumn FeatureColumn::numeric(const std::shared_ptr<ColumnCells>& cells, const Rescaling& rescaling) {
-    const std::span<const double> numbers = cells->numbers();
-    std::vector<double> scaled(numbers.size());
-    std::transform(numbers.begin(), numbers.end(), scaled.begin(), rescaling);
-    return numeric(ColumnCells::ofNumbers(std::move(scaled)));
+    return numeric(ColumnCells::ofNumbers(Engine::Scaler::transform(cells->numbers(), rescaling)));
 }
 
 FeatureColumn FeatureColumn::categorical(std::shared_ptr<ColumnCells> cells, const Dictionary& categories) {
@@ -121,6 +118,31 @@ FeatureColumn FeatureColumn::categorical(std::shared_ptr<ColumnCells> cells, con
                                                 : mapAll(column.cells_->codes());
     column.codes_ = *column.mapped_;
     return column;
+}
+
+FeatureColumn FeatureColumn::select(RowSelector& selector, std::span<const std::int32_t> rows) const {
+    FeatureColumn column;
+    column.isCategorical_ = isCategorical_;
+    column.cells_ = selector.select(cells_);
+    if (!isCategorical_) return column;
+    auto gathered = std::make_shared<std::vector<std::int32_t>>();
+    gathered->reserve(rows.size());
+    for (const std::int32_t row : rows) gathered->push_back(codes_[at(row)]);
+    column.mapped_ = std::move(gathered);
+    column.codes_ = *column.mapped_;
+    return column;
+}
+
+TrainingFeatures selectRows(const TrainingFeatures& features, const std::vector<std::int32_t>& rows) {
+    TrainingFeatures selected;
+    selected.schema = features.schema;
+    selected.schema.numRows = static_cast<int>(rows.size());
+    const auto shared = std::make_shared<const RowIndexes>(rows);
+    selected.schema.rowNames = RowNames::select(features.schema.rowNames, shared);
+    RowSelector selector(shared);
+    for (const FeatureColumn& column : features.columns)
+        selected.columns.push_back(column.select(selector, rows));
+    return selected;
 }
 
 TrainingFeatures readTrainingFeatures(const DataFrame& features, const IntVector& categoricalColumns) {
@@ -186,6 +208,19 @@ std::vector<FeatureColumn> readFeatures(const FittedSchema& schema, const DataFr
         }
     }
     return columns;
+}
+
+ClassTarget selectRows(const ClassTarget& target, const std::vector<std::int32_t>& rows) {
+    ClassTarget selected;
+    selected.name = target.name;
+    selected.classes = target.classes;
+    selected.counts.resize(target.classes.size(), 0.0);
+    selected.codes.reserve(rows.size());
+    for (const std::int32_t row : rows) {
+        selected.codes.push_back(target.codes[at(row)]);
+        selected.counts[at(selected.codes.back())] += 1.0;
+    }
+    return selected;
 }
 
 ClassTarget readClassTarget(const DataFrameColumn& target) {

@@ -11,6 +11,7 @@
 
 #include "data/column_cells.h"
 #include "data/row_names.h"
+#include "data/scaler.h"
 
 // The border between tables and engines: what a fitted model remembers of its training data, and how the
 // columns of a table become the spans that engines work on.
@@ -26,11 +27,7 @@ struct FeatureSchema {
 };
 
 /// The map x -> (x - shift) * scale.
-struct Rescaling {
-    double shift = 0.0;
-    double scale = 1.0;
-    double operator()(double value) const { return (value - shift) * scale; }
-};
+using Engine::Scaler::Rescaling;
 
 /// The scaling that belongs to a model: its columns by name.
 class InputScaling : public PMML::ColumnScaling {
@@ -75,6 +72,9 @@ class FeatureColumn {
     /// Cells of either type; numbers are matched by their text.
     static FeatureColumn categorical(std::shared_ptr<ColumnCells> cells, const Dictionary& categories);
 
+    /// The cells of some rows, which `selector` holds. @param rows  the same rows.
+    FeatureColumn select(RowSelector& selector, std::span<const std::int32_t> rows) const;
+
     bool isCategorical() const { return isCategorical_; }
     const ColumnCells& cells() const { return *cells_; }
     /// Rows taken out of a column are gathered at the first call.
@@ -95,6 +95,9 @@ struct TrainingFeatures {
     FittedSchema schema;
     std::vector<FeatureColumn> columns;
 };
+
+/// The same features of some rows, repetitions allowed. @pre every row exists.
+TrainingFeatures selectRows(const TrainingFeatures& features, const std::vector<std::int32_t>& rows);
 
 /// Reads the features of a training table: all columns but index columns. Text columns are categorical, and
 /// so are the numeric ones listed.
@@ -117,6 +120,9 @@ struct ClassTarget {
     std::vector<std::int32_t> codes;
     std::vector<double> counts;  // rows per class
 };
+
+/// The labels of some rows; the classes stay, even those that no row has.
+ClassTarget selectRows(const ClassTarget& target, const std::vector<std::int32_t>& rows);
 
 /// @throws ConstraintViolation for a missing cell.
 ClassTarget readClassTarget(const DataFrameColumn& target);

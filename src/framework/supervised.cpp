@@ -36,6 +36,14 @@ DataFrameVector IModelable::toDataFrameVector() const {
     return tables;
 }
 
+Resample Resample::of(std::vector<std::int32_t> rows, int numTableRows) {
+    Resample resample;
+    resample.multiplicities.assign(static_cast<std::size_t>(numTableRows), 0);
+    for (const std::int32_t row : rows) ++resample.multiplicities[static_cast<std::size_t>(row)];
+    resample.rows = std::move(rows);
+    return resample;
+}
+
 TrainingFeatures IEstimator::checkedFeatures(const DataFrame& features, const DataFrameColumn& target) const {
     validate();
     if (features.getNumRows() != target.getNumRows()) throw IncompatibleNumRows();

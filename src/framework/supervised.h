@@ -1,5 +1,9 @@
 #pragma once
 
+#include <cstdint>
+#include <memory>
+#include <vector>
+
 #include <tessel/data/data_frame_vector.h>
 
 #include "framework/estimatable.h"
@@ -47,6 +51,8 @@ class IModelable : public IPortableModel {
     virtual void writeBody(web::json::value& model) const = 0;
     virtual void readBody(const JSON::Members& model) = 0;
 
+    void readMiningSchema(PMML::ModelReader& reader);
+    void readTransformations(PMML::ModelReader& reader);
     void writeDataDictionary(PMML::ModelWriter& writer) const override;
     void writeElement(PMML::ModelWriter& writer) const override;
     void readElement(PMML::ModelReader& reader) override;
@@ -56,6 +62,21 @@ class IModelable : public IPortableModel {
     virtual bool writesTransformationsFirst() const { return false; }
 };
 
+/// Rows of a table drawn with repetition, as ensembles draw them for their learners. Without rows it stands
+/// for the table as it is.
+struct Resample {
+    std::vector<std::int32_t> rows;            ///< in the order of the draws
+    std::vector<std::int32_t> multiplicities;  ///< by row of the table, how often it was drawn
+
+    static Resample of(std::vector<std::int32_t> rows, int numTableRows);
+};
+
+/// What fits on many resamples of one table share, made once for all of them.
+class Preparation {
+ public:
+    virtual ~Preparation() = default;
+};
+
 /// The implementation of any supervised estimator.
 class IEstimator : public IEstimatable {
  public:
@@ -63,14 +84,23 @@ class IEstimator : public IEstimatable {
     using IEstimatable::validate;
     virtual void validate(const DataFrame& features, const DataFrameColumn& target) const = 0;
 
- protected:
-    /// Checks the parameters, then the data against them, and reads the features.
-    TrainingFeatures checkedFeatures(const DataFrame& features, const DataFrameColumn& target) const;
+    // What an ensemble asks its weak learner on behalf of the whole table.
 
     /// Checks of a family's parameters against the training table; the table has as many rows as the target.
     virtual void validateAgainst(const DataFrame& /*features*/) const {}
     /// Positions of numeric columns that the user wants treated as categorical.
     virtual IntVector categoricalColumns(const DataFrame& /*features*/) const { return {}; }
+    /// True for families whose engine takes a resample as the multiplicities of rows; for others the rows
+    /// are gathered.
+    virtual bool takesMultiplicities() const { return false; }
+    /// What many fits on these features can share; null when there is nothing.
+    virtual std::unique_ptr<Preparation> prepare(const TrainingFeatures& /*features*/) const {
+        return nullptr;
+    }
+
+ protected:
+    /// Checks the parameters, then the data against them, and reads the features.
+    TrainingFeatures checkedFeatures(const DataFrame& features, const DataFrameColumn& target) const;
 };
 
 }  // namespace Tessel::Supervised

@@ -3,13 +3,19 @@
 #include <algorithm>
 #include <vector>
 
+#include <tessel/bagging.h>
+#include <tessel/boosting.h>
 #include <tessel/data/convert.h>
+#include <tessel/find_best_model.h>
 #include <tessel/framework/errors.h>
 #include <tessel/framework/ladon.h>
-#include <tessel/naive_bayes.h>
+#include <tessel/random_trees.h>
 
-#include "supervised/decision_tree/model.h"
-#include "supervised/naive_bayes/model.h"
+#include "supervised/bagging/model.h"
+#include "supervised/boosting/model.h"
+#include "supervised/learner_catalog.h"
+#include "supervised/find_best_model/model.h"
+#include "supervised/random_trees/model.h"
 
 namespace Tessel::Scoring {
 namespace {
@@ -24,29 +30,32 @@ namespace Algorithm = Ladon::ModelAlgorithm;
 
 constexpr bool kAnyAlgorithm = false, kOwnAlgorithm = true, kAnyFunction = false, kOwnFunction = true;
 
-template <class Implementation>
-std::shared_ptr<IPortableModel> makeBlank() {
-    return std::make_shared<Implementation>();
-}
-
-template <class Implementation, class Handle>
-Loaded wrapLearner(std::shared_ptr<IPortableModel> implementation) {
-    const auto handle = std::make_shared<Handle>(std::static_pointer_cast<Implementation>(implementation));
+/// What a learner can do, of either kind.
+Loaded loadedLearner(std::shared_ptr<IPortableModel> implementation,
+                     const std::shared_ptr<Supervised::Modelable>& handle) {
     Loaded loaded;
     loaded.implementation = std::move(implementation);
     loaded.reporter = handle;
     loaded.scorer = handle;
     loaded.learner = handle;
-    if constexpr (std::is_base_of_v<Supervised::Classification::Modelable, Handle>)
-        loaded.classifier = handle;
+    loaded.classifier = std::dynamic_pointer_cast<Supervised::Classification::Modelable>(handle);
     return loaded;
 }
 
-/// A family that is here.
-template <class Implementation, class Handle>
-CatalogRow learner(bool isAlgorithmNeeded) {
-    return {Audience::PREDICTOR, Implementation().type(),   isAlgorithmNeeded,
-            kOwnFunction,        makeBlank<Implementation>, wrapLearner<Implementation, Handle>};
+/// The row of a family of learners. Elements of several families are told apart by the algorithm.
+template <class Implementation, class Family>
+CatalogRow learner(const Family& family) {
+    const ModelType& type = family.makeBlank()->type();
+    const bool isShared = type.pmmlElement == L"MiningModel" || type.pmmlElement == L"RegressionModel";
+    return {Audience::PREDICTOR,
+            type,
+            isShared,
+            kOwnFunction,
+            [&family] { return family.makeBlank(); },
+            [&family](const std::shared_ptr<IPortableModel>& model) {
+                return loadedLearner(model,
+                                     family.makeModel(std::static_pointer_cast<Implementation>(model)));
+            }};
 }
 
 /// A family that has its place, for texts of other makers and of later versions.
@@ -59,16 +68,11 @@ CatalogRow planned(Audience audience, const WString& kind, const WString& algori
 
 void addPredictors(std::vector<CatalogRow>& rows) {
     constexpr Audience kPredictor = Audience::PREDICTOR;
-    rows.push_back(
-        learner<Classification::DecisionTree::IModel, Classification::DecisionTree::Model>(kAnyAlgorithm));
-    rows.push_back(learner<Regression::DecisionTree::IModel, Regression::DecisionTree::Model>(kAnyAlgorithm));
-    rows.push_back(
-        learner<Classification::NaiveBayes::IModel, Classification::NaiveBayes::Model>(kAnyAlgorithm));
+    for (const LearnerCatalog::ClassifierFamily& family : LearnerCatalog::classifiers())
+        rows.push_back(learner<Classification::IModelable>(family));
+    for (const LearnerCatalog::RegressorFamily& family : LearnerCatalog::regressors())
+        rows.push_back(learner<Regression::IModelable>(family));
     for (const WString& kind : {CLASSIFICATION, REGRESSION}) {
-        rows.push_back(planned(kPredictor, kind, Algorithm::BAGGING, L"MiningModel", L"Bagging"));
-        rows.push_back(planned(kPredictor, kind, Algorithm::BOOSTING, L"MiningModel", L"Boosting"));
-        rows.push_back(planned(kPredictor, kind, Algorithm::RANDOM_TREES, L"MiningModel", L"RandomTrees"));
-        rows.push_back(planned(kPredictor, kind, Algorithm::FIND_BEST_MODEL, L"", L""));
         rows.push_back(planned(kPredictor, kind, Algorithm::NEURAL_NETWORK, L"NeuralNetwork",
                                L"NeuralNetwork", kAnyAlgorithm));
         rows.push_back(planned(kPredictor, kind, Algorithm::NEAREST_NEIGHBORS, L"NearestNeighborModel",

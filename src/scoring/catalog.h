@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <span>
 
@@ -34,8 +35,9 @@ struct CatalogRow {
     ModelType type;          ///< `pmmlElement` is empty for what has JSON texts only
     bool isAlgorithmNeeded;  ///< PMML: whether `algorithmName` must be that of the type
     bool isFunctionNeeded;   ///< PMML: whether `functionName` must be the kind of the type
-    std::shared_ptr<IPortableModel> (*makeBlank)();  ///< null for a family that this version cannot read
-    Loaded (*wrap)(std::shared_ptr<IPortableModel>);
+    /// Null for a family that this version cannot read.
+    std::function<std::shared_ptr<IPortableModel>()> makeBlank;
+    std::function<Loaded(const std::shared_ptr<IPortableModel>&)> wrap;
 };
 
 std::span<const CatalogRow> catalog();

@@ -6,6 +6,7 @@
 
 #include "framework/identifiable.h"
 #include "scoring/catalog.h"
+#include "serialization/pmml/document.h"
 
 namespace Tessel::Scoring {
 
@@ -15,6 +16,8 @@ class IFacade : public IIdentifiable {
     explicit IFacade(Audience audience) : IIdentifiable(L""), audience_(audience) {}
 
     void fromPMMLString(const WString& text);
+    /// The same for a text that is parsed already.
+    void fromPMML(const PMML::Document& document);
     void fromJSONString(const WString& text);
     void fromLadonString(const WString& text);
     void fromString(const WString& text);

@@ -35,8 +35,11 @@ void IFacade::adopt(const CatalogRow& row, std::shared_ptr<IPortableModel> imple
 }
 
 void IFacade::fromPMMLString(const WString& text) {
+    PMML::translatingErrors([&] { fromPMML(PMML::parsed(text)); });
+}
+
+void IFacade::fromPMML(const PMML::Document& document) {
     PMML::translatingErrors([&] {
-        const PMML::Document document = PMML::parsed(text);
         const PMML::Node* const element = document.getModelNode();
         if (!element)
             throw UnsupportedPMMLFormat("There is no model element of the name that the header describes.");

@@ -6,11 +6,30 @@
 #include <tessel/framework/ladon.h>
 
 #include "serialization/json/read.h"
+#include "serialization/pmml/model_element.h"
 #include "serialization/pmml/read.h"
 
 namespace Tessel::Scoring {
 
 const WString kContinuous = L"continuous", kCategorical = L"categorical";
+
+namespace {
+
+/// The mining field that is predicted, or an empty text. As for those who load the model, "target" is the
+/// same as "predicted" and a field without usage is an input.
+WString targetOf(const PMML::Document& document) {
+    WString target;
+    const PMML::Node* const schema = document.getMiningSchemaNode();
+    if (!schema) return target;
+    PMML::forEachChild(schema, L"MiningField", [&](const PMML::Node* field) {
+        const auto usage = PMML::Document::optionalAttribute(field, L"usageType");
+        if (usage && (*usage == L"predicted" || *usage == L"target"))
+            target = PMML::Document::requiredAttribute(field, L"name");
+    });
+    return target;
+}
+
+}  // namespace
 
 ModelInfo ModelInfo::ofPMML(const PMML::Document& document) {
     if (!document.getModelNode())
@@ -20,31 +39,26 @@ ModelInfo ModelInfo::ofPMML(const PMML::Document& document) {
     info.format = L"PMML";
     info.kind = document.getFunctionName();
     info.algorithm = document.getAlgorithmName();
-    if (document.isTransformer()) {
-        info.variableNames = document.getUnsupervisedFeatureNames();
-        info.variableTypes = document.getUnsupervisedFeatureOpTypes();
-        return info;
-    }
-    info.targetName = document.getTargetColName();
+    if (!document.isTransformer()) info.targetName = targetOf(document);
     if (document.isForecaster()) {
         info.variableNames = StringVector{info.targetName};
         info.variableTypes = StringVector{kContinuous};
         return info;
     }
-    info.variableNames = document.getFeatureNames();
-    info.variableTypes = document.getFeatureOpTypes();
-    PMML::Categories categories = document.getMetadata().categories;
-    const auto target = categories.find(info.targetName);
-    if (target != categories.end()) info.classes = std::move(target->second);
+    const PMML::Node* const dictionary =
+        PMML::Document::getRequiredSubnode(document.getRoot(), L"DataDictionary");
+    PMML::forEachChild(dictionary, L"DataField", [&](const PMML::Node* field) {
+        const WString name(PMML::Document::requiredAttribute(field, L"name"));
+        if (!info.targetName.empty() && name == info.targetName) return;
+        info.variableNames.push_back(name);
+        const bool isContinuous = PMML::Document::requiredAttribute(field, L"optype") == kContinuous;
+        info.variableTypes.push_back(isContinuous ? kContinuous : kCategorical);
+    });
     return info;
 }
 
 ModelInfo ModelInfo::ofPMML(const WString& text) {
-    return PMML::translatingErrors([&] {
-        PMML::Document document;
-        document.parse(text);
-        return ofPMML(document);
-    });
+    return PMML::translatingErrors([&] { return ofPMML(PMML::parsed(text)); });
 }
 
 ModelInfo ModelInfo::ofJSON(const WString& text) {
@@ -52,10 +66,6 @@ ModelInfo ModelInfo::ofJSON(const WString& text) {
         const web::json::value value = JSON::parse(text);
         const JSON::Members model(value, "A model");
         const auto textOf = [&](const char* name) { return JSON::toText(model.at(name), name); };
-        const auto textsIfAny = [&](const char* name) {
-            const web::json::value* const texts = model.find(name);
-            return texts ? JSON::toStringVector(*texts, name) : StringVector();
-        };
         ModelInfo info;
         info.name = textOf("modelName");
         info.format = L"JSON";
@@ -64,9 +74,10 @@ ModelInfo ModelInfo::ofJSON(const WString& text) {
         // Models without a target, and without categorical variables, may leave these members out.
         if (model.find("targetColumn")) info.targetName = textOf("targetColumn");
         info.variableNames = JSON::toStringVector(model.at("variables"), "variables");
-        info.classes = textsIfAny("classes");
-        const StringVector categorical = textsIfAny("categoricalVariables");
-        const std::unordered_set<WString> isCategorical(categorical.begin(), categorical.end());
+        std::unordered_set<WString> isCategorical;
+        if (const web::json::value* const names = model.find("categoricalVariables"))
+            for (const WString& name : JSON::toStringVector(*names, "categoricalVariables"))
+                isCategorical.insert(name);
         for (const WString& name : info.variableNames)
             info.variableTypes.push_back(isCategorical.contains(name) ? kCategorical : kContinuous);
         return info;

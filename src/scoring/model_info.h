@@ -16,7 +16,6 @@ struct ModelInfo {
     StringVector variableNames;  ///< input variables, in the text's order
     StringVector variableTypes;  ///< "continuous" or "categorical", one per variable
     WString targetName;          ///< empty when there is no target
-    StringVector classes;        ///< of a categorical target
 
     static ModelInfo ofPMML(const PMML::Document& document);
     /// @throws MalformedPMML, UnsupportedPMMLFormat

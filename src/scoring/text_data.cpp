@@ -75,17 +75,16 @@ DataFrame readJSON(const WString& text, const StringVector& names, const StringV
 
 // ---- Delimited text
 
-/// The first record that is not an empty line. @pre there is one. A stray quote can only make it longer,
-/// which does no harm to those who look at the first record of what they get.
+/// The first record with its line end. A stray quote can only make it longer, which does no harm to those
+/// who look at the first record of what they get.
 WString firstRecord(const WString& text) {
-    const std::size_t start = text.find_first_not_of(L"\r\n");
     bool isQuoted = false;
-    std::size_t end = start;
+    std::size_t end = 0;
     for (; end < text.size(); ++end) {
         if (text[end] == L'"') isQuoted = !isQuoted;
         if (text[end] == L'\n' && !isQuoted) break;
     }
-    return text.substr(start, end - start);
+    return text.substr(0, end + 1);
 }
 
 bool arePermuted(StringVector some, StringVector others) {
@@ -135,8 +134,11 @@ DataFrame readDelimited(const WString& text, const StringVector& names, const St
 DataFrame readTextData(const WString& text, const StringVector& names, const StringVector& types) {
     const auto first = std::find_if_not(text.begin(), text.end(), isBlank);
     if (names.empty() || first == text.end()) throw IncorrectDataFormat();
+    // Empty lines in front are no records, except that they are missing cells where there is one column.
+    const std::size_t start = names.size() == 1 ? 0 : text.find_first_not_of(L"\r\n");
     try {
-        return *first == L'[' ? readJSON(text, names, types) : readDelimited(text, names, types);
+        if (*first == L'[') return readJSON(text, names, types);
+        return readDelimited(start == 0 ? text : text.substr(start), names, types);
     } catch (const IncorrectDataFormat&) {
         throw;
     } catch (const Exception&) {

@@ -46,8 +46,7 @@ void IModelable::requireClasses() const {
 
 // ---- PMML
 
-void IModelable::writeTarget(PMML::ModelWriter& writer) const {
-    if (writer.isSegment) return;
+void IModelable::writeOutput(PMML::ModelWriter& writer) const {
     Document& document = writer.document;
     Node* const output = writer.append(document.allocateNode(L"Output"));
     appendOutputField(document, output, L"Predicted_" + schema.targetName, true, L"predictedValue");
@@ -55,6 +54,11 @@ void IModelable::writeTarget(PMML::ModelWriter& writer) const {
         appendOutputField(document, output, L"Probability_" + label, false, L"probability");
         document.appendAttribute(output->last_node(), L"value", label);
     }
+}
+
+void IModelable::writeTarget(PMML::ModelWriter& writer) const {
+    Document& document = writer.document;
+    if (!writer.isSegment) writeOutput(writer);
     PMML::Priors priors;
     for (std::size_t k = 0; k < classSchema.classes.size(); ++k)
         priors[classSchema.classes[k]] = classSchema.priors[k];

@@ -40,7 +40,8 @@ WString IPortableModel::toPMML(const PMML::ColumnScaling* scaling) const {
     document.appendNode(root);
     PMML::ModelWriter writer{document, root};
     writeDataDictionary(writer);
-    writer.append(PMML::ModelWriter::writeElement(document, *this, scaling));
+    PMML::Node* const element = writer.append(document.allocateNode(type().pmmlElement));
+    PMML::ModelWriter{document, element, scaling}.write(*this);
     return document.toString();
 }
 

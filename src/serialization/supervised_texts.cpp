@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <cmath>
 
 #include <tessel/data/convert.h>
 #include <tessel/data/util/sets.h>
@@ -35,26 +34,6 @@ FeatureSchema featureOf(const WString& name, bool isCategorical, const StringVec
     return feature;
 }
 
-/// The map of two points; more points or a missing-value rule would make it another one.
-Rescaling readNormContinuous(const Node* norm) {
-    std::vector<Document::Point> points;
-    PMML::forEachChild(norm, L"LinearNorm",
-                       [&](const Node* point) { points.push_back(Document::getLinearNormPoint(point)); });
-    const auto outliers = Document::optionalAttribute(norm, L"outliers");
-    if (points.size() != 2 || Document::optionalAttribute(norm, L"mapMissingTo") ||
-        (outliers && *outliers != L"asIs"))
-        throw UnsupportedPMMLFormat("A NormContinuous is not one straight line.");
-    const auto [first, second] = std::pair(points[0], points[1]);
-    // The points as this library writes them hold shift and scale themselves.
-    const bool isOwn = first.norm == 0.0 && second.orig == first.orig + 1.0;
-    const double slope = isOwn ? second.norm : (second.norm - first.norm) / (second.orig - first.orig);
-    const Rescaling rescaling{isOwn || first.norm == 0.0 ? first.orig : first.orig - first.norm / slope,
-                              slope};
-    if (!std::isfinite(rescaling.shift) || !std::isfinite(rescaling.scale))
-        throw UnsupportedPMMLFormat("A NormContinuous has no finite shift and scale.");
-    return rescaling;
-}
-
 }  // namespace
 
 // ---- PMML
@@ -86,22 +65,33 @@ void IModelable::writeElement(PMML::ModelWriter& writer) const {
         isScaled = true;
     }
     Node* transformations = nullptr;
-    if (writer.isSegment) {
-        if (writer.fields.empty()) writer.fields = schema.featureNames();
-    } else if (isScaled) {
+    if (!writer.isSegment && isScaled) {
         transformations = writer.document.allocateTransformationNode(schema.featureNames(), nullptr, &scaling,
                                                                      writer.fields);
-    } else {
+    } else if (!writer.isSegment) {
         writer.fields = schema.featureNames();
     }
     if (transformations && writesTransformationsFirst()) writer.append(transformations);
-    writer.append(writer.document.allocateMiningSchemaNode(schema.targetName, schema.featureNames()));
+    writer.append(writer.document.allocateMiningSchemaNode(
+        schema.targetName, writer.isSegment ? writer.fields : schema.featureNames()));
     if (transformations && !writesTransformationsFirst()) writer.append(transformations);
     writeTarget(writer);
     writeBody(writer);
 }
 
 void IModelable::readElement(PMML::ModelReader& reader) {
+    if (reader.ensemble) schema.features = reader.ensemble->features;
+    readMiningSchema(reader);
+    if (!reader.ensemble)
+        readTransformations(reader);
+    else if (reader.child(L"LocalTransformations"))
+        throw UnsupportedPMMLFormat("A segment transforms its inputs.");
+    readTarget(reader);
+    readBody(reader);
+}
+
+/// Fills features and target; of a segment, whose features are there, only the target.
+void IModelable::readMiningSchema(PMML::ModelReader& reader) {
     StringVector names;
     bool hasTarget = false;
     PMML::forEachChild(reader.requiredChild(L"MiningSchema"), L"MiningField", [&](const Node* field) {
@@ -112,40 +102,47 @@ void IModelable::readElement(PMML::ModelReader& reader) {
             hasTarget = true;
             schema.targetName = name;
         } else if (usage == L"active") {
-            const auto isFilled = Document::optionalAttribute(field, L"missingValueReplacement");
             const auto outliers = Document::optionalAttribute(field, L"outliers");
-            if (isFilled || (outliers && *outliers != L"asIs"))
+            if (Document::optionalAttribute(field, L"missingValueReplacement") ||
+                (outliers && *outliers != L"asIs"))
                 throw UnsupportedPMMLFormat("The mining field " + Convert::toUtf8Lossy(name) +
                                             " replaces missing values or outliers.");
-            const PMML::Field& declared = reader.field(name);
-            schema.features.push_back(featureOf(name, declared.isCategorical, declared.categories));
             names.push_back(name);
         }
     });
+    if (reader.ensemble) {
+        if (!hasTarget) schema.targetName = reader.ensemble->targetName;
+        for (const WString& name : names) reader.featureOf(name);
+        return;
+    }
     if (!hasTarget) throw UnsupportedPMMLFormat("The MiningSchema has no target.");
     requireDistinct(names, L"MiningSchema");
-    for (std::size_t i = 0; i < names.size(); ++i)
-        reader.featureOfField[names[i]] = static_cast<std::int32_t>(i);
-    if (const Node* transformations = reader.child(L"LocalTransformations"))
-        PMML::forEachChild(transformations, L"DerivedField", [&](const Node* derived) {
-            const Node* const norm = Document::getSubnode(derived, L"NormContinuous");
-            if (!norm)
-                throw UnsupportedPMMLFormat(
-                    "A DerivedField is not a NormContinuous, the only kind read here.");
-            const WString raw(Document::requiredAttribute(norm, L"field"));
-            const auto found = reader.featureOfField.find(raw);
-            if (found == reader.featureOfField.end() ||
-                schema.features[static_cast<std::size_t>(found->second)].isCategorical)
-                throw UnsupportedPMMLFormat("A NormContinuous refers to " + Convert::toUtf8Lossy(raw) +
-                                            ", which is not a numeric input, or scaled twice.");
-            const std::int32_t feature = found->second;
-            schema.scaling.add(raw, readNormContinuous(norm));
-            // A body that uses the unscaled input as well is refused when it asks for it.
-            reader.featureOfField.erase(found);
-            reader.featureOfField[WString(Document::requiredAttribute(derived, L"name"))] = feature;
-        });
-    readTarget(reader);
-    readBody(reader);
+    for (const WString& name : names) {
+        const PMML::Field& declared = reader.field(name);
+        reader.featureOfField[name] = static_cast<std::int32_t>(schema.features.size());
+        schema.features.push_back(featureOf(name, declared.isCategorical, declared.categories));
+    }
+}
+
+void IModelable::readTransformations(PMML::ModelReader& reader) {
+    const Node* const transformations = reader.child(L"LocalTransformations");
+    if (!transformations) return;
+    PMML::forEachChild(transformations, L"DerivedField", [&](const Node* derived) {
+        const Node* const norm = Document::getSubnode(derived, L"NormContinuous");
+        if (!norm)
+            throw UnsupportedPMMLFormat("A DerivedField is not a NormContinuous, the only kind read here.");
+        const WString raw(Document::requiredAttribute(norm, L"field"));
+        const auto found = reader.featureOfField.find(raw);
+        if (found == reader.featureOfField.end() ||
+            schema.features[static_cast<std::size_t>(found->second)].isCategorical)
+            throw UnsupportedPMMLFormat("A NormContinuous refers to " + Convert::toUtf8Lossy(raw) +
+                                        ", which is not a numeric input, or scaled twice.");
+        const std::int32_t feature = found->second;
+        schema.scaling.add(raw, PMML::readNormContinuous(norm));
+        // A body that uses the unscaled input as well is refused when it asks for it.
+        reader.featureOfField.erase(found);
+        reader.featureOfField[WString(Document::requiredAttribute(derived, L"name"))] = feature;
+    });
 }
 
 void IModelable::writeTarget(PMML::ModelWriter& writer) const {

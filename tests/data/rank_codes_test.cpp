@@ -45,17 +45,19 @@ TEST(RankCodes, ShortAndLongColumns) {
                               Limits::max(),
                               Limits::lowest()};
     Random random(5);
-    for (const std::size_t size : {0u, 1u, 9u, 511u, 512u, 5000u}) {
-        std::vector<double> mixed, whole;
+    for (const std::size_t size : {0u, 1u, 9u, 511u, 512u, 5000u, 140000u}) {
+        std::vector<double> mixed, whole, clustered;
         for (std::size_t row = 0; row < size; ++row) {
             const std::uint64_t kind = random.nextBelow(4);
             mixed.push_back(kind == 0   ? special[row % 9]
                             : kind == 1 ? random.nextNormal() * std::exp(200.0 * random.nextNormal())
                                         : std::floor(20.0 * random.nextNormal()) / 8.0);
             whole.push_back(static_cast<double>(random.nextBelow(1000)));
+            clustered.push_back(kind == 0 ? random.nextNormal() : 1.0 + 1e-12 * random.nextNormal());
         }
         expectRanks(mixed);
         expectRanks(whole);
+        expectRanks(clustered);
         expectRanks(std::vector<double>(size, -1.5));
         expectRanks(std::vector<double>(size, Limits::quiet_NaN()));
     }

@@ -39,6 +39,7 @@ TEST(Errors, EveryClassHasItsFixedMessageAndCode) {
     add<TooFewClassLabels>(cases, 206, "There must be at least 2 distinct class labels.");
     add<InvalidSuccessLabel>(cases, 207, "Success class label doesn't exist.");
     add<IncompatibleNumRows>(cases, 208, "Number of rows are expected to be identical.");
+    add<FitCancelled>(cases, 252, "The fit was cancelled.");
     add<IncompatibleSizes>(cases, 208, "3 rows, 2 weights", "3 rows, 2 weights");
     add<BigDataSummarizationTooManyGroupingVars>(cases, 213, "Too many grouping variables.");
     add<BigDataSummarizationNoGroupingVars>(

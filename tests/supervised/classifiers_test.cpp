@@ -4,11 +4,14 @@
 
 #include <gtest/gtest.h>
 
+#include <tessel/bagging.h>
+#include <tessel/boosting.h>
 #include <tessel/data/convert.h>
 #include <tessel/data/util/sets.h>
 #include <tessel/decision_tree.h>
 #include <tessel/framework/errors.h>
 #include <tessel/naive_bayes.h>
+#include <tessel/random_trees.h>
 
 #include "supervised/tables.h"
 
@@ -22,9 +25,20 @@ using Testing::labelledTable;
 
 template <class Estimator>
 class Classifiers : public testing::Test {};
-using Families =
-    testing::Types<Classification::NaiveBayes::Estimator, Classification::DecisionTree::Estimator>;
+using Families = testing::Types<Classification::NaiveBayes::Estimator,
+                                Classification::DecisionTree::Estimator, Classification::Bagging::Estimator,
+                                Classification::Boosting::Estimator, Classification::RandomTrees::Estimator>;
 TYPED_TEST_SUITE(Classifiers, Families);
+
+template <class Estimator>
+constexpr bool isEnsemble = requires(Estimator estimator) {
+    estimator.setNumWeakLearners(1);
+};
+/// The class that the cut-off is for unless another was chosen.
+template <class Estimator>
+const WString kSuccessClass = isEnsemble<Estimator> ? L"class 1" : L"class 0";
+template <class Estimator>
+const WString kPosteriorPrefix = isEnsemble<Estimator> ? L"" : L"Posterior Probability: ";
 
 Vector column(const DataFrame& table, int position) { return table(Util::all, position).toDoubleVector(); }
 
@@ -35,7 +49,7 @@ TYPED_TEST(Classifiers, PosteriorsSumToOneAndPredictionsFollowThem) {
         const DataFrame posteriors = model.posteriorProbability(data.features);
         const DataFrame predicted = model.predict(data.features);
         ASSERT_EQ(posteriors.getNumCols(), numClasses);
-        EXPECT_EQ(posteriors.getColName(1), L"Posterior Probability: class 1");
+        EXPECT_EQ(posteriors.getColName(1), kPosteriorPrefix<TypeParam> + L"class 1");
         EXPECT_EQ(predicted.getColName(0), L"Predicted Class");
         EXPECT_EQ(predicted.getRowName(7), L"Record 8");
         int numRight = 0;
@@ -47,7 +61,7 @@ TYPED_TEST(Classifiers, PosteriorsSumToOneAndPredictionsFollowThem) {
             }
             EXPECT_NEAR(sum, 1.0, 1e-12);
             const WString label = predicted(row, 0).toString();
-            EXPECT_EQ(posteriors(row, L"Posterior Probability: " + label).toDouble(), largest) << row;
+            EXPECT_EQ(posteriors(row, kPosteriorPrefix<TypeParam> + label).toDouble(), largest) << row;
             numRight += label == data.target(row).toString();
         }
         EXPECT_GT(numRight, 105);
@@ -60,25 +74,27 @@ TYPED_TEST(Classifiers, PosteriorsSumToOneAndPredictionsFollowThem) {
 TYPED_TEST(Classifiers, SuccessClassAndCutOffDecideBetweenTwoClasses) {
     const LabelledTable data = labelledTable(60, 2);
     auto model = TypeParam().fit(data.features, data.target);
-    EXPECT_EQ(model.getSuccessClass(), L"class 0");  // of the first row
+    const WString success = kSuccessClass<TypeParam>;
+    EXPECT_EQ(model.getSuccessClass(), success);
     EXPECT_EQ(model.getSuccessProbability(), 0.5);
-    const Vector ofSuccess = column(model.posteriorProbability(data.features), 0);
+    const Vector ofSuccess = column(model.posteriorProbability(data.features), success == L"class 0" ? 0 : 1);
     for (const double cutOff : {0.0, ofSuccess[3], 1.0}) {
         const auto predicted = model.setSuccessProbability(cutOff).predict(data.features)(Util::all, 0);
         for (int row = 0; row < 60; ++row)
-            EXPECT_EQ(predicted(row).toString() == L"class 0",
+            EXPECT_EQ(predicted(row).toString() == success,
                       ofSuccess[static_cast<std::size_t>(row)] >= cutOff);
     }
     EXPECT_THROW(model.setSuccessProbability(1.5), ValueOutOfRange);
     EXPECT_THROW(model.setSuccessClass(L"unknown"), InvalidSuccessLabel);
-    EXPECT_EQ(model.getSuccessClass(), L"class 0");
+    EXPECT_EQ(model.getSuccessClass(), success);
 
     const auto chosen = TypeParam().setSuccessClass(L"class 1").fit(data.features, data.target);
     EXPECT_EQ(chosen.getSuccessClass(), L"class 1");
     EXPECT_THROW(TypeParam().setSuccessClass(L"unknown").fit(data.features, data.target),
                  InvalidSuccessLabel);
     const LabelledTable three = labelledTable(60, 3);
-    EXPECT_EQ(TypeParam().fit(three.features, three.target).getSuccessClass(), L"");
+    EXPECT_EQ(TypeParam().fit(three.features, three.target).getSuccessClass(),
+              isEnsemble<TypeParam> ? L"class 1" : L"");
 }
 
 TYPED_TEST(Classifiers, PriorsComeFromTheChosenMethod) {
@@ -235,7 +251,7 @@ TYPED_TEST(Classifiers, TablesTellParametersAndModel) {
     const auto model = estimator.fit(data.features, data.target);
     const DataFrameVector report = model.toDataFrameVector();
     EXPECT_EQ(report[0].getName(), L"Model: " + model.getModelName());
-    EXPECT_EQ(report[0](L"Success class", L"Value").toString(), L"class 0");
+    EXPECT_EQ(report[0](L"Success class", L"Value").toString(), kSuccessClass<TypeParam>);
     EXPECT_EQ(report.at(L"Prior Probabilities")(L"class 1", L"Prior Probability").toDouble(), 0.5);
     EXPECT_EQ(report.at(L"Training Summary")(L"#Training records", 0).toInt(), 60);
 }

@@ -201,12 +201,18 @@ TEST(DecisionTree, WeightsCountLikeRepeatedRowsAndPriorsChangePosteriors) {
         weights.push_back(row % 3 == 0 ? 2.0 : 1.0);
         for (int i = 0; i < (row % 3 == 0 ? 2 : 1); ++i) repeated.push_back(row);
     }
-    const auto weighted = Classifier().setMaxNumLevels(2).setWeights(weights).fit(data.features, data.target);
     const auto expanded =
         Classifier().setMaxNumLevels(2).fit(data.features(repeated, Util::all), data.target.select(repeated));
-    const Vector a = column(weighted.posteriorProbability(data.features), 0);
-    const Vector b = column(expanded.posteriorProbability(data.features), 0);
-    for (std::size_t row = 0; row < a.size(); ++row) EXPECT_NEAR(a[row], b[row], 1e-12) << row;
+    const Vector expected = column(expanded.posteriorProbability(data.features), 0);
+    for (const double unit : {1.0, 1e300, 1e-300}) {
+        Vector scaled = weights;
+        for (double& weight : scaled) weight *= unit;
+        const auto weighted =
+            Classifier().setMaxNumLevels(2).setWeights(scaled).fit(data.features, data.target);
+        const Vector actual = column(weighted.posteriorProbability(data.features), 0);
+        for (std::size_t row = 0; row < actual.size(); ++row)
+            EXPECT_NEAR(actual[row], expected[row], 1e-12) << row << " of unit " << unit;
+    }
 
     // A root alone has the priors as posteriors.
     const auto root = Classifier()
@@ -283,6 +289,24 @@ TEST(DecisionTree, RulesReportAndPruningFollowTheCutOff) {
     model.setSuccessProbability(0.01);
     EXPECT_EQ(responses(), (StringVector{L"class 1", L"class 1", L"class 1"}));
     for (const WString& rule : model.treeRules(9)) EXPECT_NE(rule.find(L"THEN class 1 ("), WString::npos);
+}
+
+TEST(DecisionTree, PredictsTheClassesOfThePosteriors) {
+    // Many rows and few: labels are looked up by node or asked for by row.
+    const LabelledTable training = noisyTable(400, 0), few = noisyTable(5, 3);
+    auto model = Classifier().fit(training.features, training.target);
+    for (const double cutOff : {0.0, 0.4, 0.5, 1.0}) {
+        model.setSuccessProbability(cutOff);
+        for (const DataFrame& features : {training.features, few.features}) {
+            const StringVector labels = model.predict(features)(Util::all, 0).toStringVector();
+            EXPECT_EQ(labels, model.predictWithPosterior(features)(Util::all, 0).toStringVector());
+            EXPECT_EQ(labels.size(), static_cast<std::size_t>(features.getNumRows()));
+        }
+    }
+    const LabelledTable three = labelledTable(90, 3);
+    const auto shallow = Classifier().setMaxNumLevels(1).fit(three.features, three.target);
+    EXPECT_EQ(shallow.predict(three.features)(Util::all, 0).toStringVector(),
+              shallow.predictWithPosterior(three.features)(Util::all, 0).toStringVector());
 }
 
 TEST(DecisionTree, ReportsItsTables) {

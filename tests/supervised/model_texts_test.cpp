@@ -4,10 +4,13 @@
 
 #include <gtest/gtest.h>
 
+#include <tessel/bagging.h>
+#include <tessel/boosting.h>
 #include <tessel/data/convert.h>
 #include <tessel/decision_tree.h>
 #include <tessel/framework/errors.h>
 #include <tessel/naive_bayes.h>
+#include <tessel/random_trees.h>
 
 #include "supervised/tables.h"
 
@@ -21,7 +24,10 @@ constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 template <class Estimator>
 class ModelTexts : public testing::Test {};
 using Families = testing::Types<Classification::NaiveBayes::Estimator,
-                                Classification::DecisionTree::Estimator, Regression::DecisionTree::Estimator>;
+                                Classification::DecisionTree::Estimator, Classification::Bagging::Estimator,
+                                Classification::Boosting::Estimator, Classification::RandomTrees::Estimator,
+                                Regression::DecisionTree::Estimator, Regression::Bagging::Estimator,
+                                Regression::Boosting::Estimator, Regression::RandomTrees::Estimator>;
 TYPED_TEST_SUITE(ModelTexts, Families);
 
 template <class Model>

@@ -49,4 +49,16 @@ inline LabelledTable labelledTable(int numRows, int numClasses) {
     return table;
 }
 
+/// The same features with a numeric target "y" that follows them.
+inline LabelledTable numericTable(int numRows) {
+    LabelledTable table = labelledTable(numRows, 4);
+    Vector target;
+    for (int row = 0; row < numRows; ++row) {
+        const double first = table.features(row, L"first").toDouble();
+        target.push_back(std::sin(first) + 0.25 * first + 0.01 * (row % 7));
+    }
+    table.target = DataFrameColumn(L"y", target);
+    return table;
+}
+
 }  // namespace Tessel::Testing

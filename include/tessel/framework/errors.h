@@ -261,6 +261,13 @@ class TESSEL_API NoBestLearner : public Exception {
     ~NoBestLearner() override;
 };
 
+/// A fit that its progress callback stopped. Code 252.
+class TESSEL_API FitCancelled : public Exception {
+ public:
+    FitCancelled();
+    ~FitCancelled() override;
+};
+
 /// A correlation matrix of a group of columns that was not fitted. Code 253.
 class TESSEL_API SDGNoCorrelationSigma : public Exception {
  public:

@@ -5,6 +5,7 @@
 #include <tessel/data/data_frame_vector.h>
 #include <tessel/data/interfaces.h>
 #include <tessel/framework/ladon.h>
+#include <tessel/framework/progress.h>
 
 namespace Tessel {
 
@@ -24,6 +25,9 @@ class TESSEL_API EstimatorHandle : public Identifiable,
     ~EstimatorHandle() override;
 
     const WString& getName() const override;
+    /// Who watches each fit from now on and may stop it; nobody by default or for an empty function. It is no
+    /// parameter: `reset` leaves it and texts do not hold it. Copies of the estimator have it, too.
+    void setProgressCallback(ProgressCallback callback);
     /// Every parameter back to its default.
     void reset();
     /// The values of the parameters, a row each, titled "Estimator: " and the kind of model.

@@ -1,6 +1,6 @@
 #include <algorithm>
 #include <cmath>
-#include <numeric>
+#include <utility>
 
 #include <tessel/data/errors.h>
 
@@ -54,12 +54,14 @@ void ClassificationModel::fit(const TrainingData& data, std::span<const std::int
 
     PreparedRecords prepared = prepareRecords(data, classes.size());
     prepared.records.numClasses = numClasses;
-    prepared.records.classes.reserve(prepared.tableRows.size());
-    for (const std::uint32_t row : prepared.tableRows)
-        prepared.records.classes.push_back(static_cast<std::uint16_t>(classes[row]));
+    prepared.records.classes.reserve(prepared.records.size);
+    for (std::uint32_t record = 0; record < prepared.records.size; ++record)
+        prepared.records.classes.push_back(static_cast<std::uint16_t>(classes[prepared.rowOf(record)]));
     alterWeights(prepared.records);
+    prepared.records.checkExactness();
     Tree grown = grow(data, prepared, limits_);
     sumClassWeights(grown);
+    grown.weightExponent = prepared.weightExponent;
     adopt(std::move(grown), data.features.size());
 }
 
@@ -135,8 +137,10 @@ std::int32_t ClassificationModel::classOf(std::int32_t node) const {
 
 std::vector<std::int32_t> ClassificationModel::predict(std::span<const Cells> features,
                                                        std::size_t numRecords) const {
-    std::vector<std::int32_t> predicted = findNodes(features, numRecords);
-    for (std::int32_t& value : predicted) value = classOf(value);
+    checkCells(features, numRecords);
+    std::vector<std::int32_t> predicted(numRecords);
+    scorer().findAnswers(
+        features, [&](std::int32_t node) { return classOf(node); }, predicted);
     return predicted;
 }
 

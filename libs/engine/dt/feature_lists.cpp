@@ -28,40 +28,49 @@ std::vector<SortedRecord> sortByCode(std::uint32_t numRecords, std::uint32_t num
     return sorted;
 }
 
-}  // namespace
-
-FeatureLists makeLists(const TrainingFeature& feature, std::span<const std::uint32_t> tableRows) {
+FeatureLists listCategories(const TrainingFeature& feature, const PreparedRecords& prepared) {
     FeatureLists lists;
-    if (feature.isCategorical()) {
-        lists.form = FeatureLists::Form::CATEGORIES;
-        lists.numCodes = static_cast<std::uint32_t>(feature.numCategories);
-        lists.codes.resize(tableRows.size());
-        for (std::size_t i = 0; i < tableRows.size(); ++i) {
-            const std::int32_t code = feature.codes[tableRows[i]];
-            lists.codes[i] = code < 0 ? lists.numCodes : static_cast<std::uint32_t>(code);
-        }
-        return lists;
-    }
-    lists.numCodes = feature.ranks->numDistinct;
-    const auto rankedRow = [&](std::uint32_t record) { return feature.rankedRow(tableRows[record]); };
-    const auto codeOf = [&](std::uint32_t record) { return feature.ranks->codes[rankedRow(record)]; };
-    const auto numRecords = static_cast<std::uint32_t>(tableRows.size());
-    if (lists.numCodes > kMaxNumBins) {
-        lists.sorted = sortByCode(numRecords, lists.numCodes, codeOf);
-        return lists;
-    }
-    lists.form = FeatureLists::Form::NUMBERS;
-    lists.codes.resize(numRecords);
-    lists.values.resize(std::size_t{lists.numCodes} + 1);
-    for (std::uint32_t record = 0; record < numRecords; ++record) {
-        lists.codes[record] = codeOf(record);
-        lists.values[lists.codes[record]] = feature.numbers[rankedRow(record)];
+    lists.form = FeatureLists::Form::CATEGORIES;
+    lists.numCodes = static_cast<std::uint32_t>(feature.numCategories);
+    lists.codes.resize(prepared.records.size);
+    for (std::uint32_t record = 0; record < prepared.records.size; ++record) {
+        const std::int32_t code = feature.codes[prepared.rowOf(record)];
+        lists.codes[record] = code < 0 ? lists.numCodes : static_cast<std::uint32_t>(code);
     }
     return lists;
 }
 
-void part(std::span<SortedRecord> range, const std::vector<std::uint8_t>& goesLeft, bool keepLeft,
-          bool keepRight, std::vector<SortedRecord>& scratch) {
+}  // namespace
+
+FeatureLists makeLists(const TrainingFeature& feature, const PreparedRecords& prepared, bool keepRanks) {
+    if (feature.isCategorical()) return listCategories(feature, prepared);
+    const auto numRecords = static_cast<std::uint32_t>(prepared.records.size);
+    const auto rowOf = [&](std::uint32_t record) { return feature.columnRow(prepared.rowOf(record)); };
+    const auto numberOf = [&](std::uint32_t record) { return feature.numbers[rowOf(record)]; };
+    FeatureLists lists;
+    if (keepRanks || feature.column->hasRankCodes()) {
+        const RankCodes& ranks = feature.column->rankCodes();
+        lists.sorted = sortByCode(numRecords, ranks.numDistinct,
+                                  [&](std::uint32_t record) { return ranks.codes[rowOf(record)]; });
+    } else {
+        lists.sorted = RecordSorter().sort(numRecords, numberOf);
+    }
+    for (const SortedRecord entry : lists.sorted) lists.numCodes += entry.startsValue();
+    if (lists.numCodes > kMaxNumBins) return lists;
+
+    lists.form = FeatureLists::Form::NUMBERS;
+    lists.codes.resize(numRecords);
+    for (const SortedRecord entry : lists.sorted) {
+        if (entry.startsValue() != 0) lists.values.push_back(numberOf(entry.record()));
+        lists.codes[entry.record()] =
+            lists.values.empty() ? lists.numCodes : static_cast<std::uint32_t>(lists.values.size() - 1);
+    }
+    lists.sorted = {};
+    return lists;
+}
+
+void part(std::span<SortedRecord> range, std::size_t numLeft, const std::vector<std::uint8_t>& goesLeft,
+          bool keepLeft, bool keepRight, std::vector<SortedRecord>& scratch) {
     if (!keepLeft && !keepRight) return;
     SortedRecord* const entries = range.data();
     const std::uint8_t* const goesLeftOf = goesLeft.data();
@@ -79,7 +88,8 @@ void part(std::span<SortedRecord> range, const std::vector<std::uint8_t>& goesLe
         return;
     }
     // A value that starts in the range starts on both sides, with the next entry that goes there.
-    if (scratch.size() < range.size() + 1) scratch.resize(range.size() + 1);
+    const std::size_t numRight = range.size() - numLeft;
+    if (scratch.size() < numRight + 1) scratch.resize(numRight + 1);
     SortedRecord* left = entries;
     SortedRecord* right = scratch.data();
     std::uint32_t startsLeft = 0, startsRight = 0;

@@ -4,6 +4,7 @@
 #include <span>
 #include <vector>
 
+#include "engine/dt/growth.h"
 #include "engine/dt/split_search.h"
 #include "engine/dt/training_data.h"
 
@@ -19,15 +20,18 @@ struct FeatureLists {
     std::uint32_t numCodes = 0;
     std::vector<double> values;  ///< NUMBERS: by code, of those that a record has
 
-    BinnedFeature binned() const { return {codes, numCodes}; }
+    std::size_t numBins() const { return form == Form::SORTED ? 0 : std::size_t{numCodes} + 1; }
+    BinnedFeature binned(const double* bins = nullptr) const { return {codes, numCodes, bins}; }
 };
 
-FeatureLists makeLists(const TrainingFeature& feature, std::span<const std::uint32_t> tableRows);
+/// @param keepRanks  whether a numeric column is to keep the ranks made of it.
+FeatureLists makeLists(const TrainingFeature& feature, const PreparedRecords& prepared, bool keepRanks);
 
 /// Moves the entries of a range that go left before the others; both keep their order, and the marks of their
 /// values are set anew.
+/// @param numLeft             how many go left
 /// @param keepLeft,keepRight  whether the entries of that side will be read again.
-void part(std::span<SortedRecord> range, const std::vector<std::uint8_t>& goesLeft, bool keepLeft,
-          bool keepRight, std::vector<SortedRecord>& scratch);
+void part(std::span<SortedRecord> range, std::size_t numLeft, const std::vector<std::uint8_t>& goesLeft,
+          bool keepLeft, bool keepRight, std::vector<SortedRecord>& scratch);
 
 }  // namespace Tessel::Engine::DT

@@ -4,6 +4,8 @@
 #include <atomic>
 #include <cmath>
 #include <exception>
+#include <limits>
+#include <memory>
 #include <queue>
 
 #include <omp.h>
@@ -27,6 +29,7 @@ struct OpenNode {
     std::uint32_t begin = 0, end = 0;
     int level = 0;
     std::uint64_t position = 0;  // names the way from the root; seeds the draw of features
+    std::shared_ptr<std::vector<double>> histograms = nullptr;  // of all features, see histogramBegins_
 };
 
 /// The best split of a node, with its children measured and the node's records parted.
@@ -87,14 +90,18 @@ class Grower {
     void growDepthFirst(Tree& tree, OpenNode root, Scratch& scratch, std::size_t deferBelow,
                         std::vector<OpenNode>* deferred);
 
+    void planHistograms();
+    bool wantsHistograms(std::size_t numRecords) const { return numRecords >= minNumRecordsOfHistograms_; }
+    void addToHistogram(std::size_t feature, const OpenNode& open, std::vector<double>& histograms) const;
+    void makeHistograms(const OpenNode& parent, OpenNode& smaller, OpenNode& larger, Scratch* own);
     bool isSplittable(const Node& node, int level) const;
     std::vector<std::int32_t> drawFeatures(std::uint64_t position) const;
-    Split findSplit(const Tree& tree, const OpenNode& open, Scratch* own);
+    Split findSplit(const Tree& tree, OpenNode& open, Scratch* own);
     Candidate searchFeature(std::size_t feature, const OpenNode& open, const Totals& totals,
                             Scratch& scratch) const;
     double valueOf(std::uint32_t codeOrPosition, std::int32_t feature, const OpenNode& open) const;
     std::uint32_t partRecords(const OpenNode& open, const Candidate& candidate, Scratch& scratch);
-    std::uint32_t partMembers(const OpenNode& open, std::vector<std::uint32_t>& scratch);
+    void partMembers(const OpenNode& open, std::uint32_t numLeft, std::vector<SortedRecord>& scratch);
     double gainOf(const Node& node, const double* classWeights, const Split& split) const;
     void applySplit(Tree& tree, const OpenNode& open, Split& split, Scratch* own, OpenNode children[2]);
 
@@ -104,12 +111,16 @@ class Grower {
     void forEachFeature(std::size_t n, std::size_t numRecords, Scratch* own, Work&& work);
 
     const TrainingData& data_;
-    const std::vector<std::uint32_t>& tableRows_;
+    const PreparedRecords& prepared_;
     const Records& records_;
     const Limits limits_;
     const std::size_t numClasses_;
     std::unique_ptr<SplitSearch> search_;
     std::vector<FeatureLists> features_;
+    // Histograms of a node are kept where subtracting them makes those of a child: where sums are exact. By
+    // feature where its bins begin; the last is the size of them all.
+    std::vector<std::size_t> histogramBegins_;
+    std::size_t minNumRecordsOfHistograms_ = std::numeric_limits<std::size_t>::max();
     std::vector<std::uint32_t> members_;  // the records of each node are a range, ascending
     std::vector<std::uint8_t> goesLeft_;  // by record, in the split found last for its node
     std::vector<Scratch> scratches_;      // by thread
@@ -117,7 +128,7 @@ class Grower {
 
 Grower::Grower(const TrainingData& data, const PreparedRecords& prepared, const Limits& limits)
     : data_(data),
-      tableRows_(prepared.tableRows),
+      prepared_(prepared),
       records_(prepared.records),
       limits_(limits),
       numClasses_(static_cast<std::size_t>(prepared.records.numClasses)),
@@ -128,8 +139,47 @@ Grower::Grower(const TrainingData& data, const PreparedRecords& prepared, const 
       scratches_(static_cast<std::size_t>(omp_in_parallel() ? 1 : omp_get_max_threads())) {
     for (std::uint32_t record = 0; record < members_.size(); ++record) members_[record] = record;
     forEachFeature(features_.size(), records_.size, nullptr, [&](std::size_t feature, Scratch&) {
-        features_[feature] = makeLists(data_.features[feature], tableRows_);
+        features_[feature] = makeLists(data_.features[feature], prepared_, data_.keepRanks);
     });
+    planHistograms();
+}
+
+void Grower::planHistograms() {
+    // So many records a bin that subtracting takes a small part of the time of adding up, and all histograms
+    // that are kept at once take less memory than the codes of the features.
+    constexpr std::size_t kMinRecordsPerBin = 16;
+    std::size_t numBinned = 0, numBins = 0;
+    for (const FeatureLists& lists : features_) {
+        histogramBegins_.push_back(numBins * records_.numSums());
+        if (lists.numBins() > 0) ++numBinned;
+        numBins += lists.numBins();
+    }
+    histogramBegins_.push_back(numBins * records_.numSums());
+    const bool areAllSearched =
+        static_cast<std::size_t>(std::max(1, limits_.numSelectedFeatures)) >= features_.size();
+    if (numBinned > 0 && areAllSearched && numClasses_ > 0 && records_.areExact())
+        minNumRecordsOfHistograms_ = kMinRecordsPerBin * (numBins / numBinned + 1) * records_.numSums() / 3;
+}
+
+void Grower::addToHistogram(std::size_t feature, const OpenNode& open,
+                            std::vector<double>& histograms) const {
+    if (features_[feature].numBins() == 0) return;
+    addToBins(records_, std::span(members_).subspan(open.begin, open.end - open.begin),
+              features_[feature].binned(), histograms.data() + histogramBegins_[feature]);
+}
+
+/// From the histograms of a node, which become those of its larger child.
+void Grower::makeHistograms(const OpenNode& parent, OpenNode& smaller, OpenNode& larger, Scratch* own) {
+    if (!parent.histograms || !wantsHistograms(larger.end - larger.begin)) return;
+    auto ofSmaller = std::make_shared<std::vector<double>>(parent.histograms->size(), 0.0);
+    larger.histograms = parent.histograms;
+    std::vector<double>& ofLarger = *larger.histograms;
+    forEachFeature(features_.size(), smaller.end - smaller.begin, own, [&](std::size_t feature, Scratch&) {
+        addToHistogram(feature, smaller, *ofSmaller);
+        for (std::size_t i = histogramBegins_[feature]; i < histogramBegins_[feature + 1]; ++i)
+            ofLarger[i] -= (*ofSmaller)[i];
+    });
+    if (wantsHistograms(smaller.end - smaller.begin)) smaller.histograms = std::move(ofSmaller);
 }
 
 template <class Work>
@@ -164,10 +214,10 @@ Tree Grower::grow() {
 
 void Grower::growBestFirst(Tree& tree, const OpenNode& root, std::int64_t maxNumSplits) {
     std::vector<PendingSplit> pending;
-    const auto consider = [&](const OpenNode& open) {
+    const auto consider = [&](OpenNode open) {
         Split split = findSplit(tree, open, nullptr);
         if (!split.exists()) return;
-        pending.push_back({open, std::move(split)});
+        pending.push_back({std::move(open), std::move(split)});
         std::push_heap(pending.begin(), pending.end(), LesserGain());
     };
     if (maxNumSplits > 0) consider(root);
@@ -217,10 +267,10 @@ void Grower::growDepthFirst(Tree& tree, OpenNode root, Scratch& scratch, std::si
     Scratch* const own = deferred ? nullptr : &scratch;
     std::vector<OpenNode> stack{root};
     while (!stack.empty()) {
-        const OpenNode open = stack.back();
+        OpenNode open = std::move(stack.back());
         stack.pop_back();
         if (deferred && open.end - open.begin < deferBelow) {
-            deferred->push_back(open);
+            deferred->push_back(std::move(open));
             continue;
         }
         Split split = findSplit(tree, open, own);
@@ -254,7 +304,7 @@ std::vector<std::int32_t> Grower::drawFeatures(std::uint64_t position) const {
     return features;
 }
 
-Split Grower::findSplit(const Tree& tree, const OpenNode& open, Scratch* own) {
+Split Grower::findSplit(const Tree& tree, OpenNode& open, Scratch* own) {
     const Node& node = tree.nodes[static_cast<std::size_t>(open.node)];
     const Totals totals{.numRecords = node.numRecords,
                         .weight = node.weight,
@@ -263,7 +313,11 @@ Split Grower::findSplit(const Tree& tree, const OpenNode& open, Scratch* own) {
     const std::vector<std::int32_t> features = drawFeatures(open.position);
     const std::size_t numRecords = open.end - open.begin;
     std::vector<Candidate> candidates(features.size());
+    const bool makesHistograms = !open.histograms && wantsHistograms(numRecords);
+    if (makesHistograms)
+        open.histograms = std::make_shared<std::vector<double>>(histogramBegins_.back(), 0.0);
     forEachFeature(features.size(), numRecords, own, [&](std::size_t i, Scratch& scratch) {
+        if (makesHistograms) addToHistogram(i, open, *open.histograms);
         candidates[i] = searchFeature(static_cast<std::size_t>(features[i]), open, totals, scratch);
         candidates[i].feature = features[i];
     });
@@ -290,9 +344,10 @@ Candidate Grower::searchFeature(std::size_t feature, const OpenNode& open, const
         return search_->searchSorted(std::span(lists.sorted).subspan(open.begin, numRecords), totals,
                                      scratch);
     const auto members = std::span(members_).subspan(open.begin, numRecords);
+    const double* bins = open.histograms ? open.histograms->data() + histogramBegins_[feature] : nullptr;
     return lists.form == FeatureLists::Form::NUMBERS
-               ? search_->searchNumbers(members, lists.binned(), totals, scratch)
-               : search_->searchCategories(members, lists.binned(), totals, scratch);
+               ? search_->searchNumbers(members, lists.binned(bins), totals, scratch)
+               : search_->searchCategories(members, lists.binned(bins), totals, scratch);
 }
 
 /// One of the two values between which a candidate splits; 0 rather than -0.
@@ -301,15 +356,16 @@ double Grower::valueOf(std::uint32_t codeOrPosition, std::int32_t feature, const
     if (lists.form == FeatureLists::Form::NUMBERS) return lists.values[codeOrPosition] + 0.0;
     const TrainingFeature& cells = data_.features[static_cast<std::size_t>(feature)];
     const std::uint32_t record = lists.sorted[open.begin + codeOrPosition].record();
-    return cells.numbers[cells.rankedRow(tableRows_[record])] + 0.0;
+    return cells.numbers[cells.columnRow(prepared_.rowOf(record))] + 0.0;
 }
 
 /// Marks the side of each record of the node and parts its range of members; returns where the right begins.
 std::uint32_t Grower::partRecords(const OpenNode& open, const Candidate& candidate, Scratch& scratch) {
     const FeatureLists& lists = features_[static_cast<std::size_t>(candidate.feature)];
+    std::uint32_t numLeft = candidate.lower + 1;  // of a sorted list
     if (lists.form == FeatureLists::Form::SORTED) {
         for (std::uint32_t i = open.begin; i < open.end; ++i)
-            goesLeft_[lists.sorted[i].record()] = i <= open.begin + candidate.lower;
+            goesLeft_[lists.sorted[i].record()] = i < open.begin + numLeft;
     } else {
         std::vector<std::uint8_t> codeGoesLeft(std::size_t{lists.numCodes} + 1, 0);
         codeGoesLeft[lists.numCodes] = 1;
@@ -317,26 +373,31 @@ std::uint32_t Grower::partRecords(const OpenNode& open, const Candidate& candida
             std::fill_n(codeGoesLeft.begin(), candidate.lower + 1, std::uint8_t{1});
         for (const std::int32_t category : candidate.leftCategories)
             codeGoesLeft[static_cast<std::size_t>(category)] = 1;
-        for (std::uint32_t i = open.begin; i < open.end; ++i)
-            goesLeft_[members_[i]] = codeGoesLeft[lists.codes[members_[i]]];
+        numLeft = 0;
+        for (std::uint32_t i = open.begin; i < open.end; ++i) {
+            const std::uint8_t isLeft = codeGoesLeft[lists.codes[members_[i]]];
+            goesLeft_[members_[i]] = isLeft;
+            numLeft += isLeft;
+        }
     }
-    return open.begin + partMembers(open, scratch.movedMembers);
+    partMembers(open, numLeft, scratch.moved);
+    return open.begin + numLeft;
 }
 
-/// Both sides keep their order. Returns the size of the left one.
-std::uint32_t Grower::partMembers(const OpenNode& open, std::vector<std::uint32_t>& scratch) {
-    const std::uint32_t numRecords = open.end - open.begin;
-    if (scratch.size() < numRecords + 1) scratch.resize(numRecords + 1);
-    std::uint32_t* const members = members_.data() + open.begin;
-    std::uint32_t numLeft = 0, numRight = 0;
-    for (std::uint32_t i = 0; i < numRecords; ++i) {
-        const std::uint32_t member = members[i], isLeft = goesLeft_[member];
-        members[numLeft] = scratch[numRight] = member;
-        numLeft += isLeft;
-        numRight += 1 - isLeft;
+/// Both sides keep their order.
+void Grower::partMembers(const OpenNode& open, std::uint32_t numLeft, std::vector<SortedRecord>& scratch) {
+    const std::uint32_t numRight = open.end - open.begin - numLeft;
+    if (scratch.size() < numRight + 1) scratch.resize(numRight + 1);
+    std::uint32_t* left = members_.data() + open.begin;
+    SortedRecord* right = scratch.data();
+    for (std::uint32_t i = open.begin; i < open.end; ++i) {
+        const std::uint32_t member = members_[i], isLeft = goesLeft_[member];
+        *left = member;
+        *right = {member, 0};
+        left += isLeft;
+        right += 1 - isLeft;
     }
-    std::copy_n(scratch.data(), numRight, members + numLeft);
-    return numLeft;
+    for (std::uint32_t i = 0; i < numRight; ++i) left[i] = scratch[i].record();
 }
 
 /// Of classes by the differences of their shares, which are exact zeros where the sides are alike.
@@ -380,12 +441,15 @@ void Grower::applySplit(Tree& tree, const OpenNode& open, Split& split, Scratch*
     const bool keepLeft = isSplittable(split.left, open.level + 1);
     const bool keepRight = isSplittable(split.right, open.level + 1);
     if (!keepLeft && !keepRight) return;
+    const bool isLeftSmaller = split.middle - open.begin < open.end - split.middle;
+    if (isLeftSmaller ? keepRight : keepLeft)
+        makeHistograms(open, children[isLeftSmaller ? 0 : 1], children[isLeftSmaller ? 1 : 0], own);
     const std::size_t numRecords = open.end - open.begin;
     forEachFeature(features_.size(), numRecords, own, [&](std::size_t feature, Scratch& scratch) {
         FeatureLists& lists = features_[feature];
         if (lists.form != FeatureLists::Form::SORTED || &lists == &splitLists) return;
-        part(std::span(lists.sorted).subspan(open.begin, numRecords), goesLeft_, keepLeft, keepRight,
-             scratch.moved);
+        part(std::span(lists.sorted).subspan(open.begin, numRecords), split.middle - open.begin, goesLeft_,
+             keepLeft, keepRight, scratch.moved);
     });
 }
 

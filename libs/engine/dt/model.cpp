@@ -1,6 +1,7 @@
 #include "engine/dt/model.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include <tessel/data/errors.h>
 
@@ -138,6 +139,9 @@ std::vector<double> Model::featureImportance() const {
         const auto left = static_cast<std::size_t>(tree_.nodes[i].left);
         isThere[left] = isThere[left + 1] = 1;
     }
+    const int exponent = tree_.weightExponent + 2 * tree_.targetExponent;
+    if (exponent != 0)
+        for (double& gain : importance) gain = std::ldexp(gain, exponent);
     return importance;
 }
 

@@ -119,7 +119,8 @@ class Model {
     /// Error as the tree grew: of the root alone, then after each split in the order of greatest gain first.
     /// Rate of misclassified weight, or mean squared error, of the training records.
     const std::vector<double>& trainingLog() const { return trainingLog_; }
-    /// The pruned trees, the tree as grown first; empty before `prune`.
+    /// The pruned trees, the tree as grown first; empty before `prune`. Errors of theirs and the standard
+    /// error are in units of 4^targetExponent of the tree.
     const std::vector<PruningStep>& pruningSteps() const { return pruning_.steps; }
     /// Standard error of the least validation error; 0 before `prune`.
     double standardError() const { return standardError_; }
@@ -136,6 +137,7 @@ class Model {
     virtual std::int32_t labelOf(std::int32_t node) const;
 
     void adopt(Tree tree, std::size_t numFeatures);
+    const Scorer& scorer() const { return scorer_; }
     void checkCells(std::span<const Cells> features, std::size_t numRecords) const;
     /// The sequence of pruned trees judged by the validation error that each node would have as a leaf.
     PruningSequence judge(const std::vector<double>& leafErrors, double total) const;

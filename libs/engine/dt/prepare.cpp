@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include <tessel/data/errors.h>
 
@@ -39,8 +41,7 @@ void checkFeatures(const TrainingData& data) {
     const auto numRows = static_cast<std::size_t>(data.numRows);
     for (const TrainingFeature& feature : data.features) {
         if (!feature.isCategorical()) {
-            requireLength(numRows,
-                          feature.selection ? feature.selection->size() : feature.ranks->codes.size());
+            requireLength(numRows, feature.selection ? feature.selection->size() : feature.numbers.size());
             continue;
         }
         requireLength(numRows, feature.codes.size());
@@ -66,19 +67,33 @@ PreparedRecords prepareRecords(const TrainingData& data, std::size_t numTargets)
     const std::vector<std::uint32_t> counts = countRecords(data);
     PreparedRecords prepared;
     bool isUnit = true;
+    std::size_t numRecords = 0;
+    double largestWeight = 0.0;
+    const auto weightOf = [&](std::uint32_t row) { return data.weights.empty() ? 1.0 : data.weights[row]; };
     for (std::uint32_t row = 0; row < counts.size(); ++row) {
-        const double weight = data.weights.empty() ? 1.0 : data.weights[row];
-        if (counts[row] == 0 || weight == 0.0) continue;
-        prepared.tableRows.push_back(row);
-        isUnit = isUnit && counts[row] == 1 && weight == 1.0;
+        if (counts[row] == 0 || weightOf(row) == 0.0) continue;
+        ++numRecords;
+        largestWeight = std::max(largestWeight, weightOf(row));
+        isUnit = isUnit && counts[row] == 1 && weightOf(row) == 1.0;
     }
-    if (prepared.tableRows.empty()) throw TooFewNumRows(0);
+    if (numRecords == 0) throw TooFewNumRows(0);
+    if (numRecords < numRows) {
+        prepared.tableRows.reserve(numRecords);
+        for (std::uint32_t row = 0; row < counts.size(); ++row)
+            if (counts[row] != 0 && weightOf(row) != 0.0) prepared.tableRows.push_back(row);
+    }
     Records& records = prepared.records;
-    records.size = prepared.tableRows.size();
+    records.size = numRecords;
     if (isUnit) return prepared;
-    for (const std::uint32_t row : prepared.tableRows) {
+    prepared.weightExponent = scaleExponent(largestWeight);
+    records.counts.reserve(records.size);
+    records.weights.reserve(records.size);
+    for (std::uint32_t record = 0; record < records.size; ++record) {
+        const std::uint32_t row = prepared.rowOf(record);
         records.counts.push_back(counts[row]);
-        records.weights.push_back((data.weights.empty() ? 1.0 : data.weights[row]) * counts[row]);
+        // What is so much less than the largest weight that it would vanish stays above 0.
+        const double weight = std::ldexp(weightOf(row), -prepared.weightExponent);
+        records.weights.push_back(std::max(weight, std::numeric_limits<double>::min()) * counts[row]);
     }
     return prepared;
 }

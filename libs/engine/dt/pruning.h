@@ -21,7 +21,8 @@ struct PruningStep {
 /// The sequence for a tree. Step 0 is the tree as grown; each further step cuts at all nodes whose link is
 /// weakest, the first where the error does not grow at all if there are such; the last is the root alone.
 ///
-/// Errors and complexities are per unit of weight of the root: error rates, mean squared errors.
+/// Errors and complexities are per unit of weight of the root: error rates, mean squared errors, the latter
+/// in units of 4^targetExponent of the tree.
 struct PruningSequence {
     std::vector<PruningStep> steps;
     /// By node, from which step on the tree ends there, if it does not end above: 0 in the leaves of the

@@ -1,6 +1,8 @@
 #include "engine/dt/records.h"
 
 #include <algorithm>
+#include <cmath>
+#include <cstdlib>
 
 namespace Tessel::Engine::DT {
 
@@ -48,6 +50,24 @@ void summarizeTargets(const Records& records, std::span<const std::uint32_t> mem
 }
 
 }  // namespace
+
+void Records::checkExactness() {
+    constexpr double kMaxSum = 67108864.0;  // 2^26: squares have 52 bits
+    double sum = 0.0;
+    areExact_ = true;
+    for (const double weight : weights) {
+        sum += weight;
+        areExact_ = areExact_ && weight == std::floor(weight);
+    }
+    areExact_ = areExact_ && sum <= kMaxSum;
+}
+
+int scaleExponent(double largest) {
+    constexpr int kMaxUnscaled = 100;
+    if (!(largest > 0.0)) return 0;
+    const int exponent = std::ilogb(largest);
+    return std::abs(exponent) <= kMaxUnscaled ? 0 : exponent;
+}
 
 void summarize(const Records& records, std::span<const std::uint32_t> members, Node& node,
                double* classWeights) {

@@ -22,9 +22,23 @@ struct Records {
     std::vector<std::uint32_t> counts;  ///< repetitions
 
     bool isUnit() const { return weights.empty(); }
+    /// Numbers in a bin, see below.
+    std::size_t numSums() const { return numClasses > 0 ? static_cast<std::size_t>(numClasses) + 1 : 3; }
+    /// Whether the weights are whole numbers whose sums, and squares of sums, are exact in any order. Sums of
+    /// a node may then be subtracted and moved along instead of added up afresh.
+    bool areExact() const { return areExact_; }
+    /// To be called when the weights are set.
+    void checkExactness();
     double weight(std::uint32_t record) const { return isUnit() ? 1.0 : weights[record]; }
     std::uint32_t count(std::uint32_t record) const { return isUnit() ? 1 : counts[record]; }
+
+ private:
+    bool areExact_ = true;
 };
+
+/// The exponent of the power of two to divide numbers by when products of some of them could leave the range
+/// of double; 0 where they will not, which is nearly always. See Tree.
+int scaleExponent(double largest);
 
 /// Sums of the records of a node, as the search for its split needs them.
 struct Totals {
@@ -50,7 +64,7 @@ void summarizeChildren(const Records& records, std::span<const std::uint32_t> le
 // node compare exactly where sums are exact, above all for records of weight 1: a split and its mirror, or
 // the same split by another feature, then have the same score to the last bit.
 //
-// A bin is numSums(records) numbers: the count of records, then the weights by class; in regression the
+// A bin is numSums() numbers: the count of records, then the weights by class; in regression the
 // count, the weight, and the weighted sum of deviations from the mean of the node.
 //
 // A score is below 0 where a side weighs nothing within rounding.
@@ -113,12 +127,13 @@ class ManyClassSide {
     /// @param scratch  room for a number per class
     ManyClassSide(const Records& records, const Totals& totals, double* scratch)
         : records_(records),
+          areExact_(records.areExact()),
           numClasses_(static_cast<std::size_t>(records.numClasses)),
           totalWeight_(static_cast<Sum>(totals.weight)),
           total_(totals.classWeights),
           left_(scratch) {
         for (std::size_t k = 0; k < numClasses_; ++k) left_[k] = 0.0;
-        if constexpr (Unit)
+        if (Unit || areExact_)
             for (std::size_t k = 0; k < numClasses_; ++k)
                 rightSquares_ += static_cast<Sum>(total_[k]) * static_cast<Sum>(total_[k]);
     }
@@ -131,7 +146,7 @@ class ManyClassSide {
         } else {
             numRecords_ += records_.counts[record];
             weight_ += records_.weights[record];
-            left_[k] += records_.weights[record];
+            moveOrAdd(k, records_.weights[record]);
         }
     }
     void addBin(const double* bin, double sign = 1.0) {
@@ -139,10 +154,7 @@ class ManyClassSide {
         for (std::size_t k = 0; k < numClasses_; ++k) {
             const Sum weight = static_cast<Sum>(sign * bin[1 + k]);
             weight_ += weight;
-            if constexpr (Unit)
-                move(k, weight);
-            else
-                left_[k] += weight;
+            moveOrAdd(k, weight);
         }
     }
     static void addTo(double* bin, const Records& records, const Totals&, std::uint32_t record) {
@@ -153,7 +165,7 @@ class ManyClassSide {
         const auto left = static_cast<double>(weight_), right = static_cast<double>(totalWeight_ - weight_);
         if (!Unit && !(left * right > 0.0)) return -1.0;
         double leftSquares = 0.0, rightSquares = 0.0;
-        if constexpr (Unit) {
+        if (Unit || areExact_) {
             leftSquares = static_cast<double>(leftSquares_);
             rightSquares = static_cast<double>(rightSquares_);
         } else {  // afresh each time: running sums of squares would lose the digits that decide ties
@@ -167,6 +179,12 @@ class ManyClassSide {
     std::int64_t numRecords() const { return Unit ? static_cast<std::int64_t>(weight_) : numRecords_; }
 
  private:
+    void moveOrAdd(std::size_t k, Sum weight) {
+        if (Unit || areExact_)
+            move(k, weight);
+        else
+            left_[k] += static_cast<double>(weight);
+    }
     /// Sums of squares when `weight` of class k goes to the left: (l + w)^2 = l^2 + w (2 l + w).
     void move(std::size_t k, Sum weight) {
         const auto left = static_cast<Sum>(left_[k]), right = static_cast<Sum>(total_[k]) - left;
@@ -176,6 +194,7 @@ class ManyClassSide {
     }
 
     const Records& records_;
+    const bool areExact_;
     const std::size_t numClasses_;
     const Sum totalWeight_;
     const double* total_;

@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include <tessel/data/errors.h>
 
@@ -33,9 +35,22 @@ void requireFinite(std::span<const double> targets) {
 void RegressionModel::fit(const TrainingData& data, std::span<const double> targets) {
     requireFinite(targets);
     PreparedRecords prepared = prepareRecords(data, targets.size());
-    prepared.records.targets.reserve(prepared.tableRows.size());
-    for (const std::uint32_t row : prepared.tableRows) prepared.records.targets.push_back(targets[row]);
-    adopt(grow(data, prepared, limits_), data.features.size());
+    std::vector<double>& used = prepared.records.targets;
+    used.reserve(prepared.records.size);
+    double largest = 0.0;
+    for (std::uint32_t record = 0; record < prepared.records.size; ++record) {
+        used.push_back(targets[prepared.rowOf(record)]);
+        largest = std::max(largest, std::abs(used.back()));
+    }
+    const int exponent = scaleExponent(largest);
+    if (exponent != 0)
+        for (double& target : used) target = std::ldexp(target, -exponent);
+    Tree tree = grow(data, prepared, limits_);
+    tree.weightExponent = prepared.weightExponent;
+    tree.targetExponent = exponent;
+    if (exponent != 0)
+        for (Node& node : tree.nodes) node.response = std::ldexp(node.response, exponent);
+    adopt(std::move(tree), data.features.size());
 }
 
 void RegressionModel::prune(std::span<const Cells> features, std::span<const double> targets) {
@@ -43,17 +58,18 @@ void RegressionModel::prune(std::span<const Cells> features, std::span<const dou
     requireFinite(targets);
     checkCells(features, targets.size());
     const Tree& grown = tree();
+    const auto scaled = [&](double value) { return std::ldexp(value, -grown.targetExponent); };
     std::vector<std::int32_t> leaves(targets.size());
     Scorer(grown, {}).findLeaves(features, leaves);
     std::vector<Moments> moments(grown.nodes.size());
     for (std::size_t i = 0; i < targets.size(); ++i)
-        moments[static_cast<std::size_t>(leaves[i])].add({1.0, targets[i], 0.0});
+        moments[static_cast<std::size_t>(leaves[i])].add({1.0, scaled(targets[i]), 0.0});
     for (std::size_t node = moments.size(); node-- > 1;)
         moments[static_cast<std::size_t>(grown.nodes[node].parent)].add(moments[node]);
     std::vector<double> errors(moments.size());
     std::vector<std::int64_t> numRecords(moments.size());
     for (std::size_t node = 0; node < moments.size(); ++node) {
-        errors[node] = moments[node].squaresAbout(grown.nodes[node].response);
+        errors[node] = moments[node].squaresAbout(scaled(grown.nodes[node].response));
         numRecords[node] = static_cast<std::int64_t>(moments[node].count);
     }
     const auto count = static_cast<double>(targets.size());
@@ -64,7 +80,8 @@ void RegressionModel::prune(std::span<const Cells> features, std::span<const dou
         .findLeaves(features, leaves);
     Moments squaredErrors;
     for (std::size_t i = 0; i < targets.size(); ++i) {
-        const double error = targets[i] - grown.nodes[static_cast<std::size_t>(leaves[i])].response;
+        const double error =
+            scaled(targets[i]) - scaled(grown.nodes[static_cast<std::size_t>(leaves[i])].response);
         squaredErrors.add({1.0, error * error, 0.0});
     }
     adoptPruning(std::move(sequence), std::sqrt(squaredErrors.squares / count / count),
@@ -81,7 +98,9 @@ std::vector<double> RegressionModel::predict(std::span<const Cells> features, st
 
 std::vector<RegressionModel::Cost> RegressionModel::complexityLog() const {
     std::vector<Cost> log;
-    for (const PruningStep& step : pruningSteps()) log.push_back({step.complexity, step.validationError});
+    const int exponent = 2 * tree().targetExponent;
+    for (const PruningStep& step : pruningSteps())
+        log.push_back({std::ldexp(step.complexity, exponent), std::ldexp(step.validationError, exponent)});
     return log;
 }
 

@@ -57,9 +57,10 @@ bool Scorer::goesRight(const PackedSet& set, std::int32_t code) const {
     return (words_[set.firstWord + static_cast<std::size_t>(code) / 64] >> (code % 64) & 1) == 0;
 }
 
-/// Takes `Width` neighbouring records down to their leaves, a level at a time.
+/// Takes `Width` neighbouring records down to their leaves, a level at a time, and tells what stands there.
 template <bool HasSets, std::size_t Width>
-void Scorer::descend(std::span<const Cells> features, std::size_t first, std::int32_t* leaves) const {
+void Scorer::descend(std::span<const Cells> features, std::size_t first, const std::int32_t* byNode,
+                     std::int32_t* answers) const {
     const PackedNode* const nodes = nodes_.data();
     std::int32_t at[Width] = {};
     for (bool isMoving = true; isMoving;) {
@@ -81,50 +82,55 @@ void Scorer::descend(std::span<const Cells> features, std::size_t first, std::in
         }
         isMoving = moves != 0;
     }
-    for (std::size_t i = 0; i < Width; ++i) leaves[i] = treeNodes_[static_cast<std::size_t>(at[i])];
+    for (std::size_t i = 0; i < Width; ++i) answers[i] = byNode[at[i]];
 }
 
 template <bool HasSets>
-void Scorer::findRange(std::span<const Cells> features, std::size_t first,
-                       std::span<std::int32_t> leaves) const {
+void Scorer::findRange(std::span<const Cells> features, std::size_t first, const std::int32_t* byNode,
+                       std::span<std::int32_t> answers) const {
     constexpr std::size_t kWidth = 16, kAhead = 64;
     std::size_t i = 0;
-    for (; i + kWidth <= leaves.size(); i += kWidth) {
+    for (; i + kWidth <= answers.size(); i += kWidth) {
         // More columns than the processor follows by itself.
-        if (i + kAhead + kWidth <= leaves.size())
+        if (i + kAhead + kWidth <= answers.size())
             for (const std::int32_t feature : numericFeatures_) {
                 const double* const ahead =
                     features[static_cast<std::size_t>(feature)].numbers.data() + first + i + kAhead;
                 __builtin_prefetch(ahead);
                 __builtin_prefetch(ahead + kWidth / 2);
             }
-        descend<HasSets, kWidth>(features, first + i, leaves.data() + i);
+        descend<HasSets, kWidth>(features, first + i, byNode, answers.data() + i);
     }
-    for (; i < leaves.size(); ++i) descend<HasSets, 1>(features, first + i, leaves.data() + i);
+    for (; i < answers.size(); ++i) descend<HasSets, 1>(features, first + i, byNode, answers.data() + i);
 }
 
 void Scorer::findLeaves(std::span<const Cells> features, std::span<std::int32_t> leaves) const {
+    find(features, treeNodes_.data(), leaves);
+}
+
+void Scorer::find(std::span<const Cells> features, const std::int32_t* byNode,
+                  std::span<std::int32_t> answers) const {
     if (nodes_.size() == 1) {
-        std::fill(leaves.begin(), leaves.end(), treeNodes_.front());
+        std::fill(answers.begin(), answers.end(), byNode[0]);
         return;
     }
     constexpr std::size_t kChunk = 4096;
-    const std::size_t numChunks = (leaves.size() + kChunk - 1) / kChunk;
+    const std::size_t numChunks = (answers.size() + kChunk - 1) / kChunk;
 #pragma omp parallel for schedule(dynamic) if (numChunks > 4)
     for (std::size_t chunk = 0; chunk < numChunks; ++chunk) {
         const std::size_t first = chunk * kChunk;
-        const auto range = leaves.subspan(first, std::min(kChunk, leaves.size() - first));
+        const auto range = answers.subspan(first, std::min(kChunk, answers.size() - first));
         if (sets_.empty())
-            findRange<false>(features, first, range);
+            findRange<false>(features, first, byNode, range);
         else
-            findRange<true>(features, first, range);
+            findRange<true>(features, first, byNode, range);
     }
 }
 
 std::int32_t Scorer::findLeaf(std::span<const Cells> features, std::size_t record) const {
     if (nodes_.size() == 1) return treeNodes_.front();
     std::int32_t leaf = 0;
-    descend<true, 1>(features, record, &leaf);
+    descend<true, 1>(features, record, treeNodes_.data(), &leaf);
     return leaf;
 }
 

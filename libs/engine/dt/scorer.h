@@ -23,6 +23,20 @@ class Scorer {
     /// Node of the tree where each record ends, into `leaves`. O(levels) a record, by all threads when there
     /// are many. @pre cells of each feature that the tree asks for, as many as `leaves`.
     void findLeaves(std::span<const Cells> features, std::span<std::int32_t> leaves) const;
+    /// The same, but tells of each record `answerOf(node)`.
+    template <class AnswerOf>
+    void findAnswers(std::span<const Cells> features, AnswerOf answerOf,
+                     std::span<std::int32_t> answers) const {
+        if (answers.size() < treeNodes_.size()) {
+            findLeaves(features, answers);
+            for (std::int32_t& answer : answers) answer = answerOf(answer);
+            return;
+        }
+        std::vector<std::int32_t> byNode;
+        byNode.reserve(treeNodes_.size());
+        for (const std::int32_t node : treeNodes_) byNode.push_back(answerOf(node));
+        find(features, byNode.data(), answers);
+    }
     std::int32_t findLeaf(std::span<const Cells> features, std::size_t record) const;
 
  private:
@@ -38,9 +52,13 @@ class Scorer {
     };
 
     template <bool HasSets, std::size_t Width>
-    void descend(std::span<const Cells> features, std::size_t first, std::int32_t* leaves) const;
+    void descend(std::span<const Cells> features, std::size_t first, const std::int32_t* byNode,
+                 std::int32_t* answers) const;
     template <bool HasSets>
-    void findRange(std::span<const Cells> features, std::size_t first, std::span<std::int32_t> leaves) const;
+    void findRange(std::span<const Cells> features, std::size_t first, const std::int32_t* byNode,
+                   std::span<std::int32_t> answers) const;
+    void find(std::span<const Cells> features, const std::int32_t* byNode,
+              std::span<std::int32_t> answers) const;
     bool goesRight(const PackedSet& set, std::int32_t code) const;
 
     std::vector<PackedNode> nodes_;

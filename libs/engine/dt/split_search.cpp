@@ -8,21 +8,25 @@ namespace Tessel::Engine::DT {
 
 namespace {
 
-/// The histogram of the members of a node over the codes of a feature, in the memory of a thread; given back
-/// all zero.
+/// The histogram of the members of a node over the codes of a feature: one that is known, or made in the
+/// memory of a thread, which is given back all zero.
 template <class Side>
 class Histogram {
  public:
     Histogram(const Records& records, std::span<const std::uint32_t> members, const BinnedFeature& feature,
               const Totals& totals, Scratch& scratch)
-        : numSums_(records.numClasses > 0 ? static_cast<std::size_t>(records.numClasses) + 1 : 3),
-          numCodes_(feature.numCodes),
-          scratch_(scratch) {
+        : numSums_(records.numSums()), numCodes_(feature.numCodes), scratch_(scratch), bins_(feature.bins) {
         const std::size_t numBins = std::size_t{numCodes_} + 1;
-        if (scratch.bins.size() < numBins * numSums_) scratch.bins.resize(numBins * numSums_, 0.0);
         if (scratch.present.size() < numBins / 64 + 1) scratch.present.resize(numBins / 64 + 1, 0);
-        double* bins = scratch.bins.data();
         std::uint64_t* present = scratch.present.data();
+        if (bins_) {
+            for (std::size_t code = 0; code < numBins; ++code)
+                present[code / 64] |= std::uint64_t{bin(code)[0] > 0.0} << (code % 64);
+            return;
+        }
+        if (scratch.bins.size() < numBins * numSums_) scratch.bins.resize(numBins * numSums_, 0.0);
+        double* const bins = scratch.bins.data();
+        bins_ = bins;
         for (const std::uint32_t member : members) {
             const std::uint32_t code = feature.codes[member];
             Side::addTo(bins + code * numSums_, records, totals, member);
@@ -30,14 +34,16 @@ class Histogram {
         }
     }
     ~Histogram() {
-        forEachCode([&](std::uint32_t code) { std::fill_n(mutableBin(code), numSums_, 0.0); });
-        if (hasMissing()) std::fill_n(mutableBin(numCodes_), numSums_, 0.0);
+        if (bins_ == scratch_.bins.data()) {
+            forEachCode([&](std::uint32_t code) { clear(code); });
+            if (hasMissing()) clear(numCodes_);
+        }
         std::fill_n(scratch_.present.begin(), numCodes_ / 64 + 1, 0);
     }
     Histogram(const Histogram&) = delete;
     Histogram& operator=(const Histogram&) = delete;
 
-    const double* bin(std::size_t code) const { return scratch_.bins.data() + code * numSums_; }
+    const double* bin(std::size_t code) const { return bins_ + code * numSums_; }
     bool hasMissing() const { return (scratch_.present[numCodes_ / 64] >> (numCodes_ % 64) & 1) != 0; }
     const double* missing() const { return bin(numCodes_); }
 
@@ -52,11 +58,12 @@ class Histogram {
     }
 
  private:
-    double* mutableBin(std::size_t code) { return scratch_.bins.data() + code * numSums_; }
+    void clear(std::size_t code) { std::fill_n(scratch_.bins.data() + code * numSums_, numSums_, 0.0); }
 
     const std::size_t numSums_;
     const std::uint32_t numCodes_;
     Scratch& scratch_;
+    const double* bins_;
 };
 
 template <class Side, bool Unit>
@@ -135,8 +142,8 @@ class SplitSearchOf final : public SplitSearch {
         } else {
             if (scratch.categories.size() <= kMaxCategoriesTriedExhaustively)
                 return searchSubsets(histogram, totals, scratch);
-            principalOrder(scratch.bins, static_cast<std::size_t>(records_.numClasses), scratch.categories,
-                           scratch.order);
+            principalOrder(histogram.bin(0), static_cast<std::size_t>(records_.numClasses),
+                           scratch.categories, scratch.order);
         }
         return searchOrdered(histogram, totals, scratch);
     }
@@ -245,10 +252,20 @@ std::unique_ptr<SplitSearch> SplitSearch::make(const Records& records, std::int6
                             : makeOf<false>(records, minNumRecordsInLeaves);
 }
 
-void principalOrder(std::span<const double> bins, std::size_t numClasses,
-                    std::span<const std::int32_t> categories, std::vector<double>& scores) {
+void addToBins(const Records& records, std::span<const std::uint32_t> members, const BinnedFeature& feature,
+               double* bins) {
+    const std::size_t numSums = records.numSums();
+    for (const std::uint32_t member : members) {
+        double* const bin = bins + feature.codes[member] * numSums;
+        bin[0] += records.count(member);
+        bin[1 + records.classes[member]] += records.weight(member);
+    }
+}
+
+void principalOrder(const double* bins, std::size_t numClasses, std::span<const std::int32_t> categories,
+                    std::vector<double>& scores) {
     const auto classWeights = [&](std::int32_t category) {
-        return bins.data() + static_cast<std::size_t>(category) * (numClasses + 1) + 1;
+        return bins + static_cast<std::size_t>(category) * (numClasses + 1) + 1;
     };
     // Deviations of the class proportions from those of the node, one row a category.
     std::vector<double> weights, deviations, mean(numClasses, 0.0);

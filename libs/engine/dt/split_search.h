@@ -5,28 +5,12 @@
 #include <span>
 #include <vector>
 
-#include "data/column_cells.h"
+#include "data/sorted_records.h"
 #include "engine/dt/records.h"
 
 // The search for the best split of a node by one feature.
 
 namespace Tessel::Engine::DT {
-
-/// A record in the list of a feature, which is sorted by value, missing ones first. Whether it is the first
-/// of its value in the list of its node takes one bit: a list begins with missing records up to the first
-/// such mark, and neighbours have different values where the latter has the mark.
-class SortedRecord {
- public:
-    SortedRecord() = default;
-    /// @pre record < 2^31
-    SortedRecord(std::uint32_t record, std::uint32_t startsValue) : bits_(record << 1 | startsValue) {}
-
-    std::uint32_t record() const { return bits_ >> 1; }
-    std::uint32_t startsValue() const { return bits_ & 1; }  ///< 0 or 1
-
- private:
-    std::uint32_t bits_;
-};
 
 /// Above this number of categories present in a node the subsets of three and more classes are not all tried.
 inline constexpr std::size_t kMaxCategoriesTriedExhaustively = 10;
@@ -46,7 +30,6 @@ struct Candidate {
 /// Working memory of one thread; `bins` and `present` are all zero between uses.
 struct Scratch {
     std::vector<SortedRecord> moved;
-    std::vector<std::uint32_t> movedMembers;
     std::vector<double> bins;
     std::vector<std::uint64_t> present;  // a bit per code met
     std::vector<double> classSums;
@@ -58,7 +41,15 @@ struct Scratch {
 struct BinnedFeature {
     std::span<const std::uint32_t> codes;  ///< by record; `numCodes` when missing
     std::uint32_t numCodes = 0;
+    /// The histogram of the node where it is known: by code a bin of `Records::numSums()` numbers, the last
+    /// for missing cells. Null: it is made from the members of the node.
+    const double* bins = nullptr;
 };
+
+/// Adds the members of a node to the bins of a feature. Classification only: bins of other kinds depend on
+/// the mean of the node.
+void addToBins(const Records& records, std::span<const std::uint32_t> members, const BinnedFeature& feature,
+               double* bins);
 
 class SplitSearch {
  public:
@@ -78,7 +69,7 @@ class SplitSearch {
 /// Discovery 3, 1999).
 /// @param bins    by category: count of records, then the weights of the classes.
 /// @param scores  receives the coordinate of each listed category on the component.
-void principalOrder(std::span<const double> bins, std::size_t numClasses,
-                    std::span<const std::int32_t> categories, std::vector<double>& scores);
+void principalOrder(const double* bins, std::size_t numClasses, std::span<const std::int32_t> categories,
+                    std::vector<double>& scores);
 
 }  // namespace Tessel::Engine::DT

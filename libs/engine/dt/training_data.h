@@ -10,22 +10,22 @@ namespace Tessel::Engine::DT {
 
 /// A feature to train on: numbers with their ranks, or categories by their codes.
 struct TrainingFeature {
-    /// A numeric feature; `selection` lists the rows of the ranked column that make the table, null for all.
+    /// A numeric feature; `selection` lists the rows of the column that make the table, null for all.
     static TrainingFeature numeric(const ColumnCells& column, const RowIndexes* selection = nullptr) {
-        return {.ranks = &column.rankCodes(), .numbers = column.numbers(), .selection = selection};
+        return {.column = &column, .numbers = column.numbers(), .selection = selection};
     }
     /// A categorical feature: codes 0 .. numCategories - 1, or -1 when missing.
     static TrainingFeature categorical(std::span<const std::int32_t> codes, std::int32_t numCategories) {
         return {.codes = codes, .numCategories = numCategories};
     }
 
-    bool isCategorical() const { return ranks == nullptr; }
-    /// Where the ranked column has a row of the table.
-    std::size_t rankedRow(std::uint32_t row) const {
+    bool isCategorical() const { return column == nullptr; }
+    /// Where the column has a row of the table.
+    std::size_t columnRow(std::uint32_t row) const {
         return selection ? static_cast<std::size_t>((*selection)[row]) : row;
     }
 
-    const RankCodes* ranks = nullptr;
+    const ColumnCells* column = nullptr;
     std::span<const double> numbers = {};
     const RowIndexes* selection = nullptr;
     std::span<const std::int32_t> codes = {};
@@ -43,6 +43,10 @@ struct TrainingData {
     std::span<const std::int32_t> multiplicities = {};
     /// One weight >= 0 a row of the table, empty for 1. A row of weight 0 is no record.
     std::span<const double> weights = {};
+
+    /// Whether columns that have no ranks yet are ranked and keep them, 4 bytes a cell, for the trees to
+    /// come. Else each fit sorts such columns for itself.
+    bool keepRanks = true;
 };
 
 /// The cells of a feature of records to score: numbers (NaN = missing), or codes (-1 = missing; any other

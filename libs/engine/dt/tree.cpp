@@ -7,6 +7,8 @@
 
 #include <tessel/data/errors.h>
 
+#include "engine/dt/records.h"
+
 namespace Tessel::Engine::DT {
 
 Tree inLevelOrder(const Tree& tree) {
@@ -15,6 +17,8 @@ Tree inLevelOrder(const Tree& tree) {
     order.reserve(tree.nodes.size());
     Tree result;
     result.numClasses = tree.numClasses;
+    result.weightExponent = tree.weightExponent;
+    result.targetExponent = tree.targetExponent;
     result.nodes.reserve(tree.nodes.size());
     result.categorySets.reserve(tree.categorySets.size());
     result.classWeights.reserve(tree.classWeights.size());
@@ -94,6 +98,10 @@ void connect(Tree& tree, int numFeatures) {
 
 void deriveStatistics(Tree& tree) {
     sumClassWeights(tree);
+    double furthest = 0.0;
+    if (tree.numClasses == 0)
+        for (const Node& node : tree.nodes) furthest = std::max(furthest, std::abs(node.response));
+    tree.targetExponent = scaleExponent(furthest);
     for (std::size_t i = tree.nodes.size(); i-- > 0;) {
         Node& node = tree.nodes[i];
         if (tree.numClasses > 0) {
@@ -112,7 +120,8 @@ void deriveStatistics(Tree& tree) {
             const Node& left = tree.nodes[static_cast<std::size_t>(node.left)];
             const Node& right = tree.nodes[static_cast<std::size_t>(node.right())];
             const auto squaresBetween = [&](const Node& child) {
-                const double distance = child.response - node.response;
+                const double distance = std::ldexp(child.response, -tree.targetExponent) -
+                                        std::ldexp(node.response, -tree.targetExponent);
                 return child.weight * distance * distance;
             };
             const double within = left.impurity + right.impurity;
@@ -149,7 +158,10 @@ std::vector<double> errorBySplit(const Tree& tree) {
         open.push_back({tree.nodes[node].gain, made, node});
         std::push_heap(open.begin(), open.end());
     };
-    std::vector<double> log{tree.nodes[0].error / tree.nodes[0].weight};
+    const auto perWeight = [&](double error) {
+        return std::ldexp(error / tree.nodes[0].weight, 2 * tree.targetExponent);
+    };
+    std::vector<double> log{perWeight(tree.nodes[0].error)};
     double error = tree.nodes[0].error;
     make(0);
     while (!open.empty()) {
@@ -158,7 +170,7 @@ std::vector<double> errorBySplit(const Tree& tree) {
         open.pop_back();
         const auto left = static_cast<std::size_t>(node.left);
         error += tree.nodes[left].error + tree.nodes[left + 1].error - node.error;
-        log.push_back(std::max(0.0, error / tree.nodes[0].weight));
+        log.push_back(std::max(0.0, perWeight(error)));
         make(left);
         make(left + 1);
     }

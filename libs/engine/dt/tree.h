@@ -46,6 +46,12 @@ struct Tree {
     int numClasses = 0;                                   ///< 0 in a regression tree
     std::vector<double> classWeights;                     ///< node by node, the weight of each class
 
+    // Weights so large or small, or such targets, that their products would leave the range of double are
+    // divided by a power of two, which changes no digit: weights are in units of 2^weightExponent, errors,
+    // impurities and gains in units of 2^(weightExponent + 2 targetExponent). Responses and thresholds are
+    // as they are. Both are 0 wherever the greatest weight and target lie in 2^-100 .. 2^100.
+    int weightExponent = 0, targetExponent = 0;
+
     const double* classWeightsOf(std::int32_t node) const {
         return classWeights.data() + static_cast<std::size_t>(node) * static_cast<std::size_t>(numClasses);
     }

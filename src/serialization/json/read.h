@@ -13,6 +13,8 @@ auto translatingErrors(Read read) {
         return read();
     } catch (const UnsupportedJSONModel&) {
         throw;
+    } catch (const UnableToCreateWeakLearner&) {
+        throw;
     } catch (const Exception& error) {
         throw UnsupportedJSONModel(error.what());
     }

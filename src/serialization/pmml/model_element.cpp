@@ -1,5 +1,7 @@
 #include "serialization/pmml/model_element.h"
 
+#include <cmath>
+
 #include <tessel/data/convert.h>
 #include <tessel/framework/errors.h>
 
@@ -7,17 +9,12 @@
 
 namespace Tessel::PMML {
 
-Node* ModelWriter::writeElement(Document& document, const IPortableModel& model, const ColumnScaling* scaling,
-                                bool isSegment) {
+void ModelWriter::write(const IPortableModel& model) {
     const ModelType& type = model.type();
-    Node* const element = document.allocateNode(type.pmmlElement);
     document.appendAttribute(element, L"modelName", model.getName());
     document.appendAttribute(element, L"functionName", type.kind);
     document.appendAttribute(element, L"algorithmName", type.pmmlAlgorithm);
-    ModelWriter writer{document, element, scaling};
-    writer.isSegment = isSegment;
-    model.writeElement(writer);
-    return element;
+    model.writeElement(*this);
 }
 
 FieldTable readDataDictionary(const Node* dataDictionary) {
@@ -83,6 +80,26 @@ std::optional<WStringView> findExtension(const Node* node, WStringView name) {
                 found = Document::optionalAttribute(extension, L"value");
         });
     return found;
+}
+
+Engine::Scaler::Rescaling readNormContinuous(const Node* norm) {
+    // More points or a rule for missing values would make it another map.
+    std::vector<Document::Point> points;
+    forEachChild(norm, L"LinearNorm",
+                 [&](const Node* point) { points.push_back(Document::getLinearNormPoint(point)); });
+    const auto outliers = Document::optionalAttribute(norm, L"outliers");
+    if (points.size() != 2 || Document::optionalAttribute(norm, L"mapMissingTo") ||
+        (outliers && *outliers != L"asIs"))
+        throw UnsupportedPMMLFormat("A NormContinuous is not one straight line.");
+    const auto [first, second] = std::pair(points[0], points[1]);
+    // The points as this library writes them hold shift and scale themselves.
+    const bool isOwn = first.norm == 0.0 && second.orig == first.orig + 1.0;
+    const double slope = isOwn ? second.norm : (second.norm - first.norm) / (second.orig - first.orig);
+    const Engine::Scaler::Rescaling rescaling{
+        isOwn || first.norm == 0.0 ? first.orig : first.orig - first.norm / slope, slope};
+    if (!std::isfinite(rescaling.shift) || !std::isfinite(rescaling.scale))
+        throw UnsupportedPMMLFormat("A NormContinuous has no finite shift and scale.");
+    return rescaling;
 }
 
 }  // namespace Tessel::PMML

@@ -7,6 +7,7 @@
 #include <tessel/framework/pmml.h>
 
 #include "data/dictionary.h"
+#include "data/scaler.h"
 #include "serialization/pmml/document.h"
 
 // The border between fitted models and PMML elements: what a model is given to write its element with, and
@@ -15,6 +16,7 @@
 namespace Tessel {
 
 class IPortableModel;
+struct FittedSchema;
 
 namespace PMML {
 
@@ -24,8 +26,11 @@ struct ModelWriter {
     Node* element;                           ///< the model element
     const ColumnScaling* scaling = nullptr;  ///< of the inputs; null for none
     StringVector fields = {};  ///< names by which the body refers to the features, in their order
-    /// Whether the element is a member of an ensemble, which tells neither output nor scaling of its own.
+    /// Whether the element is a member of an ensemble, which tells neither output nor scaling of its own;
+    /// `fields` are then given.
     bool isSegment = false;
+    /// Whether a member's probabilities are to be those of its vote, 1 for the class it chooses.
+    bool areProbabilitiesVotes = false;
 
     /// The child that the writer appends to the model element.
     Node* append(Node* child) const {
@@ -33,9 +38,8 @@ struct ModelWriter {
         return child;
     }
 
-    /// The model element with its common attributes and its content.
-    static Node* writeElement(Document& document, const IPortableModel& model, const ColumnScaling* scaling,
-                              bool isSegment = false);
+    /// Fills the model element with its common attributes and its content.
+    void write(const IPortableModel& model);
 };
 
 /// A field of a data dictionary.
@@ -62,6 +66,11 @@ struct ModelReader {
     const Node* element;
     /// The feature that a field of the body stands for, by the field's name.
     FeatureOfField featureOfField = {};
+    /// The features of the ensemble around a segment, with their fields in `featureOfField`; null for a model
+    /// of its own.
+    const FittedSchema* ensemble = nullptr;
+    /// Whether a member's probabilities are only those of its vote.
+    bool areProbabilitiesVotes = false;
 
     /// @throws UnsupportedPMMLFormat
     std::int32_t featureOf(WStringView field) const;
@@ -88,6 +97,10 @@ void forEachChild(const Node* node, WStringView name, Visit visit) {
 Node* allocateExtension(Document& document, WStringView name, WStringView value);
 /// The value of such an extension below `node`, if it is there.
 std::optional<WStringView> findExtension(const Node* node, WStringView name);
+
+/// The straight line through the two points of a `NormContinuous`; of those that this library writes, the
+/// shift and scale themselves. @throws UnsupportedPMMLFormat for a map of another kind
+Engine::Scaler::Rescaling readNormContinuous(const Node* norm);
 
 }  // namespace PMML
 }  // namespace Tessel

@@ -22,12 +22,23 @@ ParameterList IEstimator::parameters() {
     return list;
 }
 
-std::vector<double> IEstimator::classSizes(const ClassTarget& target) const {
-    if (weights.get().empty()) return target.counts;
+std::vector<double> IEstimator::classSizes(const ClassTarget& target,
+                                           std::span<const std::int32_t> multiplicities) const {
+    if (weights.get().empty() && multiplicities.empty()) return target.counts;
     std::vector<double> sizes(target.classes.size(), 0.0);
     for (std::size_t row = 0; row < target.codes.size(); ++row)
-        sizes[static_cast<std::size_t>(target.codes[row])] += weights.get()[row];
+        sizes[static_cast<std::size_t>(target.codes[row])] +=
+            (weights.get().empty() ? 1.0 : weights.get()[row]) *
+            (multiplicities.empty() ? 1 : multiplicities[row]);
     return sizes;
+}
+
+std::shared_ptr<IModelable> IEstimator::fit(const DataFrame& features, const DataFrame& validFeatures,
+                                            const DataFrameColumn& target,
+                                            const DataFrameColumn& validTarget) const {
+    std::shared_ptr<IModelable> model = fit(features, target);
+    if (prunedTreeType.isSet()) pruneAndSelect(static_cast<IModel&>(*model), validFeatures, validTarget);
+    return model;
 }
 
 std::shared_ptr<IModelable> IEstimator::fitEngine(const TrainingSet& data) const {
@@ -37,7 +48,7 @@ std::shared_ptr<IModelable> IEstimator::fitEngine(const TrainingSet& data) const
     // Empirical priors are the weights of the classes, which the engine takes by itself; given to it they
     // would also weigh validation errors by the shares of the training part.
     if (priorProbMethod.get() != PriorProbMethodType::EMPIRICAL) tree.setPrior(data.priors.elements());
-    tree.fit(trainingData(data.features, weights.get()), data.target.codes);
+    tree.fit(trainingData(data.features, weights.get(), data.multiplicities, data.isOneOfMany), data.target.codes);
     return std::make_shared<IModel>(*this, std::move(tree));
 }
 
@@ -51,10 +62,18 @@ IEstimatable::LadonIdentity IEstimator::ladonIdentity() const {
     return {Ladon::Keyword::ESTIMATOR, Ladon::TaskKind::REGRESSION, Ladon::ModelAlgorithm::DECISION_TREE};
 }
 
+std::shared_ptr<IModelable> IEstimator::fit(const DataFrame& features, const DataFrame& validFeatures,
+                                            const DataFrameColumn& target,
+                                            const DataFrameColumn& validTarget) const {
+    std::shared_ptr<IModelable> model = fit(features, target);
+    if (prunedTreeType.isSet()) pruneAndSelect(static_cast<IModel&>(*model), validFeatures, validTarget);
+    return model;
+}
+
 std::shared_ptr<IModelable> IEstimator::fitEngine(const TrainingSet& data) const {
     Engine::DT::RegressionModel tree;
     tree.setLimits(limits());
-    tree.fit(trainingData(data.features, weights.get()), data.target);
+    tree.fit(trainingData(data.features, weights.get(), data.multiplicities, data.isOneOfMany), data.target);
     return std::make_shared<IModel>(*this, std::move(tree));
 }
 

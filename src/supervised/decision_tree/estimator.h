@@ -14,12 +14,19 @@ class IEstimator : public Classification::IEstimator, public Tessel::DecisionTre
     LadonIdentity ladonIdentity() const override;
     ParameterList parameters() override;
 
- protected:
+    using Classification::IEstimator::fit;
+    std::shared_ptr<IModelable> fit(const DataFrame& features, const DataFrame& validFeatures,
+                                    const DataFrameColumn& target,
+                                    const DataFrameColumn& validTarget) const override;
     void validateAgainst(const DataFrame& features) const override { validateTreeAgainst(features); }
     IntVector categoricalColumns(const DataFrame& features) const override {
         return categoricalPositions(features);
     }
-    std::vector<double> classSizes(const ClassTarget& target) const override;
+    bool takesMultiplicities() const override { return true; }
+
+ protected:
+    std::vector<double> classSizes(const ClassTarget& target,
+                                   std::span<const std::int32_t> multiplicities) const override;
     std::shared_ptr<IModelable> fitEngine(const TrainingSet& data) const override;
 };
 
@@ -35,11 +42,17 @@ class IEstimator : public Regression::IEstimator, public Tessel::DecisionTree::I
     LadonIdentity ladonIdentity() const override;
     ParameterList parameters() override { return treeParameters(); }
 
- protected:
+    using Regression::IEstimator::fit;
+    std::shared_ptr<IModelable> fit(const DataFrame& features, const DataFrame& validFeatures,
+                                    const DataFrameColumn& target,
+                                    const DataFrameColumn& validTarget) const override;
     void validateAgainst(const DataFrame& features) const override { validateTreeAgainst(features); }
     IntVector categoricalColumns(const DataFrame& features) const override {
         return categoricalPositions(features);
     }
+    bool takesMultiplicities() const override { return true; }
+
+ protected:
     std::shared_ptr<IModelable> fitEngine(const TrainingSet& data) const override;
 };
 

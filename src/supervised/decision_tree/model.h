@@ -19,6 +19,10 @@ class IModel : public IModelable, public Tessel::DecisionTree::ITreeModel {
 
     void prune(const DataFrame& features, const DataFrameColumn& target) override;
     DataFrame pruningLog() const override;
+    void classify(const std::vector<FeatureColumn>& columns,
+                  std::vector<std::int32_t>& codes) const override {
+        codes = tree_.predict(Tessel::DecisionTree::cellsOf(columns), codes.size());
+    }
 
  protected:
     void score(const std::vector<FeatureColumn>& columns, Posteriors& posteriors) const override;
@@ -64,9 +68,9 @@ class IModel : public IModelable, public Tessel::DecisionTree::ITreeModel {
 
     void prune(const DataFrame& features, const DataFrameColumn& target) override;
     DataFrame pruningLog() const override;
+    void score(const std::vector<FeatureColumn>& columns, std::span<double> predictions) const override;
 
  protected:
-    void score(const std::vector<FeatureColumn>& columns, std::span<double> predictions) const override;
     void describe(StringVector& labels, StringVector& values) const override { describeTree(labels, values); }
     void report(DataFrameVector& tables) const override { reportTree(tables); }
 

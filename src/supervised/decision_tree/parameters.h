@@ -38,6 +38,12 @@ class IParameters : public IWeightsAdmissible, public CategoricalVariables::IAdm
     /// NonPositiveWeights
     void validateTreeAgainst(const DataFrame& features) const;
     Engine::DT::Limits limits() const;
+    /// What a fit with validation data does with the tree that it grew.
+    template <class TreeModel>
+    void pruneAndSelect(TreeModel& tree, const DataFrame& features, const DataFrameColumn& target) const {
+        tree.prune(features, target);
+        tree.select(prunedTreeType.get());
+    }
 };
 
 }  // namespace Tessel::DecisionTree

@@ -90,6 +90,8 @@ class TreeReader {
             readColumn(columns, "error", &TreeNode::error);
             readColumn(columns, "gain", &TreeNode::gain);
             if (classes_.empty()) readColumn(columns, "weight", &TreeNode::weight);
+            tree_.weightExponent = exponentOf(columns, "weightExponent");
+            tree_.targetExponent = exponentOf(columns, "targetExponent");
         }
         return std::move(tree_);
     }
@@ -177,6 +179,15 @@ class TreeReader {
         return subtree;
     }
 
+    /// Numbers may be told in units of a power of two.
+    static int exponentOf(const JSON::Members& columns, const char* name) {
+        constexpr int kMaxExponent = 1100;
+        const value* const member = columns.find(name);
+        const int exponent = member ? JSON::toInteger(*member, name) : 0;
+        if (std::abs(exponent) > kMaxExponent) throw ValueOutOfRange(name, -kMaxExponent, kMaxExponent);
+        return exponent;
+    }
+
     void readColumn(const JSON::Members& columns, const char* name, double TreeNode::*member) {
         const Vector numbers = JSON::toVector(columns.at(name), name);
         if (numbers.size() != tree_.nodes.size())
@@ -221,6 +232,8 @@ void writeTree(const Tree& tree, const FittedSchema& schema, const StringVector&
     set(statistics, L"impurity", column(tree, &TreeNode::impurity));
     set(statistics, L"error", column(tree, &TreeNode::error));
     set(statistics, L"gain", column(tree, &TreeNode::gain));
+    if (tree.weightExponent != 0) set(statistics, L"weightExponent", value::number(tree.weightExponent));
+    if (tree.targetExponent != 0) set(statistics, L"targetExponent", value::number(tree.targetExponent));
     set(model, L"nodeStatistics", std::move(statistics));
 }
 

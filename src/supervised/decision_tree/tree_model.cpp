@@ -68,13 +68,26 @@ const std::vector<std::int32_t>& categorySetOf(const Tree& tree, const Node& spl
     return tree.categorySets[static_cast<std::size_t>(split.categorySet)];
 }
 
+/// Without the ranks of the column, which not every fit makes.
+bool hasInfinite(const ColumnCells& cells) {
+    if (cells.hasRankCodes())
+        return !std::isfinite(cells.rankCodes().smallest) || !std::isfinite(cells.rankCodes().largest);
+    std::size_t numInfinite = 0;  // counted without a branch, several cells at once
+    for (const double number : cells.numbers())
+        numInfinite += std::abs(number) == std::numeric_limits<double>::infinity();
+    return numInfinite > 0;
+}
+
 Vector vectorOf(const std::vector<double>& numbers) { return Vector(numbers.begin(), numbers.end()); }
 
 }  // namespace
 
-Engine::DT::TrainingData trainingData(const TrainingFeatures& features, const Vector& weights) {
+Engine::DT::TrainingData trainingData(const TrainingFeatures& features, const Vector& weights,
+                                      std::span<const std::int32_t> multiplicities, bool keepRanks) {
     Engine::DT::TrainingData data;
+    data.multiplicities = multiplicities;
     data.numRows = features.schema.numRows;
+    data.keepRanks = keepRanks;
     data.weights = {weights.data(), weights.size()};
     for (std::size_t i = 0; i < features.columns.size(); ++i) {
         const FeatureColumn& column = features.columns[i];
@@ -82,10 +95,9 @@ Engine::DT::TrainingData trainingData(const TrainingFeatures& features, const Ve
             data.features.push_back(Engine::DT::TrainingFeature::categorical(
                 column.codes(), features.schema.features[i].numCategories()));
         } else {
-            // Ranks belong to the whole column, so that all resamples of a table share them.
+            // Lists and ranks are made from the whole column, so that all resamples of a table share them.
             const ColumnCells& cells = column.cells();
-            const RankCodes& ranks = cells.root().rankCodes();
-            if (!std::isfinite(ranks.smallest) || !std::isfinite(ranks.largest)) requireFinite(features);
+            if (hasInfinite(cells.root())) requireFinite(features);
             data.features.push_back(
                 Engine::DT::TrainingFeature::numeric(cells.root(), cells.selection().get()));
         }

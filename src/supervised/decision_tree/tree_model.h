@@ -12,8 +12,10 @@
 namespace Tessel::DecisionTree {
 
 /// The columns of a table as the engine takes them, to grow on or to score.
+/// @param keepRanks  whether numeric columns are to keep their ranks: for many trees of one table.
 /// @throws ConstraintViolation for infinite numbers to grow on.
-Engine::DT::TrainingData trainingData(const TrainingFeatures& features, const Vector& weights);
+Engine::DT::TrainingData trainingData(const TrainingFeatures& features, const Vector& weights,
+                                      std::span<const std::int32_t> multiplicities, bool keepRanks);
 std::vector<Engine::DT::Cells> cellsOf(const std::vector<FeatureColumn>& columns);
 
 /// What the fitted trees of both kinds share: choosing the tree that counts, and telling of it.

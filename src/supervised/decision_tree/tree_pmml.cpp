@@ -192,7 +192,9 @@ class NodesReader {
             const bool isNext = expected < classes_.size() && classes_[expected] == label;
             const std::size_t k = isNext ? expected : at(classOf(label));
             expected = k + 1;
-            const auto probability = Document::optionalAttribute(distribution, L"probability");
+            const auto probability = reader_.areProbabilitiesVotes
+                                         ? std::nullopt
+                                         : Document::optionalAttribute(distribution, L"probability");
             numProbabilities += probability.has_value();
             weights[k] = probability ? PMML::toDouble(*probability)
                                      : Document::requiredDouble(distribution, L"recordCount");
@@ -262,6 +264,9 @@ void writeNodes(const Tree& tree, const FittedSchema& schema, const StringVector
             document.appendAttribute(distribution, L"value", classes[k]);
             document.appendAttribute(distribution, L"recordCount",
                                      tree.classWeightsOf(static_cast<std::int32_t>(i))[k]);
+            if (writer.areProbabilitiesVotes)
+                document.appendAttribute(distribution, L"probability",
+                                         static_cast<double>(k) == node.response ? 1.0 : 0.0);
             element->append_node(distribution);
         }
         (node.parent < 0 ? writer.element : elements[at(node.parent)])->append_node(element);

@@ -7,6 +7,7 @@
 #include <tessel/data/errors.h>
 
 #include "data/random.h"
+#include "engine/dt/split_search.h"
 #include "engine/dt/tree_table.h"
 
 namespace {
@@ -168,12 +169,47 @@ TEST(TreeGrowth, TakesTheBestOfAllSplits) {
     }
 }
 
-TEST(TreeGrowth, SameTreeBySortedListsAndBySums) {
-    // A table of few rows taken from a long column has ranks of more values than fit a histogram.
-    for (std::uint64_t seed = 1; seed <= 60; ++seed) {
+TEST(TreeGrowth, SameSplitBySortedListsAndBySums) {
+    for (std::uint64_t seed = 1; seed <= 200; ++seed) {
         Random random(seed);
-        const std::size_t numRows = 150;
-        const bool isRegression = seed % 3 == 0;
+        DT::PreparedRecords prepared;
+        DT::Records& records = prepared.records;
+        records.size = 100;
+        records.numClasses = static_cast<int>(seed % 4 == 1 ? 0 : seed % 4);
+        std::vector<double> numbers;
+        std::vector<std::uint32_t> members;
+        for (std::uint32_t record = 0; record < records.size; ++record) {
+            members.push_back(record);
+            const auto value = static_cast<double>(random.nextBelow(60));
+            numbers.push_back(value < 4.0 ? std::nan("") : value);
+            records.classes.push_back(static_cast<std::uint16_t>(random.nextBelow(2 + seed % 2)));
+            records.targets.push_back(random.nextNormal());
+        }
+        std::vector<double> classWeights(3);
+        Node node;
+        summarize(records, members, node, classWeights.data());
+        const DT::Totals totals{node.numRecords, node.weight, node.response, classWeights.data()};
+        const auto cells = ColumnCells::ofNumbers(numbers);
+        const RankCodes& ranks = cells->rankCodes();
+        const std::vector<SortedRecord> list = RecordSorter().sort(
+            static_cast<std::uint32_t>(records.size), [&](std::uint32_t record) { return numbers[record]; });
+        DT::Scratch scratch;
+        const auto search = DT::SplitSearch::make(records, 1 + static_cast<std::int64_t>(seed % 7));
+        const DT::Candidate sorted = search->searchSorted(list, totals, scratch);
+        const DT::Candidate summed =
+            search->searchNumbers(members, {ranks.codes, ranks.numDistinct}, totals, scratch);
+        ASSERT_TRUE(sorted.exists()) << "seed " << seed;
+        EXPECT_EQ(ranks.codes[list[sorted.lower].record()], summed.lower) << "seed " << seed;
+        EXPECT_EQ(ranks.codes[list[sorted.upper].record()], summed.upper) << "seed " << seed;
+        // Sums of doubles run in another order.
+        EXPECT_NEAR(sorted.score, summed.score, records.numClasses > 0 ? 0.0 : 1e-12 * sorted.score);
+    }
+}
+
+TEST(TreeGrowth, SameTreeWithAndWithoutRanks) {
+    for (std::uint64_t seed = 1; seed <= 20; ++seed) {
+        Random random(seed);
+        const std::size_t numRows = seed % 2 == 0 ? 150 : 400;  // as sums and as lists
         std::vector<std::shared_ptr<ColumnCells>> roots;
         RowIndexes rows;
         for (std::size_t row = 0; row < numRows; ++row)
@@ -181,6 +217,7 @@ TEST(TreeGrowth, SameTreeBySortedListsAndBySums) {
         TreeTable table;
         DT::TrainingData data;
         data.numRows = static_cast<int>(numRows);
+        data.keepRanks = false;
         for (int feature = 0; feature < 4; ++feature) {
             std::vector<double> numbers, selected;
             for (int row = 0; row < 2000; ++row)
@@ -190,30 +227,17 @@ TEST(TreeGrowth, SameTreeBySortedListsAndBySums) {
             data.features.push_back(DT::TrainingFeature::numeric(*roots.back(), &rows));
             table.addNumbers(std::move(selected));
         }
-        std::vector<std::int32_t> classes;
         std::vector<double> targets;
-        for (std::size_t row = 0; row < numRows; ++row) {
-            classes.push_back(static_cast<std::int32_t>(random.nextBelow(2 + seed % 2)));
-            targets.push_back(random.nextNormal());
-        }
-        Limits limits;
-        limits.minNumRecordsInLeaves = isRegression ? 15 : 1 + static_cast<int>(seed % 5);
-        const auto grow = [&](const DT::TrainingData& on) {
-            DT::RegressionModel regression;
-            DT::ClassificationModel classification = classifier(2 + seed % 2, limits);
-            regression.setLimits(limits);
-            if (isRegression) regression.fit(on, targets);
-            if (!isRegression) classification.fit(on, classes);
-            return isRegression ? regression.tree() : classification.tree();
-        };
-        const DT::Tree sorted = grow(data), summed = grow(table.data());
-        if (!isRegression) {
-            EXPECT_TRUE(areSame(sorted, summed)) << "seed " << seed;
-            continue;
-        }
-        ASSERT_EQ(sorted.nodes.size(), summed.nodes.size()) << "seed " << seed;
-        for (std::size_t i = 0; i < sorted.nodes.size(); ++i)  // sums of doubles run in another order
-            EXPECT_EQ(sorted.nodes[i].threshold, summed.nodes[i].threshold) << "seed " << seed;
+        for (std::size_t row = 0; row < numRows; ++row) targets.push_back(random.nextNormal());
+        DT::RegressionModel sorted, ranked, written;
+        sorted.fit(data, targets);
+        EXPECT_FALSE(roots[0]->hasRankCodes());
+        data.keepRanks = true;
+        ranked.fit(data, targets);
+        EXPECT_TRUE(roots[0]->hasRankCodes());
+        written.fit(table.data(), targets);
+        EXPECT_TRUE(areSame(sorted.tree(), ranked.tree())) << "seed " << seed;
+        EXPECT_TRUE(areSame(sorted.tree(), written.tree())) << "seed " << seed;
     }
 }
 
@@ -264,6 +288,46 @@ TEST(TreeGrowth, DoesNotDependOnThreads) {
             }
     }
     omp_set_num_threads(before);
+}
+
+TEST(TreeGrowth, SameTreeWithAndWithoutSubtractedHistograms) {
+    for (const std::size_t numClasses : {2u, 3u}) {
+        Random random(numClasses);
+        TreeTable table;
+        std::vector<std::int32_t> codes, classes;
+        std::vector<double> numbers, signal(5000);
+        for (double& value : signal) {
+            numbers.push_back(random.nextBelow(15) == 0 ? std::nan("")
+                                                        : std::floor(40.0 * random.nextUniform()));
+            codes.push_back(static_cast<std::int32_t>(random.nextBelow(13)) - 1);
+            value = std::isnan(numbers.back()) ? 11.0 : numbers.back() + 9 * (codes.back() % 4);
+            const double noise = 20.0 * random.nextNormal();
+            classes.push_back(static_cast<std::int32_t>(value + noise > 25.0) +
+                              static_cast<std::int32_t>(numClasses > 2 && value + noise > 45.0));
+        }
+        table.addNumbers(numbers);
+        table.addCategories(codes, 12);
+        table.addNumbers(std::move(signal));
+        for (const int maxNumSplits : {60, Limits::kNone}) {
+            Limits limits;
+            limits.maxNumSplits = maxNumSplits;
+            DT::ClassificationModel subtracted = classifier(numClasses, limits), added = subtracted;
+            DT::TrainingData data = table.data();
+            subtracted.fit(data, classes);
+            const std::vector<double> halves(5000, 0.5);  // no whole numbers: each node is added up
+            data.weights = halves;
+            added.fit(data, classes);
+            ASSERT_EQ(subtracted.tree().nodes.size(), added.tree().nodes.size());
+            EXPECT_GT(added.tree().nodes.size(), 100u);
+            EXPECT_EQ(subtracted.tree().categorySets, added.tree().categorySets);
+            for (std::size_t i = 0; i < added.tree().nodes.size(); ++i) {
+                const Node &a = subtracted.tree().nodes[i], &b = added.tree().nodes[i];
+                EXPECT_EQ(a.feature, b.feature);
+                EXPECT_EQ(a.threshold, b.threshold);
+                EXPECT_EQ(a.gain, 2.0 * b.gain);
+            }
+        }
+    }
 }
 
 TEST(TreeGrowth, NodesDrawFeaturesOfTheirOwn) {

@@ -1,0 +1,44 @@
+#include "engine/ensemble/adaboost.h"
+
+#include <cmath>
+#include <limits>
+
+#include "data/util/compensated_sum.h"
+
+namespace Tessel::Engine::Ensemble {
+
+double weightedError(std::span<const double> weights, std::span<const int> isMissed) {
+    const double missed =
+        Numeric::sumOf(weights.size(), [&](std::size_t i) { return isMissed[i] != 0 ? weights[i] : 0.0; });
+    const double total = Numeric::sumOf(weights.size(), [&](std::size_t i) { return weights[i]; });
+    return missed == 0.0 ? 0.0 : missed / total;
+}
+
+double learnerWeight(AdaBoostVariant variant, double error, int numClasses) {
+    if (error == 0.0) return std::numeric_limits<double>::max();
+    const double logOdds = std::log(1.0 / error - 1.0);
+    switch (variant) {
+        case AdaBoostVariant::M1_FREUND:
+            return 0.5 * logOdds;
+        case AdaBoostVariant::M1_BREIMAN:
+            return logOdds;
+        case AdaBoostVariant::SAMME:
+            return logOdds + std::log(static_cast<double>(numClasses - 1));
+    }
+    return 0.0;
+}
+
+void reweight(std::span<double> weights, std::span<const int> isMissed, double alpha) {
+    const double factor = std::exp(alpha);
+    for (std::size_t i = 0; i < weights.size(); ++i)
+        if (isMissed[i] != 0) weights[i] *= factor;
+    normalize(weights);
+}
+
+void normalize(std::span<double> weights) {
+    const double sum = Numeric::sumOf(weights.size(), [&](std::size_t i) { return weights[i]; });
+    if (sum == 0.0) return;
+    for (double& weight : weights) weight /= sum;
+}
+
+}  // namespace Tessel::Engine::Ensemble

@@ -1,0 +1,18 @@
+#include "framework/progress.h"
+
+#include <tessel/framework/errors.h>
+
+namespace Tessel {
+
+void Progress::report(double shareDone, const WString& activity) const {
+    if (callback_ && !callback_(shareDone, activity)) throw FitCancelled();
+}
+
+Progress Progress::part(double begin, double end) const {
+    if (!callback_) return {};
+    return Progress([whole = callback_, begin, end](double shareDone, const WString& activity) {
+        return whole(begin + shareDone * (end - begin), activity);
+    });
+}
+
+}  // namespace Tessel

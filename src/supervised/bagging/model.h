@@ -1,0 +1,42 @@
+#pragma once
+
+#include "supervised/ensemble/model.h"
+
+namespace Tessel {
+
+namespace Classification::Bagging {
+
+inline constexpr wchar_t kModelName[] = L"Bagging for Classification";
+
+class IModel : public Ensemble::IClassifier, public Ensemble::IOutOfBag {
+ public:
+    IModel() : IClassifier(kModelName) {}
+
+    const ModelType& type() const override;
+    const wchar_t* multipleModelMethod() const override { return L"majorityVote"; }
+    std::shared_ptr<Supervised::IModelable> blank() const override { return std::make_shared<IModel>(); }
+
+ protected:
+    void reportFamily(DataFrameVector& tables) const override { reportOutOfBag(tables); }
+};
+
+}  // namespace Classification::Bagging
+
+namespace Regression::Bagging {
+
+inline constexpr wchar_t kModelName[] = L"Bagging for Regression";
+
+class IModel : public Ensemble::IRegressor, public Ensemble::IOutOfBag {
+ public:
+    IModel() : IRegressor(kModelName) {}
+
+    const ModelType& type() const override;
+    const wchar_t* multipleModelMethod() const override { return L"average"; }
+    std::shared_ptr<Supervised::IModelable> blank() const override { return std::make_shared<IModel>(); }
+
+ protected:
+    void reportFamily(DataFrameVector& tables) const override { reportOutOfBag(tables); }
+};
+
+}  // namespace Regression::Bagging
+}  // namespace Tessel

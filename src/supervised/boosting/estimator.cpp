@@ -1,0 +1,102 @@
+#include "supervised/boosting/estimator.h"
+
+#include <tessel/data/util/random.h>
+#include <tessel/framework/errors.h>
+#include <tessel/framework/ladon.h>
+
+#include "data/util/compensated_sum.h"
+#include "engine/ensemble/adaboost.h"
+#include "engine/ensemble/resample.h"
+#include "supervised/boosting/model.h"
+#include "supervised/ensemble/fit_learners.h"
+
+namespace Tessel {
+
+namespace Classification::Boosting {
+
+using Engine::Ensemble::AdaBoostVariant;
+
+IEstimator::IEstimator() : IWithBaseEstimator(kModelName) {}
+
+IEstimatable::LadonIdentity IEstimator::ladonIdentity() const {
+    return {Ladon::Keyword::ESTIMATOR, Ladon::TaskKind::CLASSIFICATION, Ladon::ModelAlgorithm::BOOSTING};
+}
+
+ParameterList IEstimator::parameters() {
+    ParameterList list{numWeakLearners, method, resamplingSeed};
+    for (const ParameterRef& parameter : classificationParameters()) list.push_back(parameter);
+    return list;
+}
+
+std::shared_ptr<IModelable> IEstimator::fitEngine(const TrainingSet& data) const {
+    const std::vector<std::int32_t>& classes = data.target.codes;
+    const std::size_t numRows = classes.size(), numClasses = data.target.classes.size();
+    const Learner weak = learner(0);
+    const auto preparation = weak->prepare(data.features);
+    auto model = std::make_shared<IModel>();
+    model->algorithm = weak->ladonIdentity().algorithm;
+
+    Vector rowWeights(numRows, 1.0 / static_cast<double>(numRows));
+    std::vector<std::int32_t> predicted(numRows);
+    std::vector<int> isMissed(numRows);
+    for (int m = 0; m < numWeakLearners.get(); ++m) {
+        data.progress.report(static_cast<double>(m) / numWeakLearners.get(),
+                             getModelName() + L": " + Ensemble::learnerTitle(m));
+        const auto resample = Supervised::Resample::of(
+            Util::sample(rowWeights, resamplingSeed.get()).elements(), data.features.schema.numRows);
+        if (!Engine::Ensemble::coversClasses(resample.rows, classes, numClasses))
+            throw EnsembleSamplingMissedClass();
+        std::shared_ptr<IModelable> weakModel =
+            weak->fitResample(data.features, data.target, resample, preparation.get());
+        weakModel->classify(data.features.columns, predicted);
+        for (std::size_t row = 0; row < numRows; ++row) isMissed[row] = predicted[row] != classes[row];
+
+        const std::span<double> weights(rowWeights.data(), numRows);
+        const double error = Engine::Ensemble::weightedError(weights, isMissed);
+        if (error >= 0.5) throw WorseThanRandomGuess();
+        const double alpha = Engine::Ensemble::learnerWeight(static_cast<AdaBoostVariant>(method.get()),
+                                                             error, static_cast<int>(numClasses));
+        model->add(std::move(weakModel), alpha);
+        if (error == 0.0) break;
+        Engine::Ensemble::reweight(weights, isMissed, alpha);
+    }
+    Engine::Ensemble::normalize({model->weights.data(), model->weights.size()});
+    return model;
+}
+
+}  // namespace Classification::Boosting
+
+namespace Regression::Boosting {
+
+IEstimator::IEstimator() : IWithBaseEstimator(kModelName) {}
+
+IEstimatable::LadonIdentity IEstimator::ladonIdentity() const {
+    return {Ladon::Keyword::ESTIMATOR, Ladon::TaskKind::REGRESSION, Ladon::ModelAlgorithm::BOOSTING};
+}
+
+std::shared_ptr<IModelable> IEstimator::fitEngine(const TrainingSet& data) const {
+    const std::size_t numRows = data.target.size();
+    const Learner weak = learner(0);
+    const auto preparation = weak->prepare(data.features);
+    auto model = std::make_shared<IModel>();
+    model->algorithm = weak->ladonIdentity().algorithm;
+    model->stepSize = stepSize.get();
+    model->meanResponse = Numeric::sumOf(numRows, [&](std::size_t row) { return data.target[row]; }) /
+                          static_cast<double>(numRows);
+
+    std::vector<double> residuals(data.target.begin(), data.target.end()), predicted(numRows);
+    for (double& residual : residuals) residual -= model->meanResponse;
+    for (int m = 0; m < numWeakLearners.get(); ++m) {
+        data.progress.report(static_cast<double>(m) / numWeakLearners.get(),
+                             getModelName() + L": " + Ensemble::learnerTitle(m));
+        std::shared_ptr<IModelable> weakModel =
+            weak->fitResample(data.features, residuals, {}, preparation.get());
+        weakModel->score(data.features.columns, predicted);
+        for (std::size_t row = 0; row < numRows; ++row) residuals[row] -= stepSize.get() * predicted[row];
+        model->add(std::move(weakModel), 1.0);
+    }
+    return model;
+}
+
+}  // namespace Regression::Boosting
+}  // namespace Tessel

@@ -1,0 +1,81 @@
+#include "supervised/ensemble/fit_learners.h"
+
+#include <algorithm>
+#include <exception>
+#include <mutex>
+
+#include <omp.h>
+
+#include <tessel/data/convert.h>
+
+namespace Tessel::Ensemble {
+namespace {
+
+/// Hands out positions in ascending order until one fails or somebody stops.
+class Queue {
+ public:
+    explicit Queue(int count) : end_(count) {}
+
+    /// The next position, or -1.
+    int take() {
+        const std::lock_guard lock(mutex_);
+        return next_ < end_ ? next_++ : -1;
+    }
+    /// Keeps the failure of the lowest position; nothing is handed out any more.
+    void fail(int position, std::exception_ptr failure) {
+        const std::lock_guard lock(mutex_);
+        end_ = 0;
+        if (failure_ && failedPosition_ < position) return;
+        failure_ = std::move(failure);
+        failedPosition_ = position;
+    }
+    void finish() {
+        const std::lock_guard lock(mutex_);
+        ++numDone_;
+    }
+    int numDone() {
+        const std::lock_guard lock(mutex_);
+        return numDone_;
+    }
+    void rethrow() const {
+        if (failure_) std::rethrow_exception(failure_);
+    }
+
+ private:
+    std::mutex mutex_;
+    int next_ = 0, end_, numDone_ = 0, failedPosition_ = 0;
+    std::exception_ptr failure_;
+};
+
+}  // namespace
+
+WString learnerTitle(int position) { return L"Weak Learner " + Convert::toString(position + 1); }
+
+void fitLearners(int count, const Progress& progress, const WString& title,
+                 const std::function<void(int)>& fit) {
+    Queue queue(count);
+    const auto work = [&](bool isCaller) {
+        for (int position = queue.take(); position >= 0; position = queue.take()) {
+            try {
+                if (isCaller)
+                    progress.report(static_cast<double>(queue.numDone()) / count,
+                                    title + L": " + learnerTitle(position));
+                fit(position);
+                queue.finish();
+            } catch (...) {
+                queue.fail(position, std::current_exception());
+            }
+        }
+    };
+    // A thread fits whole learners; a single learner uses the threads itself.
+    const int numThreads = omp_in_parallel() ? 1 : std::min(count, omp_get_max_threads());
+    if (numThreads == 1) {
+        work(true);
+    } else {
+#pragma omp parallel num_threads(numThreads)
+        work(omp_get_thread_num() == 0);
+    }
+    queue.rethrow();
+}
+
+}  // namespace Tessel::Ensemble

@@ -51,13 +51,15 @@ void fit(Options& options) {
     }
     const Fitted fitted =
         fitModel(options.fitting, training, options.validationShare > 0.0 ? &validation : nullptr);
-    writeBytes(Convert::toUtf8(modelText(*fitted.model, format)), options.model);
+    // PMML has no searches; it gets the model that was found.
+    const Supervised::Modelable& model = fitted.best && format == "pmml" ? *fitted.best : *fitted.model;
+    writeBytes(Convert::toUtf8(modelText(model, format)), options.model);
     if (options.model.empty() || options.model == "-") return;
-    writeBytes(Convert::toUtf8(fitted.algorithm + L" (" + fitted.kind + L") of " + all.target.getColName() +
-                               L": " + Convert::toString(training.features.getNumRows()) + L" rows, " +
-                               Convert::toString(all.numFeatures()) + L" inputs\n") +
-                   "model written to " + options.model + "\n",
-               "");
+    WString told = fitted.algorithm + L" (" + fitted.kind + L") of " + all.target.getColName() + L": " +
+                   Convert::toString(training.features.getNumRows()) + L" rows, " +
+                   Convert::toString(all.numFeatures()) + L" inputs\n";
+    if (fitted.best) told += L"best learner: " + fitted.bestName + L"\n";
+    writeBytes(Convert::toUtf8(told) + "model written to " + options.model + "\n", "");
 }
 
 }  // namespace

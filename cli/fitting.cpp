@@ -33,8 +33,9 @@ std::pair<const Algorithm*, std::unique_ptr<Learner>> makeLearner(const FittingO
     }
     const Algorithm& algorithm = algorithmOf(options.algorithm, kind);
     std::pair<const Algorithm*, std::unique_ptr<Learner>> made(&algorithm, algorithm.makeLearner());
-    setParameters(algorithm, made.second->estimator(), settingsOf(options.settings),
-                  options.seed ? &*options.seed : nullptr);
+    setParameters(algorithm, made.second->estimator(),
+                  {settingsOf(options.settings), toStringVector(options.learners),
+                   options.seed ? &*options.seed : nullptr});
     return made;
 }
 
@@ -59,6 +60,17 @@ void addFittingOptions(CLI::App& command, FittingOptions& options) {
                     "Sets a parameter; repeatable. `tessel describe ALGORITHM` lists the parameters")
         ->allow_extra_args(false)
         ->type_name("PARAMETER=VALUE")
+        ->excludes(file)
+        ->group("Estimator");
+    command
+        .add_option(
+            "--learner", options.learners,
+            "The algorithm that bagging and boosting repeat (decisionTree unless given), or those that "
+            "findBestModel compares (all unless given). --set LEARNER.PARAMETER=VALUE sets its "
+            "parameters")
+        ->delimiter(',')
+        ->allow_extra_args(false)
+        ->type_name("ALGORITHMS")
         ->excludes(file)
         ->group("Estimator");
     command.add_option("--success-class", options.successClass, "The class that the cut-off is for")
@@ -93,9 +105,13 @@ Fitted fitModel(const FittingOptions& options, const TrainingData& training, con
         require<ClassifierEstimator>(estimator, algorithm->name, "cut-off: it is no classifier")
             .setSuccessProbability(*options.cutOff);
 
-    const Progress progress("fitting " + Convert::toUtf8(algorithm->name) + " on " +
-                            std::to_string(training.features.getNumRows()) + " rows");
-    return {algorithm->name, algorithm->kind, learner->fit(training, validation)};
+    Progress progress("fitting " + Convert::toUtf8(algorithm->name) + " on " +
+                      std::to_string(training.features.getNumRows()) + " rows");
+    estimator.setProgressCallback([&](double shareDone, const WString&) {
+        progress.report(shareDone);
+        return true;
+    });
+    return {learner->fit(training, validation), algorithm->name, algorithm->kind};
 }
 
 }  // namespace Tessel::Cli

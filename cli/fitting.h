@@ -21,6 +21,7 @@ struct FittingOptions {
     std::string kind;
     std::string name;
     std::vector<std::string> settings;
+    std::vector<std::string> learners;
     std::string successClass;
     std::optional<double> cutOff;
     std::optional<int> seed;
@@ -32,9 +33,8 @@ void addFittingOptions(CLI::App& command, FittingOptions& options);
 /// The seed of the random parts of this run.
 int seedOf(const FittingOptions& options);
 
-struct Fitted {
+struct Fitted : FitResult {
     WString algorithm, kind;
-    std::unique_ptr<Supervised::Modelable> model;
 };
 
 /// @param validation  null when there is none. @throws Failure, and what estimators throw

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "terminal.h"
-
 namespace Tessel::Cli {
 namespace {
 
@@ -12,42 +10,58 @@ class LearnerOf : public Learner {
  public:
     EstimatorHandle& estimator() override { return estimator_; }
 
-    std::unique_ptr<Supervised::Modelable> fit(const TrainingData& training,
-                                               const TrainingData* validation) const override {
+    FitResult fit(const TrainingData& training, const TrainingData* validation) const override {
         using Model = decltype(estimator_.fit(training.features, training.target));
+        const auto model = std::make_shared<Model>(fitted(training, validation));
+        if constexpr (requires { model->getBestLearnerType(); }) {
+            const TrainingData& judge = validation ? *validation : training;
+            const WString name = model->findBestLearner(judge.features, judge.target);
+            return {model, model->getModel(model->getBestLearnerType()), name};
+        } else {
+            return {model, nullptr, {}};
+        }
+    }
+
+ private:
+    auto fitted(const TrainingData& training, const TrainingData* validation) const {
         if constexpr (requires {
                           estimator_.fit(training.features, training.features, training.target,
                                          training.target);
                       })
             if (validation)
-                return std::make_unique<Model>(estimator_.fit(training.features, validation->features,
-                                                              training.target, validation->target));
-        return std::make_unique<Model>(estimator_.fit(training.features, training.target));
+                return estimator_.fit(training.features, validation->features, training.target,
+                                      validation->target);
+        return estimator_.fit(training.features, training.target);
     }
 
- private:
     Estimator estimator_;
 };
 
 template <class Estimator>
-Algorithm classifier(const WString& name) {
-    return {name, Ladon::TaskKind::CLASSIFICATION,
-            []() -> std::unique_ptr<Learner> { return std::make_unique<LearnerOf<Estimator>>(); }};
-}
-template <class Estimator>
-Algorithm regressor(const WString& name) {
-    return {name, Ladon::TaskKind::REGRESSION,
-            []() -> std::unique_ptr<Learner> { return std::make_unique<LearnerOf<Estimator>>(); }};
+std::unique_ptr<Learner> make() {
+    return std::make_unique<LearnerOf<Estimator>>();
 }
 
 }  // namespace
 
 const std::vector<Algorithm>& algorithms() {
     using namespace Ladon::ModelAlgorithm;
+    using Ladon::TaskKind::CLASSIFICATION, Ladon::TaskKind::REGRESSION;
+    using enum Algorithm::Learners;
+    namespace Classes = Classification;
+    namespace Numbers = Regression;
     static const std::vector<Algorithm> all{
-        classifier<Classification::DecisionTree::Estimator>(DECISION_TREE),
-        classifier<Classification::NaiveBayes::Estimator>(NAIVE_BAYES),
-        regressor<Regression::DecisionTree::Estimator>(DECISION_TREE),
+        {DECISION_TREE, CLASSIFICATION, NONE, make<Classes::DecisionTree::Estimator>},
+        {DECISION_TREE, REGRESSION, NONE, make<Numbers::DecisionTree::Estimator>},
+        {NAIVE_BAYES, CLASSIFICATION, NONE, make<Classes::NaiveBayes::Estimator>},
+        {BAGGING, CLASSIFICATION, ONE, make<Classes::Bagging::Estimator>},
+        {BAGGING, REGRESSION, ONE, make<Numbers::Bagging::Estimator>},
+        {BOOSTING, CLASSIFICATION, ONE, make<Classes::Boosting::Estimator>},
+        {BOOSTING, REGRESSION, ONE, make<Numbers::Boosting::Estimator>},
+        {RANDOM_TREES, CLASSIFICATION, NONE, make<Classes::RandomTrees::Estimator>},
+        {RANDOM_TREES, REGRESSION, NONE, make<Numbers::RandomTrees::Estimator>},
+        {FIND_BEST_MODEL, CLASSIFICATION, SEVERAL, make<Classes::FindBestModel::Estimator>},
+        {FIND_BEST_MODEL, REGRESSION, SEVERAL, make<Numbers::FindBestModel::Estimator>},
     };
     return all;
 }
@@ -71,21 +85,6 @@ const Algorithm& algorithmOf(const std::string& name, const std::string& kind) {
             return algorithm;
     if (isAlgorithm(name)) throw Failure(name + " does no " + kind);
     throw Failure("there is no algorithm '" + name + "'; the algorithms are " + algorithmNames());
-}
-
-std::pair<const Algorithm*, std::unique_ptr<Learner>> learnerOf(const WString& ladon,
-                                                                const std::string& source) {
-    for (const Algorithm& algorithm : algorithms()) {
-        std::unique_ptr<Learner> learner = algorithm.makeLearner();
-        try {
-            learner->estimator().fromLadonString(ladon);
-        } catch (const UnsupportedJSONModel&) {  // of another algorithm, or of none
-            continue;
-        }
-        requireAllTaken(algorithm, learner->estimator(), ladon);
-        return {&algorithm, std::move(learner)};
-    }
-    throw Failure(source + ": is no Ladon text of an estimator; the algorithms are " + algorithmNames());
 }
 
 }  // namespace Tessel::Cli

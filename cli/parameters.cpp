@@ -2,7 +2,6 @@
 #include <cmath>
 
 #include "learners.h"
-#include "terminal.h"
 
 // Parameters set by texts. An estimator reads them from its `Ladon` text, where it passes over what it does
 // not know; so names and values are checked here, against the estimator's own table of parameters.
@@ -10,25 +9,10 @@
 namespace Tessel::Cli {
 namespace {
 
-/// The texts of a row of the table of parameters.
-struct ParameterInfo {
-    WString key, type, admissibleValues;
-};
-
 WString lowerCase(WString text) {
     for (wchar_t& c : text)
         if (c >= L'A' && c <= L'Z') c = static_cast<wchar_t>(c - L'A' + L'a');
     return text;
-}
-
-std::vector<ParameterInfo> parametersOf(const EstimatorHandle& estimator) {
-    const DataFrameVector tables = estimator.toDataFrameVector();
-    const DataFrame& table = tables.at(tables.size() - 1);
-    const auto texts = [&](const wchar_t* column) { return table(Util::all, column).toStringVector(); };
-    const StringVector keys = texts(L"Name"), types = texts(L"Type"), values = texts(L"Admissible Values");
-    std::vector<ParameterInfo> parameters;
-    for (std::size_t i = 0; i < keys.size(); ++i) parameters.push_back({keys[i], types[i], values[i]});
-    return parameters;
 }
 
 StringVector cutAt(const WString& text, wchar_t separator) {
@@ -45,11 +29,6 @@ StringVector cutAt(const WString& text, wchar_t separator) {
 WString trimmed(const WString& text) {
     const std::size_t first = text.find_first_not_of(L' ');
     return first == WString::npos ? WString() : text.substr(first, text.find_last_not_of(L' ') - first + 1);
-}
-
-WString quoted(const WString& text) {
-    const WString array = StringVector{text}.toJson();
-    return array.substr(1, array.size() - 2);
 }
 
 WString numberJSON(const WString& text) {
@@ -98,15 +77,139 @@ StringVector meaningsOf(const ParameterInfo& parameter, const WString& value) {
     return meanings;
 }
 
-/// The `Ladon` text of an estimator with these members of "parameters".
-WString ladonOf(const Algorithm& algorithm, const StringVector& members) {
-    namespace Keyword = Ladon::Keyword;
-    return Util::join(
-        StringVector{quoted(Keyword::OBJECT_TYPE) + L":" + quoted(Keyword::ESTIMATOR),
-                     quoted(Keyword::MODEL_TYPE) + L":" + quoted(algorithm.kind),
-                     quoted(Keyword::MODEL_ALGORITHM) + L":" + quoted(algorithm.name),
-                     quoted(Keyword::PARAMETERS) + L":" + Util::join(members, L",", L"{", L"}")},
-        L",", L"{", L"}");
+/// The members of a `Ladon` text that tell what it describes.
+StringVector identityOf(const Algorithm& algorithm) {
+    return {quoted(Ladon::Keyword::OBJECT_TYPE) + L":" + quoted(Ladon::Keyword::ESTIMATOR),
+            quoted(Ladon::Keyword::MODEL_TYPE) + L":" + quoted(algorithm.kind),
+            quoted(Ladon::Keyword::MODEL_ALGORITHM) + L":" + quoted(algorithm.name)};
+}
+
+/// The member of "parameters" for one setting. The estimator tells whether it takes the value: it writes the
+/// parameters that were set.
+WString memberFor(const Algorithm& algorithm, const ParameterInfo& parameter, const WString& value) {
+    const std::unique_ptr<Learner> trial = algorithm.makeLearner();
+    const WString untouched = trial->estimator().toLadon();
+    try {
+        for (const WString& meaning : meaningsOf(parameter, value)) {
+            const WString member = quoted(parameter.key) + L":" + meaning;
+            StringVector members = identityOf(algorithm);
+            members.push_back(quoted(Ladon::Keyword::PARAMETERS) + L":{" + member + L"}");
+            trial->estimator().fromLadonString(Util::join(members, L",", L"{", L"}"));
+            if (trial->estimator().toLadon() != untouched) return member;
+        }
+    } catch (const ConversionFailure&) {     // no number
+    } catch (const UnsupportedJSONModel&) {  // written as JSON, but is none
+    }
+    throw notAValue(parameter, L"'" + value + L"'");
+}
+
+WString textOf(const Algorithm& algorithm, const EstimatorHandle& estimator, const Wishes& wishes);
+
+/// The members of "parameters" for the wishes; parameters of learners are not looked at.
+StringVector parameterMembers(const Algorithm& algorithm, const EstimatorHandle& estimator,
+                              const Wishes& wishes) {
+    const std::vector<ParameterInfo> parameters = parametersOf(estimator);
+    StringVector keys, members;
+    const auto add = [&](const ParameterInfo& parameter, const WString& value) {
+        if (keys.exists(parameter.key))
+            throw Failure("parameter " + Convert::toUtf8(parameter.key) + " is set twice");
+        keys.push_back(parameter.key);
+        members.push_back(memberFor(algorithm, parameter, value));
+    };
+    for (const Setting& setting : wishes.settings)
+        if (setting.parameter.find(L'.') == WString::npos)
+            add(parameterOf(parameters, algorithm, setting.parameter), setting.value);
+    // As with the setter of a prior probability, giving them means that they are to be used.
+    if (keys.exists(L"priorProb") && !keys.exists(L"priorProbMethod"))
+        add(parameterOf(parameters, algorithm, L"priorProbMethod"), L"EXPLICIT");
+    if (wishes.seed)
+        for (const ParameterInfo& parameter : parameters)
+            if (lowerCase(parameter.key).ends_with(L"seed") && !keys.exists(parameter.key))
+                add(parameter, Convert::toString(*wishes.seed));
+    return members;
+}
+
+/// The learners that are meant by the wishes for an algorithm that works through others.
+StringVector learnersOf(const Algorithm& algorithm, const StringVector& wanted) {
+    using enum Algorithm::Learners;
+    const std::string name = Convert::toUtf8(algorithm.name);
+    if (algorithm.learners == NONE && !wanted.empty()) throw Failure(name + " takes no --learner");
+    if (algorithm.learners == ONE && wanted.size() > 1) throw Failure(name + " takes one --learner");
+    if (!wanted.empty() || algorithm.learners == NONE) return wanted;
+    if (algorithm.learners == ONE) return {Ladon::ModelAlgorithm::DECISION_TREE};
+    StringVector all;
+    for (const Algorithm& other : algorithms())
+        if (other.kind == algorithm.kind && other.learners != SEVERAL) all.push_back(other.name);
+    return all;
+}
+
+/// The settings of a learner, without its name in front.
+std::vector<Setting> settingsFor(const WString& learner, const std::vector<Setting>& settings) {
+    std::vector<Setting> own;
+    for (const Setting& setting : settings)
+        if (setting.parameter.starts_with(learner + L"."))
+            own.push_back({setting.parameter.substr(learner.size() + 1), setting.value});
+    return own;
+}
+
+/// The `Ladon` texts of the learners of an estimator.
+StringVector learnerTexts(const Algorithm& algorithm, const Wishes& wishes) {
+    const StringVector learners = learnersOf(algorithm, wishes.learners);
+    for (const Setting& setting : wishes.settings) {
+        const std::size_t dot = setting.parameter.find(L'.');
+        if (dot != WString::npos && !learners.exists(setting.parameter.substr(0, dot)))
+            throw Failure(Convert::toUtf8(algorithm.name + L" has no learner '" +
+                                          setting.parameter.substr(0, dot) + L"' to set a parameter of"));
+    }
+    StringVector texts;
+    for (const WString& name : learners) {
+        const Algorithm& learner = algorithmOf(Convert::toUtf8(name), Convert::toUtf8(algorithm.kind));
+        texts.push_back(textOf(learner, learner.makeLearner()->estimator(),
+                               {settingsFor(name, wishes.settings), {}, wishes.seed}));
+    }
+    return texts;
+}
+
+/// The `Ladon` text of an estimator as it is wished.
+WString textOf(const Algorithm& algorithm, const EstimatorHandle& estimator, const Wishes& wishes) {
+    const StringVector texts = learnerTexts(algorithm, wishes);
+    const WString parameters = Util::join(parameterMembers(algorithm, estimator, wishes), L",", L"{", L"}");
+    StringVector members = identityOf(algorithm);
+    members.push_back(quoted(Ladon::Keyword::PARAMETERS) + L":" + parameters);
+    if (algorithm.learners == Algorithm::Learners::ONE)
+        members.push_back(quoted(Ladon::Keyword::WEAK_LEARNER) + L":" + texts[0]);
+    if (algorithm.learners == Algorithm::Learners::SEVERAL)
+        members.push_back(quoted(Ladon::Keyword::LEARNERS) + L":" + Util::join(texts, L",", L"[", L"]"));
+    return Util::join(members, L",", L"{", L"}");
+}
+
+}  // namespace
+
+std::vector<Setting> settingsOf(const std::vector<std::string>& texts) {
+    std::vector<Setting> settings;
+    for (const std::string& text : texts) {
+        const std::size_t equals = text.find('=');
+        if (equals == std::string::npos || equals == 0)
+            throw Failure("--set takes parameter=value, not '" + text + "'");
+        settings.push_back(
+            {Convert::fromUtf8(text.substr(0, equals)), Convert::fromUtf8(text.substr(equals + 1))});
+    }
+    return settings;
+}
+
+WString quoted(const WString& text) {
+    const WString array = StringVector{text}.toJson();
+    return array.substr(1, array.size() - 2);
+}
+
+std::vector<ParameterInfo> parametersOf(const EstimatorHandle& estimator) {
+    const DataFrameVector tables = estimator.toDataFrameVector();
+    const DataFrame& table = tables.at(tables.size() - 1);
+    const auto texts = [&](const wchar_t* column) { return table(Util::all, column).toStringVector(); };
+    const StringVector keys = texts(L"Name"), types = texts(L"Type"), values = texts(L"Admissible Values");
+    std::vector<ParameterInfo> parameters;
+    for (std::size_t i = 0; i < keys.size(); ++i) parameters.push_back({keys[i], types[i], values[i]});
+    return parameters;
 }
 
 const ParameterInfo& parameterOf(const std::vector<ParameterInfo>& parameters, const Algorithm& algorithm,
@@ -127,96 +230,12 @@ Failure notAValue(const ParameterInfo& parameter, const WString& what) {
     return Failure(Convert::toUtf8(text));
 }
 
-/// The member of "parameters" for one setting. The estimator tells whether it takes the value: it writes the
-/// parameters that were set.
-WString memberFor(const Algorithm& algorithm, const ParameterInfo& parameter, const WString& value) {
-    const std::unique_ptr<Learner> trial = algorithm.makeLearner();
-    const WString untouched = trial->estimator().toLadon();
+void setParameters(const Algorithm& algorithm, EstimatorHandle& estimator, const Wishes& wishes) {
+    const WString text = textOf(algorithm, estimator, wishes);
     try {
-        for (const WString& meaning : meaningsOf(parameter, value)) {
-            const WString member = quoted(parameter.key) + L":" + meaning;
-            trial->estimator().fromLadonString(ladonOf(algorithm, StringVector{member}));
-            if (trial->estimator().toLadon() != untouched) return member;
-        }
-    } catch (const ConversionFailure&) {     // no number
-    } catch (const UnsupportedJSONModel&) {  // written as JSON, but is none
-    }
-    throw notAValue(parameter, L"'" + value + L"'");
-}
-
-/// The names of the members of the object that is the member `name` of the root.
-/// @pre the text is well-formed JSON
-StringVector memberNames(const WString& json, const WString& name) {
-    StringVector names, text;
-    WString key;
-    int depth = 0;
-    bool isInside = false;
-    for (std::size_t i = 0; i < json.size(); ++i) {
-        const wchar_t c = json[i];
-        if (c == L'"') {
-            const std::size_t begin = i++;
-            while (json[i] != L'"') i += json[i] == L'\\' ? 2u : 1u;
-            text.fromJsonString(L"[" + json.substr(begin, i + 1 - begin) + L"]");
-        } else if (c == L'{' || c == L'[') {
-            isInside = isInside || (depth == 1 && c == L'{' && key == name);
-            ++depth;
-        } else if (c == L'}' || c == L']') {
-            --depth;
-            isInside = isInside && depth > 1;
-        } else if (c == L':' && depth == 1) {
-            key = text[0];
-        } else if (c == L':' && depth == 2 && isInside) {
-            names.push_back(text[0]);
-        }
-    }
-    return names;
-}
-
-}  // namespace
-
-std::vector<Setting> settingsOf(const std::vector<std::string>& texts) {
-    std::vector<Setting> settings;
-    for (const std::string& text : texts) {
-        const std::size_t equals = text.find('=');
-        if (equals == std::string::npos || equals == 0)
-            throw Failure("--set takes parameter=value, not '" + text + "'");
-        settings.push_back(
-            {Convert::fromUtf8(text.substr(0, equals)), Convert::fromUtf8(text.substr(equals + 1))});
-    }
-    return settings;
-}
-
-void setParameters(const Algorithm& algorithm, EstimatorHandle& estimator,
-                   const std::vector<Setting>& settings, const int* seed) {
-    const std::vector<ParameterInfo> parameters = parametersOf(estimator);
-    StringVector keys, members;
-    const auto add = [&](const ParameterInfo& parameter, const WString& value) {
-        keys.push_back(parameter.key);
-        members.push_back(memberFor(algorithm, parameter, value));
-    };
-    for (const Setting& setting : settings) {
-        const ParameterInfo& parameter = parameterOf(parameters, algorithm, setting.parameter);
-        if (keys.exists(parameter.key))
-            throw Failure("parameter " + Convert::toUtf8(parameter.key) + " is set twice");
-        add(parameter, setting.value);
-    }
-    // As with the setter of a prior probability, giving them means that they are to be used.
-    if (keys.exists(L"priorProb") && !keys.exists(L"priorProbMethod"))
-        add(parameterOf(parameters, algorithm, L"priorProbMethod"), L"EXPLICIT");
-    if (seed)
-        for (const ParameterInfo& parameter : parameters)
-            if (lowerCase(parameter.key).ends_with(L"seed") && !keys.exists(parameter.key))
-                add(parameter, Convert::toString(*seed));
-    estimator.fromLadonString(ladonOf(algorithm, members));
-}
-
-void requireAllTaken(const Algorithm& algorithm, const EstimatorHandle& estimator, const WString& ladon) {
-    const std::vector<ParameterInfo> parameters = parametersOf(estimator);
-    const WString taken = estimator.toLadon();
-    for (const WString& name : memberNames(ladon, Ladon::Keyword::PARAMETERS)) {
-        const ParameterInfo& parameter = parameterOf(parameters, algorithm, name);
-        if (taken.find(quoted(parameter.key) + L":") == WString::npos)
-            throw notAValue(parameter, L"what the text has");
+        estimator.fromLadonString(text);
+    } catch (const UnsupportedJSONModel&) {
+        throw Failure(Convert::toUtf8(algorithm.name) + " cannot take this --learner");
     }
 }
 

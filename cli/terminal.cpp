@@ -92,12 +92,19 @@ Progress::~Progress() {
     thread_.join();
 }
 
+void Progress::report(double shareDone) {
+    const std::lock_guard lock(mutex_);
+    shareDone_ = shareDone;
+}
+
 void Progress::run() {
     std::unique_lock lock(mutex_);
     std::size_t length = 0;
     for (int seconds = 1; !changed_.wait_for(lock, std::chrono::seconds(1), [this] { return isDone_; });
          ++seconds) {
-        const std::string line = text_ + " ... " + std::to_string(seconds) + " s";
+        std::string line = text_ + " ... ";
+        if (shareDone_ >= 0.0) line += std::to_string(static_cast<int>(100.0 * shareDone_)) + " % ";
+        line += std::to_string(seconds) + " s";
         length = line.size();
         std::fprintf(stderr, "\r%s", line.c_str());
         std::fflush(stderr);

@@ -36,6 +36,9 @@ class Progress {
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
+    /// @param shareDone  from 0 to 1; nothing is told of it until it is first given
+    void report(double shareDone);
+
  private:
     void run();
 
@@ -43,6 +46,7 @@ class Progress {
     std::mutex mutex_;
     std::condition_variable changed_;
     bool isDone_ = false;
+    double shareDone_ = -1.0;
     std::thread thread_;  // last, so that it finds all others made
 };
 

@@ -37,10 +37,10 @@ StringVector partsOf(const WString& json) {
     return parts;
 }
 
-/// The text of the value of a member, empty when there is none, or of the names of all members.
 struct Member {
     WString name, value;
 };
+/// The members of an object, their values as texts. @pre the text is a well-formed JSON object
 std::vector<Member> membersOf(const WString& json) {
     std::vector<Member> members;
     for (const WString& part : partsOf(json)) {
@@ -80,7 +80,12 @@ void requireTaken(const Algorithm& algorithm, const EstimatorHandle& estimator, 
 
 std::pair<const Algorithm*, std::unique_ptr<Learner>> learnerOf(const WString& ladon,
                                                                 const std::string& source) {
-    auto read = readLearner(ladon);
+    std::pair<const Algorithm*, std::unique_ptr<Learner>> read;
+    try {
+        read = readLearner(ladon);
+    } catch (const Exception& error) {
+        throw Failure(source + ": " + error.what());
+    }
     if (!read.first)
         throw Failure(source + ": is no Ladon text of an estimator; the algorithms are " + algorithmNames());
     for (const Member& member : membersOf(ladon)) {

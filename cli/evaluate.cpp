@@ -36,21 +36,28 @@ metrics; for numbers the metrics of their errors. A log loss is told where the m
 /// What a model says about a table.
 struct Scores {
     DataFrame predicted;
-    DataFrame posteriors;  ///< without columns for regressions
-    WString successClass;  ///< empty for more than two classes without one
-    bool isClassification = false;
+    DataFrame posteriors = {};  ///< a column per class; none for regressions
+    StringVector classes = {};
+    WString successClass = {};  ///< empty for more than two classes without one
+
+    bool isClassification() const { return !classes.empty(); }
+    /// The probability of the success class.
+    DataFrameColumn successProbability() const {
+        return posteriors(Util::all, static_cast<int>(classes.find(successClass)));
+    }
 };
 
 Scores scoresOf(const Supervised::Modelable& model, const DataFrame& table) {
     const auto* const classifier = dynamic_cast<const Supervised::Classification::Modelable*>(&model);
-    if (!classifier) return {model.predict(table), {}, {}, false};
-    return {classifier->predict(table), classifier->posteriorProbability(table),
-            classifier->getSuccessClass(), true};
+    if (!classifier) return {model.predict(table)};
+    return {classifier->predict(table), classifier->posteriorProbability(table), classifier->getClasses(),
+            classifier->getSuccessClass()};
 }
 
 Scores scoresOf(const LoadedModel& model, const DataFrame& table) {
-    if (model.getKind() != Ladon::TaskKind::CLASSIFICATION) return {model.predict(table), {}, {}, false};
-    return {model.predict(table), model.posteriorProbability(table), model.getSuccessClass(), true};
+    if (model.getKind() != Ladon::TaskKind::CLASSIFICATION) return {model.predict(table)};
+    return {model.predict(table), model.posteriorProbability(table), model.getClasses(),
+            model.getSuccessClass()};
 }
 
 /// One row of metrics; what does not exist for these classes is left out.
@@ -65,7 +72,7 @@ DataFrame classificationMetrics(const TrainingData& data, const Scores& scores) 
         add(L"Accuracy", Metrics::accuracy(data.target, predicted, data.weights));
     } else {
         metrics = Evaluator::classificationMetrics(data.target, predicted, success, data.weights);
-        const DataFrameColumn ofSuccess = scores.posteriors(Util::all, L"Posterior Probability: " + success);
+        const DataFrameColumn ofSuccess = scores.successProbability();
         add(L"AUC", Metrics::AUC(data.target, ofSuccess, success, data.weights));
     }
     try {
@@ -80,17 +87,17 @@ DataFrameVector tablesOf(const TrainingData& data, const Scores& scores, const O
                          const WString& part) {
     DataFrameVector tables;
     const DataFrameColumn predicted = scores.predicted(Util::all, 0);
-    if (scores.isClassification) {
+    if (scores.isClassification()) {
         tables.push_back(Evaluator::confusion(data.target, predicted, {}, data.weights));
         tables.push_back(Evaluator::classificationSummary(data.target, predicted, data.weights));
         tables.push_back(classificationMetrics(data, scores));
     } else {
         tables.push_back(Evaluator::regressionMetrics(data.target, predicted, data.weights));
     }
-    if ((options.withROC || options.withGains) && scores.isClassification) {
+    if ((options.withROC || options.withGains) && scores.isClassification()) {
         const WString& success = scores.successClass;
         if (success.empty()) throw Failure("ROC curve and gains need a --success-class");
-        const DataFrameColumn ofSuccess = scores.posteriors(Util::all, L"Posterior Probability: " + success);
+        const DataFrameColumn ofSuccess = scores.successProbability();
         if (options.withROC)
             tables.push_back(Evaluator::rocCurve(data.target, ofSuccess, success, data.weights));
         if (options.withGains)
@@ -126,7 +133,9 @@ DataFrameVector evaluateAlgorithm(const Options& options) {
         cutTable(DataSource(options.data).read(), options.target, sourceName(options.data.path));
     if (options.validationShare == 0.0) {
         const Fitted fitted = fitModel(options.fitting, all, nullptr);
-        return tablesOf(all, scoresOf(*fitted.model, all.features), options, L"Training");
+        DataFrameVector tables = tablesOf(all, scoresOf(*fitted.model, all.features), options, L"Training");
+        if (!fitted.comparison.empty()) tables.push_back(fitted.comparison);
+        return tables;
     }
     const Partition parts =
         split(all.features.getNumRows(), options.validationShare, seedOf(options.fitting));
@@ -135,6 +144,7 @@ DataFrameVector evaluateAlgorithm(const Options& options) {
     DataFrameVector tables =
         tablesOf(training, scoresOf(*fitted.model, training.features), options, L"Training");
     tables.append(tablesOf(validation, scoresOf(*fitted.model, validation.features), options, L"Validation"));
+    if (!fitted.comparison.empty()) tables.push_back(fitted.comparison);
     return tables;
 }
 

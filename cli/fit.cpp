@@ -26,6 +26,9 @@ Examples:
     tessel fit decisionTree sales.csv --target revenue --weights count --ignore id,comment -m sales.json
   A tree that is grown on 70 % of the rows and pruned by the other 30 %:
     tessel fit decisionTree iris.csv --target Species --validation 0.3 --set prunedTreeType=BEST_PRUNED -m iris.pmml
+  Boosting of small trees, and the best of several algorithms by the rows that are held out:
+    tessel fit boosting iris.csv --target Species --set decisionTree.maxNumLevels=2 -m iris.pmml
+    tessel fit findBestModel iris.csv --target Species --validation 0.3 --learner naiveBayes,bagging -m iris.pmml
   An estimator that is described by a file; the model goes to the next program:
     tessel fit --estimator tree.ladon iris.csv --target Species | tessel score - new.csv)";
 
@@ -51,14 +54,14 @@ void fit(Options& options) {
     }
     const Fitted fitted =
         fitModel(options.fitting, training, options.validationShare > 0.0 ? &validation : nullptr);
-    // PMML has no searches; it gets the model that was found.
-    const Supervised::Modelable& model = fitted.best && format == "pmml" ? *fitted.best : *fitted.model;
-    writeBytes(Convert::toUtf8(modelText(model, format)), options.model);
+    writeBytes(Convert::toUtf8(modelText(*fitted.model, format)), options.model);
     if (options.model.empty() || options.model == "-") return;
     WString told = fitted.algorithm + L" (" + fitted.kind + L") of " + all.target.getColName() + L": " +
                    Convert::toString(training.features.getNumRows()) + L" rows, " +
                    Convert::toString(all.numFeatures()) + L" inputs\n";
-    if (fitted.best) told += L"best learner: " + fitted.bestName + L"\n";
+    for (const WString& failure : fitted.failures) told += failure + L"\n";
+    if (!fitted.best.empty())
+        told += L"best learner: " + fitted.best + L"\n\n" + fitted.comparison.toString() + L"\n";
     writeBytes(Convert::toUtf8(told) + "model written to " + options.model + "\n", "");
 }
 

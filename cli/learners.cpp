@@ -15,10 +15,12 @@ class LearnerOf : public Learner {
         const auto model = std::make_shared<Model>(fitted(training, validation));
         if constexpr (requires { model->getBestLearnerType(); }) {
             const TrainingData& judge = validation ? *validation : training;
-            const WString name = model->findBestLearner(judge.features, judge.target);
-            return {model, model->getModel(model->getBestLearnerType()), name};
+            const WString best = model->findBestLearner(judge.features, judge.target);
+            DataFrame comparison = model->getMetrics();
+            comparison.setName(L"Learners");
+            return {model, best, comparison, model->getFittingLog()};
         } else {
-            return {model, nullptr, {}};
+            return {model, {}, {}, {}};
         }
     }
 

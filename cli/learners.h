@@ -15,9 +15,10 @@ namespace Tessel::Cli {
 /// What a fit gives.
 struct FitResult {
     std::shared_ptr<Supervised::Modelable> model;
-    /// Of a search among learners: the best one's model, and its display name.
-    std::shared_ptr<Supervised::Modelable> best;
-    WString bestName;
+    // Of a search among learners:
+    WString best;           ///< the display name of the learner that was best
+    DataFrame comparison;   ///< the metrics of all of them
+    StringVector failures;  ///< a message for each one that could not be fitted
 };
 
 /// An estimator of whatever algorithm.

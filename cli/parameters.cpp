@@ -234,7 +234,7 @@ void setParameters(const Algorithm& algorithm, EstimatorHandle& estimator, const
     const WString text = textOf(algorithm, estimator, wishes);
     try {
         estimator.fromLadonString(text);
-    } catch (const UnsupportedJSONModel&) {
+    } catch (const Exception&) {  // all parameters were tried before
         throw Failure(Convert::toUtf8(algorithm.name) + " cannot take this --learner");
     }
 }

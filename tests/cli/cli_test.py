@@ -29,6 +29,13 @@ from pmml_scorer import Scorer  # noqa: E402
 
 PROGRAM = Path()
 COMMANDS = ["fit", "score", "posteriors", "evaluate", "describe", "report", "convert"]
+ALGORITHMS = {  # with options; an odd number of voters, since ties go by the cut-off, which PMML has not
+    "decisionTree": ["--set", "maxNumLevels=4"],
+    "naiveBayes": [],
+    "bagging": ["--learner", "naiveBayes", "--set", "numWeakLearners=5"],
+    "boosting": ["--set", "decisionTree.maxNumLevels=2"],
+    "randomTrees": ["--set", "numWeakLearners=5", "--set", "numSelectedFeatures=2"],
+}
 TARGETS = {"iris.csv": "Species", "breast_cancer.csv": "diagnosis", "pima_tr2.csv": "type"}
 
 
@@ -75,7 +82,7 @@ class Program(unittest.TestCase):
 class Models(Program):
     def test_are_scored_as_an_independent_program_scores_their_pmml(self):
         for data, target in TARGETS.items():
-            for algorithm, options in {"decisionTree": ["--set", "maxNumLevels=4"], "naiveBayes": []}.items():
+            for algorithm, options in ALGORITHMS.items():
                 with self.subTest(data=data, algorithm=algorithm):
                     self.fit(algorithm, data, "model.pmml", *options)
                     scored = rows_of(self.run_well("posteriors", "model.pmml", data, "--with-prediction"))
@@ -86,9 +93,10 @@ class Models(Program):
                         expected = scorer.score({name: row[name] for name in row if name != target})
                         self.assertEqual(got["Predicted Class"], expected.prediction)
                         for label in {row[target] for row in rows}:
-                            # Logarithms of 30 densities add up to hundreds: 1e-9 is 1e4 roundings of these.
-                            self.assertAlmostEqual(float(got["Posterior Probability: " + label]),
-                                                   expected.probabilities[label], delta=1e-9)
+                            # Ensembles name the columns by the classes alone. Logarithms of 30 densities add
+                            # up to hundreds: 1e-9 is 1e4 roundings of these.
+                            probability = got.get("Posterior Probability: " + label) or got[label]
+                            self.assertAlmostEqual(float(probability), expected.probabilities[label], delta=1e-9)
 
     def test_of_numbers_are_scored_so_too(self):
         self.run_well("fit", "decisionTree", "pima_tr2.csv", "--target", "glu", "--ignore", "type,ped", "--set",
@@ -143,6 +151,43 @@ class Fits(Program):
                                               "json", *options)
                 self.assertEqual(from_settings, from_file)
                 self.assertNotEqual(from_settings, plain)
+
+    def test_take_learners_from_settings_as_from_a_ladon_file(self):
+        def described(algorithm, **members):
+            return {"objectType": "estimator", "type": "classification", "algorithm": algorithm,
+                    "parameters": {}} | members
+
+        small, smooth = {"maxNumLevels": 1}, {"laplaceSmoothing": 2.5}
+        cases = [
+            (["bagging", "--set", "decisionTree.maxNumLevels=1"],
+             described("bagging", weakLearner=described("decisionTree", parameters=small))),
+            (["boosting", "--learner", "naiveBayes", "--set", "naiveBayes.laplaceSmoothing=2.5"],
+             described("boosting", weakLearner=described("naiveBayes", parameters=smooth))),
+            (["findBestModel", "--learner", "naiveBayes,bagging", "--set", "bagging.decisionTree.maxNumLevels=1"],
+             described("findBestModel", learners=[
+                 described("naiveBayes"),
+                 described("bagging", weakLearner=described("decisionTree", parameters=small))])),
+        ]
+        for arguments, description in cases:
+            with self.subTest(arguments=arguments):
+                self.write("e.ladon", json.dumps(description))
+                common = ["pima_tr2.csv", "--target", "type", "--as", "json"]
+                from_settings = self.run_well("fit", arguments[0], *common, *arguments[1:])
+                self.assertEqual(from_settings, self.run_well("fit", "--estimator", "e.ladon", *common))
+                self.assertNotEqual(from_settings, self.run_well("fit", arguments[0], *common))
+
+    def test_of_searches_choose_what_is_best_alone(self):
+        split = ["pima_tr2.csv", "--target", "type", "--validation", "0.4", "--seed", "3"]
+        accuracies = {}
+        for algorithm in ("decisionTree", "naiveBayes", "randomTrees"):
+            metrics = self.table("evaluate", algorithm, *split, name="Metrics: Validation")
+            accuracies[algorithm] = float(metrics[0]["Accuracy"])
+        best = max(accuracies, key=accuracies.get)
+        self.assertEqual(list(accuracies.values()).count(accuracies[best]), 1)
+        told = self.run_well("fit", "findBestModel", *split, "--learner", ",".join(accuracies), "-m", "best.pmml")
+        self.assertIn(f"{accuracies[best]:.6g}", told)
+        facts = {r["Name"]: r["Value"] for r in self.table("describe", "best.pmml", name="Model")}
+        self.assertEqual(facts["Algorithm"], best)
 
     def test_weigh_a_row_as_often_as_it_stands_there(self):
         rows = [(x, (x * 7) % 5, x % 3 + 1) for x in range(40)]
@@ -350,6 +395,9 @@ class Errors(Program):
         for name, parameters in {"unknown": {"maxLevels": 3}, "mistyped": {"maxNumLevels": "3"}}.items():
             self.write(name + ".ladon", json.dumps({"objectType": "estimator", "type": "classification",
                                                     "algorithm": "decisionTree", "parameters": parameters}))
+        tree = json.loads(self.read("unknown.ladon"))
+        self.write("nested.ladon", json.dumps({"objectType": "estimator", "type": "classification", "parameters": {},
+                                               "algorithm": "bagging", "weakLearner": tree}))
 
     CASES = [  # command line, exit status, what the message tells
         ("fit decisionTree nosuch.csv --target y", 1, r"nosuch\.csv: cannot be read"),
@@ -393,6 +441,13 @@ class Errors(Program):
         ("fit decisionTree iris.csv --target Species --set categoricalFeaturesNames=[", 1, r"StringVector"),
         ("fit decisionTree iris.csv --target Species --set maxNumLevels=1 --set maxnumlevels=2", 1,
          r"set twice"),
+        ("fit bagging iris.csv --target Species --learner randomTrees", 1, r"bagging cannot take this --learner"),
+        ("fit bagging iris.csv --target Species --learner decisionTree,naiveBayes", 1, r"takes one --learner"),
+        ("fit naiveBayes iris.csv --target Species --learner decisionTree", 1, r"takes no --learner"),
+        ("fit bagging iris.csv --target Species --set naiveBayes.a=1", 1, r"no learner 'naiveBayes'"),
+        ("fit bagging iris.csv --target Species --set decisionTree.a=1", 1, r"decisionTree has no parameter 'a'"),
+        ("fit bagging iris.csv --target PetalWidth --learner naiveBayes", 1, r"naiveBayes does no regression"),
+        ("fit --estimator nested.ladon iris.csv --target Species", 1, r"no parameter 'maxLevels'"),
         ("fit --estimator unknown.ladon iris.csv --target Species", 1, r"no parameter 'maxLevels'"),
         ("fit --estimator mistyped.ladon iris.csv --target Species", 1,
          r"maxNumLevels, which is of type int"),
@@ -483,10 +538,10 @@ class Documentation(Program):
         self.write("sales.csv", "id,comment,price,count,revenue\n" + "".join(sales))
         self.write("tree.ladon", json.dumps({"objectType": "estimator", "type": "classification",
                                              "algorithm": "decisionTree", "parameters": {"maxNumLevels": 3}}))
-        for name in ("iris.pmml", "iris.json", "iris.ladon"):
-            self.fit("decisionTree", "iris.csv", name)
         num_examples = 0
         for command in ["", *COMMANDS]:
+            for name in ("iris.pmml", "iris.json", "iris.ladon"):
+                self.fit("decisionTree", "iris.csv", name)
             text = self.run_well(*command.split(), "--help").split("\nExamples:\n")[1]
             for example in re.findall(r"^ +((?:cat \S+ \| )?tessel .*)$", text, re.MULTILINE):
                 with self.subTest(example=example):

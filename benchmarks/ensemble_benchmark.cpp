@@ -58,8 +58,8 @@ void run(const Task& task, const Estimator& estimator) {
         quality = task.target.isNumeric() ? Metrics::R2(task.target, predicted)
                                           : Metrics::accuracy(task.target, predicted);
     }
-    std::printf("{\"fit\": %.6g, \"score\": %.6g, \"quality\": %.6g, \"before\": %.6g, \"peak\": %.6g}\n", fit,
-                score, quality, before, megabytes("VmHWM"));
+    std::printf("{\"fit\": %.6g, \"score\": %.6g, \"quality\": %.6g, \"before\": %.6g, \"peak\": %.6g}\n",
+                fit, score, quality, before, megabytes("VmHWM"));
 }
 
 template <class Tree>
@@ -105,7 +105,8 @@ int main(int argc, char** argv) {
     if (!file) return 1;
     if (numClasses > 0) {
         StringVector labels;
-        for (const double code : target) labels.push_back(L"class " + std::to_wstring(static_cast<int>(code)));
+        for (const double code : target)
+            labels.push_back(L"class " + std::to_wstring(static_cast<int>(code)));
         task.target = DataFrameColumn(L"y", labels);
         runKind<Classification::DecisionTree::Estimator, Classification::Bagging::Estimator,
                 Classification::Boosting::Estimator, Classification::RandomTrees::Estimator>(

@@ -40,3 +40,4 @@
 #include <tessel/scoring/capi/tessel_c.h>
 #include <tessel/scoring/facades.h>
 #include <tessel/scoring/fitted_model.h>
+#include <tessel/synthetic_data_generator.h>

@@ -188,14 +188,13 @@ std::shared_ptr<IModelable> IEstimator::fitResample(const TrainingFeatures& feat
         return model;
     };
     if (resample.rows.empty())
-        return fitOn(
-            {features, target, priors(target.classes, classSizes(target, {})), {}, preparation, true},
-            target.counts, 0);
+        return fitOn({features, target, priors(target.classes, classSizes(target, {})), {}, preparation},
+                     target.counts, 0);
     if (takesMultiplicities()) {
         std::vector<double> counts(target.classes.size(), 0.0);
         for (const std::int32_t row : resample.rows) counts[classOf(row)] += 1.0;
         return fitOn({features, target, priors(target.classes, classSizes(target, resample.multiplicities)),
-                      resample.multiplicities, preparation, true},
+                      resample.multiplicities, preparation},
                      std::move(counts), resample.rows.front());
     }
     const TrainingFeatures drawnFeatures = selectRows(features, resample.rows);

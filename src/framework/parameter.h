@@ -38,6 +38,7 @@ struct ParameterType;
         static web::json::value toJSON(const T& value);                 \
         static std::optional<T> fromJSON(const web::json::value& json); \
     }
+TESSEL_PARAMETER_TYPE(bool, L"bool");
 TESSEL_PARAMETER_TYPE(int, L"int");
 TESSEL_PARAMETER_TYPE(double, L"double");
 TESSEL_PARAMETER_TYPE(WString, L"WString");

@@ -50,6 +50,13 @@ const value* findMember(const value& object, const WString& name) {
 
 std::string narrowText(const WString& text) { return Convert::toUtf8Lossy(text); }
 
+WString ParameterType<bool>::text(const bool& flag) { return flag ? L"true" : L"false"; }
+value ParameterType<bool>::toJSON(const bool& flag) { return value::boolean(flag); }
+std::optional<bool> ParameterType<bool>::fromJSON(const value& json) {
+    if (!json.is_boolean()) return std::nullopt;
+    return json.as_bool();
+}
+
 WString ParameterType<int>::text(const int& number) { return Convert::toString(number); }
 value ParameterType<int>::toJSON(const int& number) { return value::number(number); }
 std::optional<int> ParameterType<int>::fromJSON(const value& json) {

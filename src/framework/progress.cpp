@@ -8,6 +8,11 @@ void Progress::report(double shareDone, const WString& activity) const {
     if (callback_ && !callback_(shareDone, activity)) throw FitCancelled();
 }
 
+std::function<void(double)> Progress::watch(const WString& activity) const {
+    if (!callback_) return {};
+    return [this, activity](double shareDone) { report(shareDone, activity); };
+}
+
 Progress Progress::part(double begin, double end) const {
     if (!callback_) return {};
     return Progress([whole = callback_, begin, end](double shareDone, const WString& activity) {

@@ -16,6 +16,9 @@ class Progress {
     /// The progress of one step of several, which take up the shares from `begin` to `end`.
     Progress part(double begin, double end) const;
 
+    /// For engines, which tell shares only; empty when nobody watches. It refers to this object.
+    std::function<void(double)> watch(const WString& activity) const;
+
     const ProgressCallback& callback() const { return callback_; }
 
  private:

@@ -58,7 +58,7 @@ std::shared_ptr<IModelable> IEstimator::fitResample(const TrainingFeatures& feat
                                                     const Supervised::Preparation* preparation) const {
     std::shared_ptr<IModelable> model;
     if (resample.rows.empty() || takesMultiplicities()) {
-        model = fitEngine({features, target, resample.multiplicities, preparation, true});
+        model = fitEngine({features, target, resample.multiplicities, preparation});
     } else {
         std::vector<double> drawn;
         drawn.reserve(resample.rows.size());

@@ -34,7 +34,6 @@ struct TrainingSet {
     /// How often each row is a record, for families that take multiplicities; empty for once.
     std::span<const std::int32_t> multiplicities = {};
     const Supervised::Preparation* preparation = nullptr;  ///< of the family itself, or null
-    bool isOneOfMany = false;  ///< whether other fits on the same table follow, so that memory for them pays
     Progress progress = {};
 };
 

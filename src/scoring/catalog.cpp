@@ -3,19 +3,13 @@
 #include <algorithm>
 #include <vector>
 
-#include <tessel/bagging.h>
-#include <tessel/boosting.h>
 #include <tessel/data/convert.h>
-#include <tessel/find_best_model.h>
 #include <tessel/framework/errors.h>
 #include <tessel/framework/ladon.h>
-#include <tessel/random_trees.h>
+#include <tessel/scaler.h>
 
-#include "supervised/bagging/model.h"
-#include "supervised/boosting/model.h"
 #include "supervised/learner_catalog.h"
-#include "supervised/find_best_model/model.h"
-#include "supervised/random_trees/model.h"
+#include "transformation/scaler/model.h"
 
 namespace Tessel::Scoring {
 namespace {
@@ -55,6 +49,24 @@ CatalogRow learner(const Family& family) {
             [&family](const std::shared_ptr<IPortableModel>& model) {
                 return loadedLearner(model,
                                      family.makeModel(std::static_pointer_cast<Implementation>(model)));
+            }};
+}
+
+/// The row of a family of transformers.
+template <class Implementation, class Handle>
+CatalogRow transformer() {
+    return {Audience::TRANSFORMER,
+            Implementation().type(),
+            kOwnAlgorithm,
+            kAnyFunction,
+            [] { return std::make_shared<Implementation>(); },
+            [](const std::shared_ptr<IPortableModel>& model) {
+                const auto handle = std::make_shared<Handle>(std::static_pointer_cast<Implementation>(model));
+                Loaded loaded;
+                loaded.implementation = model;
+                loaded.reporter = handle;
+                loaded.transformer = handle;
+                return loaded;
             }};
 }
 
@@ -101,8 +113,7 @@ void addOthers(std::vector<CatalogRow>& rows) {
     for (const auto& [algorithm, name] : series)
         rows.push_back(planned(Audience::FORECASTER, TIME_SERIES, algorithm, L"TimeSeriesModel", name,
                                kOwnAlgorithm, kAnyFunction));
-    rows.push_back(planned(Audience::TRANSFORMER, TRANSFORMATION, Algorithm::RESCALING,
-                           L"TransformationModel", L"Rescaling", kOwnAlgorithm, kAnyFunction));
+    rows.push_back(transformer<Scaler::IModel, Scaler::Model>());
     rows.push_back(planned(Audience::TRANSFORMER, TEXT_MINING, Algorithm::TF_IDF, L"TransformationModel",
                            L"TFIDF", kOwnAlgorithm, kAnyFunction));
     rows.push_back(planned(Audience::NOBODY, TEXT_MINING, Algorithm::LSA, L"TextModel", L""));

@@ -3,6 +3,7 @@
 #include <limits>
 
 #include <tessel/framework/errors.h>
+#include <tessel/scaler.h>
 
 #include "framework/supervised.h"
 
@@ -60,6 +61,21 @@ const WString& Predictor::getTargetColName() const {
     static const WString none;
     const Loaded& model = as<IFacade>().model();
     return model.learner ? model.learner->getTargetColName() : none;
+}
+
+std::shared_ptr<Scaler::Model> Predictor::getScaler() const {
+    const Loaded& model = as<IFacade>().model();
+    if (!model.learner) return nullptr;
+    const PMML::ColumnScaling& scaling = model.learner->getInputScaling();
+    StringVector columns;
+    Vector shifts, scales;
+    for (const WString& column : model.learner->getColNames()) {
+        if (!scaling.isScaled(column)) continue;
+        columns.push_back(column);
+        shifts.push_back(scaling.getShift(column));
+        scales.push_back(scaling.getScale(column));
+    }
+    return columns.empty() ? nullptr : std::make_shared<Scaler::Model>(columns, shifts, scales);
 }
 
 namespace {

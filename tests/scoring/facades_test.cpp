@@ -3,6 +3,7 @@
 #include <tessel/decision_tree.h>
 #include <tessel/framework/errors.h>
 #include <tessel/naive_bayes.h>
+#include <tessel/scaler.h>
 #include <tessel/scoring/facades.h>
 
 #include "scoring/catalog.h"
@@ -52,11 +53,36 @@ TEST(Facades, LoadEveryTextOfAClassifierAndScoreLikeIt) {
         EXPECT_EQ(classifier.getColNames(), model.getColNames());
         EXPECT_EQ(classifier.getTargetColName(), model.getTargetColName());
         EXPECT_EQ(classifier.getClasses(), model.getClasses());
+        EXPECT_EQ(classifier.getScaler(), nullptr);
         EXPECT_EQ(classifier.getSuccessClass(), model.getSuccessClass());
         EXPECT_GT(classifier.toDataFrameVector().size(), 2);
     }
     EXPECT_EQ(fromJSON.toLadon(), model.toLadon());
     EXPECT_EQ(fromJSON.getIndexColNames(), (StringVector{L"id"}));
+}
+
+TEST(Facades, ScalingInTheTextIsAppliedAndTold) {
+    const Scaler::Model scaler(StringVector{L"first", L"second"}, Vector{1.0, -0.25}, Vector{0.1, 3.0});
+    const auto model =
+        Classification::DecisionTree::Estimator().fit(scaler.transform(data().features), data().target);
+    Classifier classifier;
+    classifier.fromPMMLString(model.toPMML(scaler));
+    EXPECT_EQ(classifier.posteriorProbability(data().features).toString(),
+              model.posteriorProbability(scaler.transform(data().features)).toString());
+    const auto read = classifier.getScaler();
+    ASSERT_NE(read, nullptr);
+    EXPECT_EQ(read->getShift(L"second"), -0.25);
+    EXPECT_EQ(read->getScale(L"first"), 0.1);
+
+    Scoring::Transformer transformer;
+    for (const WString& text : {scaler.toPMML(), scaler.toJSON(), scaler.toLadon()}) {
+        transformer.fromString(text);
+        EXPECT_EQ(transformer.transform(data().features).toString(),
+                  scaler.transform(data().features).toString());
+        EXPECT_EQ(transformer.getColNames(), scaler.getColNames());
+        EXPECT_EQ(transformer.getKind(), L"transformation");
+    }
+    EXPECT_THROW(classifier.fromPMMLString(scaler.toPMML()), UnsupportedPMMLFormat);
 }
 
 TEST(Facades, RulesOfClassesReachTheModel) {
@@ -91,7 +117,7 @@ TEST(Facades, ChooseTheFamilyByElementAlgorithmAndFunction) {
                          {L"TimeSeriesModel", L"ARIMA", L"timeSeries"},
                          {L"NeuralNetwork", L"NeuralNetwork", L"regression"},
                          {L"ClusteringModel", L"KMeans", L"clustering"},
-                         {L"TransformationModel", L"Rescaling", L"transformation"}};
+                         {L"MiningModel", L"Bagging", L"clustering"}};
     for (const auto& [element, algorithm, function] : refused) {
         WString text = replaced(pmml, L"TreeModel", element);
         text = replaced(text, L"algorithmName=\"DecisionTree\"",

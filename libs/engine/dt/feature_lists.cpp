@@ -40,33 +40,64 @@ FeatureLists listCategories(const TrainingFeature& feature, const PreparedRecord
     return lists;
 }
 
+/// Codes instead of the sorted list where there are few values.
+FeatureLists listNumbers(std::vector<SortedRecord> sorted, const TrainingFeature& feature,
+                         const PreparedRecords& prepared) {
+    FeatureLists lists;
+    lists.sorted = std::move(sorted);
+    for (const SortedRecord entry : lists.sorted) lists.numCodes += entry.startsValue();
+    if (lists.numCodes > kMaxNumBins) return lists;
+
+    lists.form = FeatureLists::Form::NUMBERS;
+    lists.codes.resize(prepared.records.size);
+    for (const SortedRecord entry : lists.sorted) {
+        if (entry.startsValue() != 0)
+            lists.values.push_back(feature.numbers[feature.columnRow(prepared.rowOf(entry.record()))]);
+        lists.codes[entry.record()] =
+            lists.values.empty() ? lists.numCodes : static_cast<std::uint32_t>(lists.values.size() - 1);
+    }
+    lists.sorted = {};
+    return lists;
+}
+
 }  // namespace
+
+std::vector<SortedRecord> sortRows(const TrainingFeature& feature, int numRows) {
+    if (feature.isCategorical()) return {};
+    return RecordSorter().sort(static_cast<std::uint32_t>(numRows),
+                               [&](std::uint32_t row) { return feature.numbers[feature.columnRow(row)]; });
+}
+
+FeatureLists takeLists(const TrainingFeature& feature, const PreparedRecords& prepared,
+                       const std::vector<SortedRecord>& sortedRows,
+                       const std::vector<std::uint32_t>& recordOf) {
+    if (feature.isCategorical()) return listCategories(feature, prepared);
+    if (recordOf.empty()) return listNumbers(sortedRows, feature, prepared);
+    // One entry more, where rows that are no record are written to and overwritten.
+    std::vector<SortedRecord> sorted(prepared.records.size + 1);
+    SortedRecord* next = sorted.data();
+    std::uint32_t startsValue = 0;  // a value may start with a row that is no record
+    for (const SortedRecord entry : sortedRows) {
+        const std::uint32_t record = recordOf[entry.record()], isRecord = record != kNoRecord;
+        startsValue |= entry.startsValue();
+        *next = {record, startsValue};
+        next += isRecord;
+        startsValue &= 1 - isRecord;
+    }
+    sorted.pop_back();
+    return listNumbers(std::move(sorted), feature, prepared);
+}
 
 FeatureLists makeLists(const TrainingFeature& feature, const PreparedRecords& prepared, bool keepRanks) {
     if (feature.isCategorical()) return listCategories(feature, prepared);
     const auto numRecords = static_cast<std::uint32_t>(prepared.records.size);
     const auto rowOf = [&](std::uint32_t record) { return feature.columnRow(prepared.rowOf(record)); };
     const auto numberOf = [&](std::uint32_t record) { return feature.numbers[rowOf(record)]; };
-    FeatureLists lists;
-    if (keepRanks || feature.column->hasRankCodes()) {
-        const RankCodes& ranks = feature.column->rankCodes();
-        lists.sorted = sortByCode(numRecords, ranks.numDistinct,
-                                  [&](std::uint32_t record) { return ranks.codes[rowOf(record)]; });
-    } else {
-        lists.sorted = RecordSorter().sort(numRecords, numberOf);
-    }
-    for (const SortedRecord entry : lists.sorted) lists.numCodes += entry.startsValue();
-    if (lists.numCodes > kMaxNumBins) return lists;
-
-    lists.form = FeatureLists::Form::NUMBERS;
-    lists.codes.resize(numRecords);
-    for (const SortedRecord entry : lists.sorted) {
-        if (entry.startsValue() != 0) lists.values.push_back(numberOf(entry.record()));
-        lists.codes[entry.record()] =
-            lists.values.empty() ? lists.numCodes : static_cast<std::uint32_t>(lists.values.size() - 1);
-    }
-    lists.sorted = {};
-    return lists;
+    if (!keepRanks && !feature.column->hasRankCodes())
+        return listNumbers(RecordSorter().sort(numRecords, numberOf), feature, prepared);
+    const RankCodes& ranks = feature.column->rankCodes();
+    const auto codeOf = [&](std::uint32_t record) { return ranks.codes[rowOf(record)]; };
+    return listNumbers(sortByCode(numRecords, ranks.numDistinct, codeOf), feature, prepared);
 }
 
 void part(std::span<SortedRecord> range, std::size_t numLeft, const std::vector<std::uint8_t>& goesLeft,

@@ -24,8 +24,15 @@ struct FeatureLists {
     BinnedFeature binned(const double* bins = nullptr) const { return {codes, numCodes, bins}; }
 };
 
-/// @param keepRanks  whether a numeric column is to keep the ranks made of it.
+/// Lists by sorting the records. @param keepRanks  whether a numeric column is to keep the ranks made of it.
 FeatureLists makeLists(const TrainingFeature& feature, const PreparedRecords& prepared, bool keepRanks);
+
+/// The same lists out of the sorted rows of the whole table.
+/// @param recordOf  by row its record, `kNoRecord` for none; empty when each row is one record.
+FeatureLists takeLists(const TrainingFeature& feature, const PreparedRecords& prepared,
+                       const std::vector<SortedRecord>& sortedRows,
+                       const std::vector<std::uint32_t>& recordOf);
+inline constexpr std::uint32_t kNoRecord = ~std::uint32_t{0};
 
 /// Moves the entries of a range that go left before the others; both keep their order, and the marks of their
 /// values are set anew.

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <atomic>
 #include <cmath>
-#include <exception>
 #include <limits>
 #include <memory>
 #include <queue>
@@ -15,6 +14,7 @@
 #include "data/random.h"
 #include "engine/dt/feature_lists.h"
 #include "engine/dt/split_search.h"
+#include "engine/parallel.h"
 
 namespace Tessel::Engine::DT {
 
@@ -59,26 +59,6 @@ std::uint64_t childPosition(std::uint64_t parent, bool isRight) {
     return Random(parent, isRight ? 2 : 1).nextUInt64();
 }
 
-/// Keeps the first exception out of a parallel region for the thread that started it.
-class ExceptionCarrier {
- public:
-    template <class Work>
-    void run(Work&& work) {
-        try {
-            work();
-        } catch (...) {
-            if (!isSet_.exchange(true)) exception_ = std::current_exception();
-        }
-    }
-    void rethrow() const {
-        if (exception_) std::rethrow_exception(exception_);
-    }
-
- private:
-    std::atomic<bool> isSet_{false};
-    std::exception_ptr exception_;
-};
-
 class Grower {
  public:
     Grower(const TrainingData& data, const PreparedRecords& prepared, const Limits& limits);
@@ -90,6 +70,8 @@ class Grower {
     void growDepthFirst(Tree& tree, OpenNode root, Scratch& scratch, std::size_t deferBelow,
                         std::vector<OpenNode>* deferred);
 
+    void makeAllLists();
+    void tell(std::size_t numRecords, bool isSettled);
     void planHistograms();
     bool wantsHistograms(std::size_t numRecords) const { return numRecords >= minNumRecordsOfHistograms_; }
     void addToHistogram(std::size_t feature, const OpenNode& open, std::vector<double>& histograms) const;
@@ -121,9 +103,11 @@ class Grower {
     // feature where its bins begin; the last is the size of them all.
     std::vector<std::size_t> histogramBegins_;
     std::size_t minNumRecordsOfHistograms_ = std::numeric_limits<std::size_t>::max();
-    std::vector<std::uint32_t> members_;  // the records of each node are a range, ascending
-    std::vector<std::uint8_t> goesLeft_;  // by record, in the split found last for its node
-    std::vector<Scratch> scratches_;      // by thread
+    std::vector<std::uint32_t> members_;      // the records of each node are a range, ascending
+    std::vector<std::uint8_t> goesLeft_;      // by record, in the split found last for its node
+    std::vector<Scratch> scratches_;          // by thread
+    std::atomic<std::size_t> numSettled_{0};  // records in nodes that stay leaves
+    std::size_t numTold_ = 0;                 // of these when the watch was told last
 };
 
 Grower::Grower(const TrainingData& data, const PreparedRecords& prepared, const Limits& limits)
@@ -138,10 +122,22 @@ Grower::Grower(const TrainingData& data, const PreparedRecords& prepared, const 
       goesLeft_(records_.size),
       scratches_(static_cast<std::size_t>(omp_in_parallel() ? 1 : omp_get_max_threads())) {
     for (std::uint32_t record = 0; record < members_.size(); ++record) members_[record] = record;
-    forEachFeature(features_.size(), records_.size, nullptr, [&](std::size_t feature, Scratch&) {
-        features_[feature] = makeLists(data_.features[feature], prepared_, data_.keepRanks);
-    });
+    makeAllLists();
     planHistograms();
+}
+
+void Grower::makeAllLists() {
+    std::vector<std::uint32_t> recordOf;
+    if (!data_.sortedRows.empty() && !prepared_.tableRows.empty()) {
+        recordOf.assign(static_cast<std::size_t>(data_.numRows), kNoRecord);
+        for (std::uint32_t record = 0; record < records_.size; ++record)
+            recordOf[prepared_.tableRows[record]] = record;
+    }
+    forEachFeature(features_.size(), records_.size, nullptr, [&](std::size_t i, Scratch&) {
+        features_[i] = data_.sortedRows.empty()
+                           ? makeLists(data_.features[i], prepared_, data_.keepRanks)
+                           : takeLists(data_.features[i], prepared_, data_.sortedRows[i], recordOf);
+    });
 }
 
 void Grower::planHistograms() {
@@ -182,6 +178,18 @@ void Grower::makeHistograms(const OpenNode& parent, OpenNode& smaller, OpenNode&
     if (wantsHistograms(smaller.end - smaller.begin)) smaller.histograms = std::move(ofSmaller);
 }
 
+/// Tells the watch of a node that is looked at or that stays a leaf: of large ones, and each time that
+/// another hundredth of the records is settled.
+void Grower::tell(std::size_t numRecords, bool isSettled) {
+    if (!data_.watch) return;
+    const std::size_t numSettled = isSettled ? numSettled_ += numRecords : numSettled_.load();
+    if (omp_get_thread_num() != 0) return;
+    const std::size_t hundredth = records_.size / 100;
+    if (numRecords < hundredth && numSettled < numTold_ + hundredth) return;
+    numTold_ = std::max(numTold_, numSettled);
+    data_.watch(static_cast<double>(numTold_) / static_cast<double>(records_.size));
+}
+
 template <class Work>
 void Grower::forEachFeature(std::size_t n, std::size_t numRecords, Scratch* own, Work&& work) {
     if (own || n < 2 || scratches_.size() == 1 || n * numRecords < kMinCellsInParallel) {
@@ -215,6 +223,7 @@ Tree Grower::grow() {
 void Grower::growBestFirst(Tree& tree, const OpenNode& root, std::int64_t maxNumSplits) {
     std::vector<PendingSplit> pending;
     const auto consider = [&](OpenNode open) {
+        tell(open.end - open.begin, false);
         Split split = findSplit(tree, open, nullptr);
         if (!split.exists()) return;
         pending.push_back({std::move(open), std::move(split)});
@@ -273,14 +282,20 @@ void Grower::growDepthFirst(Tree& tree, OpenNode root, Scratch& scratch, std::si
             deferred->push_back(std::move(open));
             continue;
         }
+        tell(open.end - open.begin, false);
         Split split = findSplit(tree, open, own);
-        if (!split.exists()) continue;
+        if (!split.exists()) {
+            tell(open.end - open.begin, true);
+            continue;
+        }
         OpenNode children[2];
         applySplit(tree, open, split, own, children);
         for (const bool isLeft : {false, true}) {
             const OpenNode& child = children[isLeft ? 0 : 1];
             if (isSplittable(tree.nodes[static_cast<std::size_t>(child.node)], child.level))
                 stack.push_back(child);
+            else
+                tell(child.end - child.begin, true);
         }
     }
 }

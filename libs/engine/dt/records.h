@@ -69,6 +69,9 @@ void summarizeChildren(const Records& records, std::span<const std::uint32_t> le
 //
 // A score is below 0 where a side weighs nothing within rounding.
 
+/// Less than 1 by more than the roundings of a score and of a comparison with it.
+inline constexpr double kBelowOne = 1.0 - 0x1p-48;
+
 /// Two classes. With d = W w1 - w W1 (W, W1: weight of the node and of its second class; w, w1: of the left
 /// side) the decrease of Gini's index times W is 2 d^2 / (W w (W - w)).
 template <bool Unit>
@@ -106,6 +109,12 @@ class TwoClassSide {
         const double product = static_cast<double>(weight_) * static_cast<double>(totalWeight_ - weight_);
         if (!Unit && !(product > 0.0)) return -1.0;
         return difference * difference / product;
+    }
+    /// False only where the score is not above `best`; spares most splits the division.
+    bool mayExceed(double best) const {
+        const auto difference = static_cast<double>(totalWeight_ * second_ - weight_ * totalSecond_);
+        const double product = static_cast<double>(weight_) * static_cast<double>(totalWeight_ - weight_);
+        return difference * difference >= best * product * kBelowOne;
     }
     /// Categories in this order make the best subset a prefix.
     static double order(const double* bin) { return bin[2] / (bin[1] + bin[2]); }
@@ -237,6 +246,9 @@ class MeanSide {
         const double product = weight_ * (totalWeight_ - weight_);
         if (!Unit && !(product > 0.0)) return -1.0;
         return sum_ * sum_ / product;
+    }
+    bool mayExceed(double best) const {
+        return sum_ * sum_ >= best * (weight_ * (totalWeight_ - weight_)) * kBelowOne;
     }
     static double order(const double* bin) { return bin[2] / bin[1]; }
     std::int64_t numRecords() const { return Unit ? static_cast<std::int64_t>(weight_) : numRecords_; }

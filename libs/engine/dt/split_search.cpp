@@ -90,6 +90,8 @@ class SplitSearchOf final : public SplitSearch {
         while (i + 1 < size && i < last) {
             left.add(entries[i++].record());
             if (!entries[i].startsValue() || i >= last || !isLargeEnough(left, totals)) continue;
+            if constexpr (requires { left.mayExceed(best); })
+                if (!left.mayExceed(best)) continue;
             const double score = left.score();
             if (score > best) {
                 best = score;

@@ -5,6 +5,8 @@
 #include <vector>
 
 #include "data/column_cells.h"
+#include "data/sorted_records.h"
+#include "engine/parallel.h"
 
 namespace Tessel::Engine::DT {
 
@@ -44,10 +46,22 @@ struct TrainingData {
     /// One weight >= 0 a row of the table, empty for 1. A row of weight 0 is no record.
     std::span<const double> weights = {};
 
+    /// Per feature the rows of the whole table as `sortRows` gives them, none for categories; the lists of
+    /// the records are then taken out of these. Empty: each fit makes its own lists.
+    std::span<const std::vector<SortedRecord>> sortedRows = {};
+
     /// Whether columns that have no ranks yet are ranked and keep them, 4 bytes a cell, for the trees to
     /// come. Else each fit sorts such columns for itself.
     bool keepRanks = true;
+
+    /// Told what share of the records have found their leaf; of a tree with limited nodes or splits, only
+    /// that it grows.
+    Watch watch = {};
 };
+
+/// The rows of the table by the feature's number: what the fits of many trees can share, 4 bytes a row. Empty
+/// for categories.
+std::vector<SortedRecord> sortRows(const TrainingFeature& feature, int numRows);
 
 /// The cells of a feature of records to score: numbers (NaN = missing), or codes (-1 = missing; any other
 /// code that training did not have is an unseen category).

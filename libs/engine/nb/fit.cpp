@@ -1,8 +1,11 @@
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cassert>
 #include <cmath>
 #include <cstddef>
+
+#include <omp.h>
 
 #include "engine/nb/naive_bayes.h"
 
@@ -168,7 +171,7 @@ FittedInput emptyInput(const Input& input, std::size_t numClasses) {
 }  // namespace
 
 Fitted fit(std::span<const Input> inputs, std::span<const std::int32_t> classes, std::int32_t numClasses,
-           double laplace) {
+           double laplace, const Watch& watch) {
     assert(numClasses >= 1 && laplace >= 0.0);
     const auto k = static_cast<std::size_t>(numClasses);
     const ClassRuns rows = sortByClass(classes, k);
@@ -178,16 +181,18 @@ Fitted fit(std::span<const Input> inputs, std::span<const std::int32_t> classes,
     fitted.classCounts.assign(k, 0.0);
     for (const Run& run : rows.runs) fitted.classCounts[run.classCode] += static_cast<double>(run.length);
 
-    // All memory is taken here: nothing below can throw inside the parallel loop.
+    // All memory is taken here: nothing below can throw inside the parallel loop but the watch.
     for (const Input& input : inputs) fitted.inputs.push_back(emptyInput(input, k));
     std::vector<std::vector<Moments>> moments(inputs.size());
     for (std::size_t i = 0; i < inputs.size(); ++i)
         if (!inputs[i].isCategorical) moments[i].resize(k);
 
-            // Each column is summed by one thread from top to bottom, so that threads cannot change the
-            // order.
-#pragma omp parallel for schedule(dynamic) if (inputs.size() * classes.size() >= kParallelCells)
-    for (std::size_t i = 0; i < inputs.size(); ++i) {
+    ExceptionCarrier carrier;
+    std::atomic<std::size_t> numLearned{0};
+    // Each column is summed by one thread from top to bottom, so that threads cannot change the order.
+    const auto learn = [&](std::size_t i) {
+        if (watch && omp_get_thread_num() == 0)
+            watch(static_cast<double>(numLearned) / static_cast<double>(inputs.size()));
         if (auto* gaussian = std::get_if<GaussianInput>(&fitted.inputs[i])) {
             assert(inputs[i].numbers.size() == classes.size());
             fitNumbers(inputs[i].numbers, rows, *gaussian, moments[i]);
@@ -195,7 +200,11 @@ Fitted fit(std::span<const Input> inputs, std::span<const std::int32_t> classes,
             assert(inputs[i].codes.size() == classes.size());
             fitCodes(inputs[i].codes, classes, k, categorical->counts);
         }
-    }
+        ++numLearned;
+    };
+#pragma omp parallel for schedule(dynamic) if (inputs.size() * classes.size() >= kParallelCells)
+    for (std::size_t i = 0; i < inputs.size(); ++i) carrier.run([&] { learn(i); });
+    carrier.rethrow();
     return fitted;
 }
 

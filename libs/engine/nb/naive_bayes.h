@@ -5,6 +5,8 @@
 #include <variant>
 #include <vector>
 
+#include "engine/parallel.h"
+
 // Naive Bayes classification: the inputs are taken as independent within a class, so that
 //
 //   log P(class | row) = log P(class) + sum over the inputs of log P(cell | class) - log P(row).
@@ -75,8 +77,9 @@ struct Fitted {
 /// @param classes     n class codes in 0 .. numClasses - 1.
 /// @param numClasses  k >= 1; classes may be without rows.
 /// @param laplace     pseudo-count >= 0 added to each category in each class.
+/// @param watch       told the share of the inputs that are learned.
 Fitted fit(std::span<const Input> inputs, std::span<const std::int32_t> classes, std::int32_t numClasses,
-           double laplace = 0.0);
+           double laplace = 0.0, const Watch& watch = {});
 
 /// The probabilities P(category | class) of an input of `fitted`, categories by classes, row-major:
 /// (count + laplace) / (sum of the class's counts + laplace * numCategories), and `zeroProbability` in the

@@ -17,6 +17,16 @@ class IModel : public Ensemble::IClassifier, public Ensemble::IOutOfBag {
     std::shared_ptr<Supervised::IModelable> blank() const override { return std::make_shared<IModel>(); }
 
  protected:
+    using IClassifier::readBody;
+    using IClassifier::writeBody;
+    void writeBody(web::json::value& model) const override {
+        IClassifier::writeBody(model);
+        writeOutOfBag(model);
+    }
+    void readBody(const JSON::Members& model) override {
+        IClassifier::readBody(model);
+        readOutOfBag(model);
+    }
     void reportFamily(DataFrameVector& tables) const override { reportOutOfBag(tables); }
 };
 
@@ -35,6 +45,16 @@ class IModel : public Ensemble::IRegressor, public Ensemble::IOutOfBag {
     std::shared_ptr<Supervised::IModelable> blank() const override { return std::make_shared<IModel>(); }
 
  protected:
+    using IRegressor::readBody;
+    using IRegressor::writeBody;
+    void writeBody(web::json::value& model) const override {
+        IRegressor::writeBody(model);
+        writeOutOfBag(model);
+    }
+    void readBody(const JSON::Members& model) override {
+        IRegressor::readBody(model);
+        readOutOfBag(model);
+    }
     void reportFamily(DataFrameVector& tables) const override { reportOutOfBag(tables); }
 };
 

@@ -48,7 +48,10 @@ std::shared_ptr<IModelable> IEstimator::fitEngine(const TrainingSet& data) const
     // Empirical priors are the weights of the classes, which the engine takes by itself; given to it they
     // would also weigh validation errors by the shares of the training part.
     if (priorProbMethod.get() != PriorProbMethodType::EMPIRICAL) tree.setPrior(data.priors.elements());
-    tree.fit(trainingData(data.features, weights.get(), data.multiplicities, data.isOneOfMany), data.target.codes);
+    Engine::DT::TrainingData training =
+        trainingData(data.features, weights.get(), data.multiplicities, data.preparation);
+    training.watch = data.progress.watch(getModelName());
+    tree.fit(training, data.target.codes);
     return std::make_shared<IModel>(*this, std::move(tree));
 }
 
@@ -73,7 +76,10 @@ std::shared_ptr<IModelable> IEstimator::fit(const DataFrame& features, const Dat
 std::shared_ptr<IModelable> IEstimator::fitEngine(const TrainingSet& data) const {
     Engine::DT::RegressionModel tree;
     tree.setLimits(limits());
-    tree.fit(trainingData(data.features, weights.get(), data.multiplicities, data.isOneOfMany), data.target);
+    Engine::DT::TrainingData training =
+        trainingData(data.features, weights.get(), data.multiplicities, data.preparation);
+    training.watch = data.progress.watch(getModelName());
+    tree.fit(training, data.target);
     return std::make_shared<IModel>(*this, std::move(tree));
 }
 

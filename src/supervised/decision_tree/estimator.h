@@ -3,6 +3,7 @@
 #include "framework/classification.h"
 #include "framework/regression.h"
 #include "supervised/decision_tree/parameters.h"
+#include "supervised/decision_tree/tree_model.h"
 
 namespace Tessel::Classification::DecisionTree {
 
@@ -23,6 +24,9 @@ class IEstimator : public Classification::IEstimator, public Tessel::DecisionTre
         return categoricalPositions(features);
     }
     bool takesMultiplicities() const override { return true; }
+    std::unique_ptr<Supervised::Preparation> prepare(const TrainingFeatures& features) const override {
+        return Tessel::DecisionTree::sortTable(features);
+    }
 
  protected:
     std::vector<double> classSizes(const ClassTarget& target,
@@ -51,6 +55,9 @@ class IEstimator : public Regression::IEstimator, public Tessel::DecisionTree::I
         return categoricalPositions(features);
     }
     bool takesMultiplicities() const override { return true; }
+    std::unique_ptr<Supervised::Preparation> prepare(const TrainingFeatures& features) const override {
+        return Tessel::DecisionTree::sortTable(features);
+    }
 
  protected:
     std::shared_ptr<IModelable> fitEngine(const TrainingSet& data) const override;

@@ -78,16 +78,22 @@ bool hasInfinite(const ColumnCells& cells) {
     return numInfinite > 0;
 }
 
+struct SortedTable : Supervised::Preparation {
+    std::vector<std::vector<SortedRecord>> rows;  ///< by feature
+};
+
 Vector vectorOf(const std::vector<double>& numbers) { return Vector(numbers.begin(), numbers.end()); }
 
 }  // namespace
 
 Engine::DT::TrainingData trainingData(const TrainingFeatures& features, const Vector& weights,
-                                      std::span<const std::int32_t> multiplicities, bool keepRanks) {
+                                      std::span<const std::int32_t> multiplicities,
+                                      const Supervised::Preparation* preparation) {
     Engine::DT::TrainingData data;
     data.multiplicities = multiplicities;
     data.numRows = features.schema.numRows;
-    data.keepRanks = keepRanks;
+    data.keepRanks = false;
+    if (preparation) data.sortedRows = static_cast<const SortedTable&>(*preparation).rows;
     data.weights = {weights.data(), weights.size()};
     for (std::size_t i = 0; i < features.columns.size(); ++i) {
         const FeatureColumn& column = features.columns[i];
@@ -103,6 +109,16 @@ Engine::DT::TrainingData trainingData(const TrainingFeatures& features, const Ve
         }
     }
     return data;
+}
+
+std::unique_ptr<Supervised::Preparation> sortTable(const TrainingFeatures& features) {
+    constexpr int kMaxNumRows = 1 << 18;
+    const int numRows = features.schema.numRows;
+    if (numRows > kMaxNumRows) return nullptr;
+    auto table = std::make_unique<SortedTable>();
+    for (const Engine::DT::TrainingFeature& feature : trainingData(features, {}, {}, nullptr).features)
+        table->rows.push_back(Engine::DT::sortRows(feature, numRows));
+    return table;
 }
 
 std::vector<Engine::DT::Cells> cellsOf(const std::vector<FeatureColumn>& columns) {

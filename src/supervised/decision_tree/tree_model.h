@@ -6,17 +6,22 @@
 
 #include "engine/dt/model.h"
 #include "framework/portable.h"
-#include "framework/schema.h"
+#include "framework/supervised.h"
 #include "supervised/decision_tree/parameters.h"
 
 namespace Tessel::DecisionTree {
 
 /// The columns of a table as the engine takes them, to grow on or to score.
-/// @param keepRanks  whether numeric columns are to keep their ranks: for many trees of one table.
+/// @param preparation  what `SortedTable` holds for many trees of one table, or null.
 /// @throws ConstraintViolation for infinite numbers to grow on.
 Engine::DT::TrainingData trainingData(const TrainingFeatures& features, const Vector& weights,
-                                      std::span<const std::int32_t> multiplicities, bool keepRanks);
+                                      std::span<const std::int32_t> multiplicities,
+                                      const Supervised::Preparation* preparation);
 std::vector<Engine::DT::Cells> cellsOf(const std::vector<FeatureColumn>& columns);
+
+/// The sorted rows of each feature, which the fits of many trees take their lists from. Null for long tables,
+/// whose trees sort their own records in about the same time and less memory.
+std::unique_ptr<Supervised::Preparation> sortTable(const TrainingFeatures& features);
 
 /// What the fitted trees of both kinds share: choosing the tree that counts, and telling of it.
 class ITreeModel {

@@ -42,6 +42,8 @@ class IOutOfBag {
     DataFrame outOfBagError{L"Out-of-bag Error"};
 
  protected:
+    void writeOutOfBag(web::json::value& model) const;
+    void readOutOfBag(const JSON::Members& model);
     void reportOutOfBag(DataFrameVector& tables) const {
         if (outOfBagError.getNumCols() > 0) tables.push_back(outOfBagError);
     }

@@ -43,8 +43,9 @@ std::shared_ptr<IModelable> IEstimator::fitEngine(const TrainingSet& data) const
     for (const FeatureSchema& feature : data.features.schema.features)
         if (std::int64_t{feature.numCategories()} * numClasses > kMaxNumCounts)
             throw BadAllocation(narrowText(L"The table of categories by classes of " + feature.name));
-    Engine::NB::Fitted fitted = Engine::NB::fit(engineInputs(data.features.schema, data.features.columns),
-                                                data.target.codes, numClasses, laplaceSmoothing.get());
+    Engine::NB::Fitted fitted =
+        Engine::NB::fit(engineInputs(data.features.schema, data.features.columns), data.target.codes,
+                        numClasses, laplaceSmoothing.get(), data.progress.watch(getModelName()));
     if (!hasFiniteMeans(fitted)) requireFinite(data.features);
     return std::make_shared<IModel>(std::move(fitted));
 }

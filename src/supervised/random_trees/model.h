@@ -18,6 +18,16 @@ class IModel : public Ensemble::IClassifier, public Ensemble::IOutOfBag {
     DataFrame featuresImportance() const;
 
  protected:
+    using IClassifier::readBody;
+    using IClassifier::writeBody;
+    void writeBody(web::json::value& model) const override {
+        IClassifier::writeBody(model);
+        writeOutOfBag(model);
+    }
+    void readBody(const JSON::Members& model) override {
+        IClassifier::readBody(model);
+        readOutOfBag(model);
+    }
     void reportFamily(DataFrameVector& tables) const override;
 };
 
@@ -37,6 +47,16 @@ class IModel : public Ensemble::IRegressor, public Ensemble::IOutOfBag {
     DataFrame featuresImportance() const;
 
  protected:
+    using IRegressor::readBody;
+    using IRegressor::writeBody;
+    void writeBody(web::json::value& model) const override {
+        IRegressor::writeBody(model);
+        writeOutOfBag(model);
+    }
+    void readBody(const JSON::Members& model) override {
+        IRegressor::readBody(model);
+        readOutOfBag(model);
+    }
     void reportFamily(DataFrameVector& tables) const override;
 };
 

@@ -1,11 +1,15 @@
+#include <algorithm>
 #include <memory>
 #include <thread>
 
 #include <gtest/gtest.h>
 
-#include <tessel/decision_tree.h>
+#include <tessel/data/convert.h>
 #include <tessel/naive_bayes.h>
+#include <tessel/scaler.h>
+#include <tessel/scoring/capi/table_functions.h>
 #include <tessel/scoring/capi/tessel_c.h>
+#include <tessel/scoring/fitted_model.h>
 
 #include "scoring/capi/arrays.h"
 #include "scoring/model_texts.h"
@@ -119,6 +123,28 @@ TEST(CInterface, PredictsNumbers) {
               TESSEL_OK);
 }
 
+TEST(CInterface, Transforms) {
+    DataFrame table;
+    table.append(DataFrameColumn(L"a", Vector{1, 2, 3}));
+    table.append(DataFrameColumn(L"b", Vector{10, 30, 20}));
+    Call call;
+    call.model = Scaler::Estimator().setScalingType(Scaler::ScalingType::NORMALIZATION).fit(table).toPMML();
+    call.numRows = 3;
+    call.numbers = {10, 1, 30, 2, 20, 3};
+    call.names = {L"b", L"a"};
+    ASSERT_EQ(call.run(iTessel_Transform), TESSEL_OK) << Convert::toUtf8(TSLSDK_LastErrorText());
+    EXPECT_EQ(call.numbersFound(), (Vector{0, 0, 1, 0.5, 0.5, 1}));
+    ASSERT_EQ(TSLSDK_StringArraySize(call.resultNames), 2u);
+    EXPECT_EQ(WString(TSLSDK_StringArrayData(call.resultNames)[0]), L"b");
+    EXPECT_EQ(WString(TSLSDK_StringArrayData(call.resultNames)[1]), L"a");
+    EXPECT_EQ(call.predict(), TESSEL_REFUSED);
+    DataFrame output;
+    ASSERT_EQ(tesselTransform(call.model.c_str(), table, output), 0);
+    EXPECT_EQ(output(Util::all, L"b").toDoubleVector(), (Vector{0, 1, 0.5}));
+    output.fromJsonString(Scoring::FittedModel().score(call.model, L"b,a\n25,1\n", 0, false));
+    EXPECT_EQ(output(Util::all, L"b").toDoubleVector(), (Vector{0.75}));
+}
+
 TEST(CInterface, StoresTablesOfAllKindsRowByRow) {
     DataFrame table;
     table.append(DataFrameColumn(L"a", Vector{1, 2}));
@@ -140,6 +166,38 @@ TEST(CInterface, StoresTablesOfAllKindsRowByRow) {
     // Results keep what they point to.
     table = DataFrame();
     EXPECT_STREQ(moved->view[3], L"w");
+}
+
+// Shapes around the blocks of rows and the groups of columns that are turned at a time, and one for all
+// threads.
+TEST(CInterface, TurnsTablesOfAnyShape) {
+    for (const std::size_t numColumns : {1u, 3u, 4u, 5u, 9u})
+        for (const std::size_t numRows : {1u, 256u, 300u, 20000u}) {
+            std::vector<double> numbers(numRows * numColumns);
+            for (std::size_t i = 0; i < numbers.size(); ++i) numbers[i] = static_cast<double>(i);
+            const Texts texts = [&] {
+                Texts made;
+                for (std::size_t row = 0; row < numRows; ++row) made.push_back(row % 3 == 0 ? L"" : L"text");
+                return made;
+            }();
+            const Texts names(numColumns + 1, L"name");
+            const Tessel_DoubleArray numberArray{numbers.data(), numbers.size()};
+            const Tessel_StringArray textArray{texts.data(), texts.size()},
+                nameArray{names.data(), names.size()};
+            const DataFrame table = toTable(checkedArrays(numRows, &numberArray, &textArray, &nameArray));
+            ASSERT_EQ(table.getNumCols(), static_cast<int>(numColumns) + 1);
+            const int last = static_cast<int>(numColumns) - 1;
+            EXPECT_EQ(table(static_cast<int>(numRows) - 1, last).toDouble(), numbers.back());
+            EXPECT_EQ(table(0, last).toDouble(), static_cast<double>(last));
+            TSLSDK_DoubleArray numbersBack;
+            TSLSDK_StringArray textsBack;
+            storeNumbers(table, numbersBack);
+            storeTexts(table, textsBack);
+            EXPECT_TRUE(
+                std::equal(numbers.begin(), numbers.end(), numbersBack.view.begin(), numbersBack.view.end()));
+            EXPECT_TRUE(std::equal(texts.begin(), texts.end(), textsBack.view.begin(), textsBack.view.end(),
+                                   [](const WString& a, const WString& b) { return a == b; }));
+        }
 }
 
 TEST(CInterface, TellsFailuresByStatusAndGivesEmptyResults) {

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <atomic>
+#include <exception>
+#include <functional>
+
+// What fits that run in parallel have in common.
+
+namespace Tessel::Engine {
+
+/// Told now and then, by the thread that called a fit, what share of it is done; what it throws stops the fit
+/// and comes out of it. Empty: nobody watches.
+using Watch = std::function<void(double shareDone)>;
+
+/// Keeps the first exception out of a parallel region for the thread that started it; work after it is
+/// skipped.
+class ExceptionCarrier {
+ public:
+    template <class Work>
+    void run(Work&& work) {
+        if (isSet_) return;
+        try {
+            work();
+        } catch (...) {
+            if (!isSet_.exchange(true)) exception_ = std::current_exception();
+        }
+    }
+    void rethrow() const {
+        if (exception_) std::rethrow_exception(exception_);
+    }
+
+ private:
+    std::atomic<bool> isSet_{false};
+    std::exception_ptr exception_;
+};
+
+}  // namespace Tessel::Engine

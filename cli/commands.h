@@ -16,5 +16,6 @@ void addEvaluate(CLI::App& program);
 void addDescribe(CLI::App& program);
 void addReport(CLI::App& program);
 void addConvert(CLI::App& program);
+void addSynthesize(CLI::App& program);
 
 }  // namespace Tessel::Cli

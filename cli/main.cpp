@@ -49,6 +49,7 @@ int main(int argc, char** argv) {
     Tessel::Cli::addDescribe(program);
     Tessel::Cli::addReport(program);
     Tessel::Cli::addConvert(program);
+    Tessel::Cli::addSynthesize(program);
     try {
         program.parse(argc, argv);
     } catch (const CLI::Success& request) {  // help and version

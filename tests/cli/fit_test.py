@@ -117,6 +117,17 @@ class Fits(Program):
                 self.assertEqual(from_settings, self.run_well("fit", "--estimator", "e.ladon", *common))
                 self.assertNotEqual(from_settings, self.run_well("fit", arguments[0], *common))
 
+    def test_draw_by_the_seed(self):
+        def forest(*options):
+            return self.run_well("fit", "randomTrees", "iris.csv", "--target", "Species", "--as", "json", "--set",
+                                 "numSelectedFeatures=2", *options)
+
+        by_seed = forest("--seed", "9")
+        self.assertEqual(by_seed, forest("--set", "bootstrapSeed=9", "--set", "featureSelectionSeed=9"))
+        self.assertEqual(forest("--seed", "9", "--set", "bootstrapSeed=4"),
+                         forest("--set", "bootstrapSeed=4", "--set", "featureSelectionSeed=9"))
+        self.assertNotEqual(by_seed, forest())
+
     def test_of_searches_choose_what_is_best_alone(self):
         split = ["pima_tr2.csv", "--target", "type", "--validation", "0.4", "--seed", "3"]
         accuracies = {}
@@ -163,9 +174,12 @@ class Fits(Program):
         self.fit("decisionTree", "codes.csv", "codes.json", "--categorical", "code", "--index", "id")
         inputs = self.table("describe", "codes.json", name="Inputs")
         self.assertEqual(inputs, [{"Name": "code", "Type": "categorical"}])
+        for options in (["--index", "id"], []):  # the model knows its index columns
+            scored = rows_of(self.run_well("score", "codes.json", "codes.csv", *options))
+            self.assertEqual([r["Predicted Class"] for r in scored], [line.strip()[-1] for line in lines])
+            self.assertEqual([int(r["id"]) for r in scored], list(range(20)))
         scored = rows_of(self.run_well("score", "codes.json", "codes.csv", "--index", "id"))
-        self.assertEqual([(r["id"], r["Predicted Class"]) for r in scored],
-                         [(line.split(",")[0], line.strip().split(",")[2]) for line in lines])
+        self.assertEqual([r["id"] for r in scored], [line[:3] for line in lines])
 
     def test_prune_by_the_rows_that_are_held_out(self):
         def num_nodes(*options):
@@ -189,6 +203,9 @@ class Fits(Program):
             self.assertEqual(got, expected, name)
         self.write("headless.csv", text.split("\n", 1)[1])
         self.run_well("fit", "naiveBayes", "headless.csv", "--no-header", "--target", "Var5", "-m", "v.json")
+        self.write("literal.csv", 'x,y\n"1",2\n')
+        columns = self.table("describe", "literal.csv", "--literal-quotes", name="Columns")
+        self.assertEqual([column["Type"] for column in columns], ["text", "numeric"])
         self.write("question.csv", text.replace("5.1,", "?,"))
         columns = self.table("describe", "question.csv", "--missing", "?", name="Columns")
         self.assertEqual(columns[0]["Type"], "numeric")

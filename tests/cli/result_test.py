@@ -128,6 +128,8 @@ class Results(Program):
         told = self.run_well("describe", "decisionTree", "--kind", "regression", "--format", "csv")
         parameters = rows_of(told)
         self.assertIn("maxNumLevels", {r["Name"] for r in parameters})
+        header = told.split("\n")[0].split(",")
+        self.assertEqual(len(header), len(set(header)))
         self.assertNotIn("successClass", {r["Name"] for r in parameters})
 
 

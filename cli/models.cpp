@@ -39,7 +39,8 @@ DataFrame readFor(const LoadedModel& model, const DataSource& source, const std:
     const Scoring::FittedModel facts = factsOf(model);
     DataFrame table = source.read();
     // Types were inferred from the cells. Where the model knows better, the file is read once more:
-    // categories keep their texts ("01"), and a cell that is no number is told with its place.
+    // categories and identifiers keep their texts ("01"), and a cell that is no number is told with its
+    // place.
     std::map<WString, TypeCode> types;
     for (std::size_t i = 0; i < facts.variableNames.size(); ++i) {
         const WString& column = facts.variableNames[i];
@@ -49,6 +50,8 @@ DataFrame readFor(const LoadedModel& model, const DataSource& source, const std:
         const TypeCode type = facts.variableTypes[i] == L"categorical" ? TypeCode::TEXT : TypeCode::NUMERIC;
         if (table.getTypeCode(column) != type) types[column] = type;
     }
+    for (const WString& column : model.getIndexColNames())
+        if (table.isColumn(column) && table.isNumeric(column)) types[column] = TypeCode::TEXT;
     return types.empty() ? table : source.read(types);
 }
 

@@ -38,8 +38,9 @@ data <- matrix(readBin(args[1], "double", n * (p + 1)), n)
 frame <- as.data.frame(data[, 1:p]); frame$y <- factor(data[, p + 1])
 selected <- as.integer(args[4]); if (selected == 0) selected <- p
 fit <- system.time(model <- ranger(y ~ ., frame, num.trees = as.integer(args[5]), mtry = selected,
-                                   min.node.size = 1, num.threads = as.integer(args[6])))["elapsed"]
-score <- system.time(predict(model, frame, num.threads = as.integer(args[6])))["elapsed"]
+                                   min.node.size = 1, num.threads = as.integer(args[6]),
+                                   verbose = FALSE))["elapsed"]
+score <- system.time(predict(model, frame, num.threads = as.integer(args[6]), verbose = FALSE))["elapsed"]
 cat(fit, score)
 """
 
@@ -79,7 +80,7 @@ def peers(path, x, y, case, threads):
         run = subprocess.run([str(word) for word in command], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
                              text=True, check=False)
         if run.returncode == 0:
-            yield ("ranger", *map(float, run.stdout.split()), float("nan"))
+            yield ("ranger", *map(float, run.stdout.split()[-2:]), float("nan"))
 
 
 def main():

@@ -7,7 +7,7 @@
 // parameter `numSelectedFeatures` unset every node uses all of them, which is bagging; the square root of the
 // number of features is a common choice for classes, a third of them for numbers. Tree m, counted from 0,
 // draws by `featureSelectionSeed` + m, from 2147483647 on from 1. Trees are fitted side by side by all
-// threads, with the same result for any number of them; all of them share the ranks of the columns.
+// threads, with the same result for any number of them; all of them share the columns and their sorted rows.
 // Source: L. Breiman, Random forests, Machine Learning 45, 2001.
 
 namespace Tessel {

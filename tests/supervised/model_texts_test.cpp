@@ -360,7 +360,7 @@ TEST(TreeTexts, OtherMakersTextsScoreAsTheySayOrAreRefused) {
     refused(L"<MiningField name=\"x\"/>", L"", "none of its inputs");
     refused(L"<MiningField name=\"x\"/>", L"<MiningField name=\"x\" missingValueReplacement=\"0\"/>",
             "replaces missing values");
-    refused(L"score=\"0\"", L"", "attribute is missing");
+    refused(L"score=\"0\"", L"", "no score");
     refused(L"<True/>", L"", "no predicate");
 }
 

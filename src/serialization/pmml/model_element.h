@@ -85,12 +85,28 @@ struct ModelReader {
     void readInto(IPortableModel& model);
 };
 
-/// Children of a name, one after the other.
+inline WStringView nameOf(const Node* node) { return WStringView(node->name(), node->name_size()); }
+
+/// All children that are elements, one after the other.
+template <class Visit>
+void forEachChild(const Node* node, Visit visit) {
+    for (const Node* child = node->first_node(); child; child = child->next_sibling())
+        if (child->type() == rapidxml::node_element) visit(child);
+}
+/// Those of a name.
 template <class Visit>
 void forEachChild(const Node* node, WStringView name, Visit visit) {
-    for (const Node* child = node->first_node(name.data(), name.size()); child;
-         child = child->next_sibling(name.data(), name.size()))
-        visit(child);
+    forEachChild(node, [&](const Node* child) {
+        if (isSameName(nameOf(child), name)) visit(child);
+    });
+}
+/// All attributes by name and value.
+template <class Visit>
+void forEachAttribute(const Node* node, Visit visit) {
+    for (const Attribute* attribute = node->first_attribute(); attribute;
+         attribute = attribute->next_attribute())
+        visit(WStringView(attribute->name(), attribute->name_size()),
+              WStringView(attribute->value(), attribute->value_size()));
 }
 
 /// An `Extension` that tells what the standard has no place for.

@@ -25,7 +25,7 @@ WString requiredText(const Node* node, WStringView name) {
 
 template <class Base>
 bool isNamed(const Base* base, WStringView name) {
-    return WStringView(base->name(), base->name_size()) == name;
+    return isSameName(WStringView(base->name(), base->name_size()), name);
 }
 
 /// The first element of that name among a node and its next siblings, or null.

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <optional>
 
 #include <tessel/data/convert.h>
 #include <tessel/framework/errors.h>
@@ -85,11 +86,15 @@ std::vector<std::int32_t> codesOf(const StringVector& labels, const FeatureSchem
 }
 
 Side readSimplePredicate(const XmlNode* predicate, const FittedSchema& schema, const ModelReader& reader) {
+    WStringView field, comparison, value;
+    PMML::forEachAttribute(predicate, [&](WStringView name, WStringView text) {
+        if (PMML::isSameName(name, L"field")) field = text;
+        if (PMML::isSameName(name, L"operator")) comparison = text;
+        if (PMML::isSameName(name, L"value")) value = text;
+    });
     Side side;
-    side.feature = reader.featureOf(Document::requiredAttribute(predicate, L"field"));
+    side.feature = reader.featureOf(field);
     const FeatureSchema& feature = schema.features[at(side.feature)];
-    const WStringView comparison = Document::requiredAttribute(predicate, L"operator");
-    const WStringView value = Document::optionalAttribute(predicate, L"value").value_or(L"");
     if (feature.isCategorical && (comparison == L"equal" || comparison == L"notEqual")) {
         side.form = comparison == L"equal" ? Side::Form::IN : Side::Form::NOT_IN;
         side.codes = codesOf(StringVector{WString(value)}, feature);
@@ -125,8 +130,8 @@ Side readSetPredicate(const XmlNode* predicate, const FittedSchema& schema, cons
 
 Side readSide(const XmlNode* node, const FittedSchema& schema, const ModelReader& reader) {
     for (const XmlNode* child = node->first_node(); child; child = child->next_sibling()) {
-        const WStringView name(child->name(), child->name_size());
-        if (name == L"SimplePredicate") return readSimplePredicate(child, schema, reader);
+        const WStringView name = PMML::nameOf(child);
+        if (PMML::isSameName(name, L"SimplePredicate")) return readSimplePredicate(child, schema, reader);
         if (name == L"SimpleSetPredicate") return readSetPredicate(child, schema, reader);
         if (name == L"True") return {};
         if (name == L"CompoundPredicate" || name == L"False")
@@ -155,75 +160,101 @@ class NodesReader {
     }
 
  private:
+    /// The attributes of a `Node`, looked through once.
+    struct Attributes {
+        std::optional<WStringView> id, score, recordCount, defaultChild;
+    };
+    static Attributes attributesOf(const XmlNode* element) {
+        Attributes found;
+        PMML::forEachAttribute(element, [&](WStringView name, WStringView value) {
+            if (PMML::isSameName(name, L"id")) found.id = value;
+            if (PMML::isSameName(name, L"score")) found.score = value;
+            if (PMML::isSameName(name, L"recordCount")) found.recordCount = value;
+            if (PMML::isSameName(name, L"defaultChild")) found.defaultChild = value;
+        });
+        return found;
+    }
+
     void readNode(const XmlNode* element) {
+        const Attributes attributes = attributesOf(element);
         TreeNode node;
-        const auto count = Document::optionalAttribute(element, L"recordCount");
-        const double numRecords = count ? PMML::toDouble(*count) : 0.0;
+        const double numRecords = attributes.recordCount ? PMML::toDouble(*attributes.recordCount) : 0.0;
         constexpr double kMaxCount = 9007199254740992.0;  // 2^53
         if (!(numRecords >= 0.0 && numRecords <= kMaxCount))
             throw UnsupportedPMMLFormat("A recordCount is no count.");
         node.numRecords = static_cast<std::int64_t>(numRecords);
         if (classes_.empty()) {
-            node.response = Document::requiredDouble(element, L"score");
+            if (!attributes.score) throw UnsupportedPMMLFormat("A Node has no score.");
+            node.response = PMML::toDouble(*attributes.score);
             if (!std::isfinite(node.response)) throw UnsupportedPMMLFormat("A score is not finite.");
-        } else {
-            readClasses(element, numRecords);
         }
-        readChildren(element, node);
+        children_.clear();
+        distributions_.clear();
+        PMML::forEachChild(element, [&](const XmlNode* child) {
+            const WStringView name = PMML::nameOf(child);
+            if (PMML::isSameName(name, L"Node")) children_.push_back(child);
+            if (PMML::isSameName(name, L"ScoreDistribution")) distributions_.push_back(child);
+        });
+        if (!classes_.empty()) readClasses(attributes, numRecords);
+        if (!children_.empty()) readChildren(attributes, node);
         read_.tree.nodes.push_back(node);
     }
 
     std::int32_t classOf(WStringView label) const {
-        const auto found = std::find(classes_.begin(), classes_.end(), label);
-        if (found == classes_.end())
-            throw UnsupportedPMMLFormat(Convert::toUtf8Lossy(label) + " is no class of the target.");
-        return static_cast<std::int32_t>(found - classes_.begin());
+        for (std::size_t k = 0; k < classes_.size(); ++k)
+            if (PMML::isSameName(classes_[k], label)) return static_cast<std::int32_t>(k);
+        throw UnsupportedPMMLFormat(Convert::toUtf8Lossy(WString(label)) + " is no class of the target.");
     }
 
-    void readClasses(const XmlNode* element, double numRecords) {
-        const auto score = Document::optionalAttribute(element, L"score");
-        read_.labels.push_back(score ? classOf(*score) : -1);
+    void readClasses(const Attributes& attributes, double numRecords) {
+        read_.labels.push_back(attributes.score ? classOf(*attributes.score) : -1);
         std::vector<double>& all = read_.tree.classWeights;
         all.resize(all.size() + classes_.size(), 0.0);
         double* const weights = all.data() + all.size() - classes_.size();
         std::size_t expected = 0, numProbabilities = 0;
-        PMML::forEachChild(element, L"ScoreDistribution", [&](const XmlNode* distribution) {
-            const WStringView label = Document::requiredAttribute(distribution, L"value");
-            const bool isNext = expected < classes_.size() && classes_[expected] == label;
-            const std::size_t k = isNext ? expected : at(classOf(label));
+        for (const XmlNode* distribution : distributions_) {
+            std::optional<WStringView> label, count, probability;
+            PMML::forEachAttribute(distribution, [&](WStringView name, WStringView value) {
+                if (PMML::isSameName(name, L"value")) label = value;
+                if (PMML::isSameName(name, L"recordCount")) count = value;
+                if (PMML::isSameName(name, L"probability") && !reader_.areProbabilitiesVotes)
+                    probability = value;
+            });
+            if (!label || !(count || probability))
+                throw UnsupportedPMMLFormat("A ScoreDistribution lacks its value or its recordCount.");
+            // Classes mostly come in their order.
+            const bool isNext = expected < classes_.size() && PMML::isSameName(classes_[expected], *label);
+            const std::size_t k = isNext ? expected : at(classOf(*label));
             expected = k + 1;
-            const auto probability = reader_.areProbabilitiesVotes
-                                         ? std::nullopt
-                                         : Document::optionalAttribute(distribution, L"probability");
             numProbabilities += probability.has_value();
-            weights[k] = probability ? PMML::toDouble(*probability)
-                                     : Document::requiredDouble(distribution, L"recordCount");
+            weights[k] = PMML::toDouble(probability ? *probability : *count);
             if (!(weights[k] >= 0.0) || std::isinf(weights[k]))
                 throw UnsupportedPMMLFormat("A ScoreDistribution is negative or not finite.");
-        });
+        }
         if (numProbabilities != 0 && numProbabilities != classes_.size())
             throw UnsupportedPMMLFormat("Some classes of a node have a probability and some have none.");
         if (numProbabilities != 0)
             for (std::size_t k = 0; k < classes_.size(); ++k) weights[k] *= std::max(1.0, numRecords);
-        if (expected == 0 && score) weights[at(read_.labels.back())] = std::max(1.0, numRecords);
+        if (distributions_.empty() && attributes.score)
+            weights[at(read_.labels.back())] = std::max(1.0, numRecords);
     }
 
-    void readChildren(const XmlNode* element, TreeNode& node) {
-        std::vector<const XmlNode*> children;
-        PMML::forEachChild(element, L"Node", [&](const XmlNode* child) { children.push_back(child); });
-        if (children.empty()) return;
-        if (children.size() != 2) throw UnsupportedPMMLFormat("A node has not two children.");
-        Side left = readSide(children[0], schema_, reader_), right = readSide(children[1], schema_, reader_);
+    void readChildren(const Attributes& attributes, TreeNode& node) {
+        if (children_.size() != 2) throw UnsupportedPMMLFormat("A node has not two children.");
+        Side left = readSide(children_[0], schema_, reader_),
+             right = readSide(children_[1], schema_, reader_);
         if (!left.isLeft() && right.isLeft()) {
             std::swap(left, right);
-            std::swap(children[0], children[1]);
+            std::swap(children_[0], children_[1]);
         }
         if (!left.isLeft() || !right.isComplementOf(left))
             throw UnsupportedPMMLFormat("The children of a node are not the two sides of one comparison.");
-        if (Document::requiredAttribute(element, L"defaultChild") !=
-            Document::requiredAttribute(children[0], L"id"))
+        const std::optional<WStringView> leftId = Document::optionalAttribute(children_[0], L"id");
+        if (!leftId || leftId != attributes.defaultChild)
             throw UnsupportedPMMLFormat(
-                "A node sends missing values to the side of large numbers or unlisted categories.");
+                "A node sends missing values to the side of large numbers or unlisted categories, or does "
+                "not "
+                "tell where.");
         node.feature = left.feature;
         node.threshold = left.threshold;
         if (left.form == Side::Form::IN) {
@@ -231,9 +262,10 @@ class NodesReader {
             read_.tree.categorySets.push_back(std::move(left.codes));
         }
         node.left = static_cast<std::int32_t>(pending_.size());
-        pending_.insert(pending_.end(), children.begin(), children.end());
+        pending_.insert(pending_.end(), children_.begin(), children_.end());
     }
 
+    std::vector<const XmlNode*> children_, distributions_;  // of the node at hand
     const FittedSchema& schema_;
     const StringVector& classes_;
     const ModelReader& reader_;

@@ -18,8 +18,8 @@ using Engine::Ensemble::OutOfBagLog;
 using Supervised::Resample;
 
 Resample bootstrap(int numRows, int seed) {
-    return Resample::of(
-        Util::sample(numRows, numRows, seed, Sampling::ReplaceType::WITH_REPLACEMENT).elements(), numRows);
+    IntVector rows = Util::sample(numRows, numRows, seed, Sampling::ReplaceType::WITH_REPLACEMENT);
+    return Resample::of(std::move(rows).elements(), numRows);
 }
 
 DataFrame errorTable(const OutOfBagLog& log, const WString& column) {

@@ -17,6 +17,8 @@ struct TextFormat {
     WString rowNamesColumn;
     /// Decimals of numbers, 0..17; -1 is the shortest form that reads back to the same bits.
     int numDecimals = -1;
+    /// Whether records end with LF alone, as line-oriented tools expect, instead of CR LF.
+    bool endsWithLineFeed = false;
 };
 
 /// Writes tables to files.

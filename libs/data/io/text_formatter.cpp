@@ -119,7 +119,7 @@ void TextFormatter::appendHeader(std::string& text) const {
         if (column > 0) text += delimiter_;
         text += quotedWhereNeeded(Convert::toUtf8(table_.getColName(column)));
     }
-    text += "\r\n";
+    text += lineEnd();
 }
 
 void TextFormatter::appendRows(int begin, int end, std::string& text) const {
@@ -138,7 +138,7 @@ void TextFormatter::appendRows(int begin, int end, std::string& text) const {
                 text += code == kMissingCode ? column.missing : column.levels[static_cast<std::size_t>(code)];
             }
         }
-        text += "\r\n";
+        text += lineEnd();
     }
 }
 

@@ -30,6 +30,7 @@ class TextFormatter {
     };
 
     Column prepare(const DataFrame& table, int column) const;
+    const char* lineEnd() const { return format_.endsWithLineFeed ? "\n" : "\r\n"; }
     bool needsQuotes(std::string_view text) const;
     std::string quotedWhereNeeded(std::string text) const;
     void appendHeader(std::string& text) const;

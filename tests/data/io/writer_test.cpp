@@ -50,12 +50,13 @@ void expectSame(const DataFrame& a, const DataFrame& b) {
 }
 
 TEST(WriterTest, quotesWhereNeededAndNowhereElse) {
-    TextFormat bare, named, fixed, minus;
+    TextFormat bare, named, fixed, minus, lines;
     bare.hasHeader = false;
     bare.delimiter = L';';
     named.rowNamesColumn = L"row";
     fixed.numDecimals = 2;
     minus.delimiter = L'-';
+    lines.endsWithLineFeed = true;
     const struct {
         DataFrame table;
         TextFormat format;
@@ -74,6 +75,8 @@ TEST(WriterTest, quotesWhereNeededAndNowhereElse) {
         {tableOf({numbers(L"n", {2.0, -0.125, 1e300 / 1e280, kNaN})}), fixed,
          "n\r\n2.00\r\n-0.12\r\n100000000000000000000.00\r\n\r\n"},
         {tableOf({numbers(L"a", {-1.0}), numbers(L"b", {5.0})}), minus, "a-b\r\n\"-1\"-5\r\n"},
+        {tableOf({numbers(L"n", {2.0, 3.0}), texts(L"t", {L"a", L"u\r\nv"})}), lines,
+         "n,t\n2,a\n3,\"u\r\nv\"\n"},
         {DataFrame(), {}, ""},
     };
     for (const auto& c : cases) EXPECT_EQ(Writer::formatText(c.table, c.format), c.expected);

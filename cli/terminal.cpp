@@ -1,0 +1,115 @@
+#include "terminal.h"
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+
+#ifdef _WIN32
+#include <fcntl.h>
+#include <io.h>
+#else
+#include <unistd.h>
+#endif
+
+namespace Tessel::Cli {
+namespace {
+
+bool isErrorStreamTerminal() {
+#ifdef _WIN32
+    return _isatty(_fileno(stderr)) != 0;
+#else
+    return isatty(STDERR_FILENO) != 0;
+#endif
+}
+
+std::filesystem::path pathOf(const std::string& path) {
+    return std::filesystem::path(std::u8string(path.begin(), path.end()));
+}
+
+bool writeFile(const std::string& bytes, const std::filesystem::path& path) {
+    std::ofstream file(path, std::ios::binary);
+    file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    file.close();
+    return !file.fail();
+}
+
+}  // namespace
+
+void useBinaryStreams() {
+#ifdef _WIN32
+    _setmode(_fileno(stdin), _O_BINARY);
+    _setmode(_fileno(stdout), _O_BINARY);
+#endif
+}
+
+std::string readStandardInput() {
+    constexpr std::size_t kBlock = 1 << 20;
+    std::string text;
+    std::size_t numRead = 0;
+    do {
+        const std::size_t size = text.size();
+        text.resize(size + kBlock);
+        numRead = std::fread(text.data() + size, 1, kBlock, stdin);
+        text.resize(size + numRead);
+    } while (numRead > 0);
+    if (std::ferror(stdin)) throw Failure("standard input cannot be read");
+    return text;
+}
+
+void writeBytes(const std::string& bytes, const std::string& path) {
+    if (path.empty() || path == "-") {
+        if (std::fwrite(bytes.data(), 1, bytes.size(), stdout) != bytes.size() || std::fflush(stdout) != 0)
+            throw Failure("standard output cannot be written");
+        return;
+    }
+    const std::filesystem::path target = pathOf(path);
+    std::error_code error;
+    // What is there and no ordinary file, such as a device or a pipe, is written to and not replaced.
+    const bool isReplaced = !std::filesystem::exists(target, error) ||
+                            std::filesystem::is_regular_file(std::filesystem::symlink_status(target, error));
+    const std::filesystem::path part = isReplaced ? pathOf(path + ".part") : target;
+    bool isWritten = writeFile(bytes, part);
+    if (isWritten && isReplaced) {
+        std::filesystem::rename(part, target, error);
+        isWritten = !error;
+    }
+    if (isWritten) return;
+    if (isReplaced) std::filesystem::remove(part, error);
+    throw Failure(path + ": cannot be written");
+}
+
+Progress::Progress(std::string text) : text_(std::move(text)) {
+    if (isErrorStreamTerminal()) thread_ = std::thread([this] { run(); });
+}
+
+Progress::~Progress() {
+    if (!thread_.joinable()) return;
+    {
+        const std::lock_guard lock(mutex_);
+        isDone_ = true;
+    }
+    changed_.notify_one();
+    thread_.join();
+}
+
+void Progress::report(double shareDone) {
+    const std::lock_guard lock(mutex_);
+    shareDone_ = shareDone;
+}
+
+void Progress::run() {
+    std::unique_lock lock(mutex_);
+    std::size_t length = 0;
+    for (int seconds = 1; !changed_.wait_for(lock, std::chrono::seconds(1), [this] { return isDone_; });
+         ++seconds) {
+        std::string line = text_ + " ... ";
+        if (shareDone_ >= 0.0) line += std::to_string(static_cast<int>(100.0 * shareDone_)) + " % ";
+        line += std::to_string(seconds) + " s";
+        length = line.size();
+        std::fprintf(stderr, "\r%s", line.c_str());
+        std::fflush(stderr);
+    }
+    if (length > 0) std::fprintf(stderr, "\r%s\r", std::string(length, ' ').c_str());
+}
+
+}  // namespace Tessel::Cli

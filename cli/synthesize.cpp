@@ -6,6 +6,7 @@
 #include "commands.h"
 #include "data.h"
 #include "output.h"
+#include "pictures.h"
 #include "terminal.h"
 
 namespace Tessel::Cli {
@@ -22,8 +23,11 @@ struct Options {
     std::string correlation;  // empty: rank, or copula when one is named
     std::vector<std::string> copulas;
     std::string sampling;  // empty: that of the generator
+    int numTerms = 5;
     bool withinRange = false;
     std::string model;
+    OutputOptions report;
+    std::string pictures;
 };
 
 constexpr const char* kExamples = R"(
@@ -32,6 +36,8 @@ Examples:
     tessel synthesize iris.csv --ignore Species --size 1000 --output like_iris.csv
   No value outside the range of its column; the dependence by the copula that can be fitted first:
     tessel synthesize iris.csv --ignore Species --within-range --copula gauss,student
+  How much alike both are, in numbers and in pictures:
+    tessel synthesize iris.csv --ignore Species --output like_iris.csv --report alike.txt --pictures margins.svg
   What was learned, kept for later:
     tessel synthesize iris.csv --ignore Species --model iris.ladon --output a.csv
     tessel synthesize iris.ladon --size 20 --seed 7
@@ -61,7 +67,8 @@ void requireFitted(const Generator& generator, const std::string& source) {
                   Convert::toUtf8(Util::join(generator.getLog(), L"; ")));
 }
 
-void learn(Generator& generator, const Options& options) {
+/// @returns the columns that were learned from
+DataFrame learn(Generator& generator, const Options& options) {
     const std::string source = sourceName(options.data.path);
     const DataFrame table = DataSource(options.data).read();
     StringVector columns;
@@ -85,17 +92,23 @@ void learn(Generator& generator, const Options& options) {
         throw Failure("--copula is for --correlation copula");
     for (const std::string& copula : options.copulas) generator.setCopula(kCopulas.at(copula), true);
     generator.setUseMinMaxAsBounds(options.withinRange);
+    for (const WString& column : columns) generator.setNumMetalogTerms(column, options.numTerms);
     const Progress progress("learning from " + std::to_string(table.getNumRows()) + " rows");
-    generator.fit(table(Util::all, columns));
+    DataFrame learned = table(Util::all, columns);
+    generator.fit(learned);
     requireFitted(generator, source);
+    return learned;
 }
 
 void synthesize(const Options& options) {
     Generator generator;
+    DataFrame data;
     if (options.data.path.ends_with(".ladon")) {
         if (!options.correlation.empty() || !options.copulas.empty() || !options.ignored.empty() ||
             options.withinRange)
             throw Failure(options.data.path + ": is a generator, which has learned already");
+        if (!options.report.path.empty() || !options.pictures.empty())
+            throw Failure(options.data.path + ": is a generator; a report and pictures need the data");
         try {
             generator.fromLadonString(Convert::fromUtf8(readAll(options.data.path)));
         } catch (const UnsupportedJSONModel& error) {
@@ -103,7 +116,7 @@ void synthesize(const Options& options) {
         }
         requireFitted(generator, options.data.path);
     } else {
-        learn(generator, options);
+        data = learn(generator, options);
     }
     generator.setSampleSize(options.size);
     if (!options.sampling.empty()) generator.setSamplingMethodType(kSamplings.at(options.sampling));
@@ -114,6 +127,8 @@ void synthesize(const Options& options) {
     const DataFrame sample = generator.generate();
     if (sample.getNumRows() != options.size)
         throw Failure("nothing can be generated. " + Convert::toUtf8(Util::join(generator.getLog(), L"; ")));
+    if (!options.report.path.empty()) printReport(Generator::qualityReport(data, sample), options.report);
+    if (!options.pictures.empty()) writeBytes(picturesOfMargins(data, generator), options.pictures);
     printData(sample, options.output);
 }
 
@@ -156,8 +171,15 @@ void addSynthesize(CLI::App& program) {
         ->delimiter(',')
         ->allow_extra_args(false)
         ->type_name("COPULAS");
+    command
+        .add_option("--terms", options->numTerms,
+                    "The most terms of a distribution, 2 to 16: more follow the data more closely")
+        ->check(CLI::Range(2, 16).description(""))
+        ->capture_default_str()
+        ->type_name("NUMBER");
     command.add_flag("--within-range", options->withinRange,
-                     "No values below the least and above the greatest of their column");
+                     "No values below the least and above the greatest of their column, at the price of a "
+                     "looser fit");
     command.add_option("--ignore", options->ignored, "Columns to leave out")
         ->delimiter(',')
         ->allow_extra_args(false)
@@ -168,6 +190,14 @@ void addSynthesize(CLI::App& program) {
                 return path.ends_with(".ladon") ? std::string() : "the name must end with .ladon";
             },
             ""))
+        ->type_name("FILE");
+    command
+        .add_option("--report", options->report.path,
+                    "A file for how much alike data and rows are: .txt, or .json for programs")
+        ->type_name("FILE");
+    command
+        .add_option("--pictures", options->pictures,
+                    "An SVG file for the histograms of the columns under their fitted densities")
         ->type_name("FILE");
     addOutputOptions(command, options->output, false);
     addDataOptions(command, options->data);

@@ -137,7 +137,8 @@ class TESSEL_API SyntheticDataGenerator : public EstimatorHandle,
     SyntheticDataGenerator& setMetalogAuto(bool isAuto);
     bool getMetalogAuto() const;
     /// Whether the smallest and the largest cell are the bounds, where none is set for the column. Default
-    /// false.
+    /// false. The two cells then lie within 1.5e-8 of a bound, where a metalog hardly follows: a bound known
+    /// to be beyond the data, such as 0 for lengths, gives a better fit.
     SyntheticDataGenerator& setUseMinMaxAsBounds(bool useMinMax);
     bool getUseMinMaxAsBounds() const;
     /// Whether `fit` computes the curves for drawing. Default true.

@@ -35,11 +35,12 @@ std::vector<std::span<const double>> constSpansOf(const std::vector<Vector>& row
     return spans;
 }
 
-/// Asks for the memory of a whole sample without using it: systems that give more than they have refuse such a
-/// request only as one. @throws std::bad_alloc
+/// Asks for the memory of a whole sample without using it: systems that give more than they have refuse such
+/// a request only as one. @throws std::bad_alloc
 void requireMemory(std::size_t numVars, std::size_t numRows) {
     if (numVars > std::numeric_limits<std::size_t>::max() / 16 / numRows) throw std::bad_alloc();
-    void* const volatile memory = ::operator new(numVars * numRows * sizeof(double));  // volatile: not left out
+    void* const volatile memory =
+        ::operator new(numVars* numRows * sizeof(double));  // volatile: not left out
     ::operator delete(memory);
 }
 

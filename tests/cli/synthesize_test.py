@@ -1,6 +1,8 @@
 """Generated tables look like the table that was learned from, and are repeatable."""
 
+import json
 import statistics
+from xml.etree import ElementTree
 
 import harness
 from harness import Program, numbers, rows_of
@@ -55,6 +57,36 @@ class Synthesize(Program):
         self.assertEqual(self.synthesize("iris.ladon", "--size", 50), first)
         self.assertEqual(len(rows_of(self.synthesize("iris.ladon", "--size", 7, "--seed", 6))), 7)
 
+    def test_reports_how_much_alike_data_and_rows_are(self):
+        data = self.read("iris.csv").replace("PetalWidth", "a<b & c", 1)
+        self.write("flowers.csv", data)
+        text = self.synthesize("flowers.csv", "--ignore", "Species", "--size", 500, "--terms", 9,
+                               "--report", "alike.json", "--pictures", "margins.svg")
+        tables = {table["name"]: table for table in json.loads(self.read("alike.json"))}
+        distances = tables["Quality: Distances"]
+        column = distances["columns"][0]
+        self.assertEqual(column["name"], "Kolmogorov-Smirnov")
+        sources, samples = rows_of(data), rows_of(text)
+        for name, distance in zip(distances["rowNames"], column["values"]):
+            source, sample = (numbers(row[name] for row in rows) for rows in (sources, samples))
+            steps = [sum(v <= x for v in source) / len(source) - sum(v <= x for v in sample) / len(sample)
+                     for x in source + sample]
+            self.assertAlmostEqual(distance, max(map(abs, steps)), delta=1e-12)
+
+        svg = "{http://www.w3.org/2000/svg}"
+        picture = ElementTree.fromstring(self.read("margins.svg"))
+        panels = picture.findall(svg + "g")
+        self.assertEqual([panel.find(svg + "text").text for panel in panels], [*COLUMNS[:3], "a<b & c"])
+        for panel in panels:
+            bottom = float(panel.find(svg + "line").get("y1"))
+            bars = panel.findall(f"{svg}svg/{svg}rect")
+            areas = sum(float(bar.get("width")) * float(bar.get("height")) for bar in bars)
+            line = panel.find(f"{svg}svg/{svg}polyline").get("points")
+            points = [tuple(numbers(point.split(","))) for point in line.split()]
+            density = sum((b[0] - a[0]) * (bottom - (a[1] + b[1]) / 2) for a, b in zip(points, points[1:]))
+            self.assertAlmostEqual(density / areas, 1.0, delta=0.02)  # both have the area 1
+            self.assertTrue(all(float(bar.get("y")) + float(bar.get("height")) <= bottom + 0.02 for bar in bars))
+
     def test_refuses_what_it_cannot_learn(self):
         self.write("constant.csv", "x,y\n1,2\n1,3\n1,5\n")
         self.write("no.ladon", "{}")
@@ -64,6 +96,7 @@ class Synthesize(Program):
             ("constant.csv",): "constant.csv: cannot be learned from. ",
             ("no.ladon",): "no.ladon: is no generator",
             ("no.ladon", "--within-range"): "has learned already",
+            ("no.ladon", "--report", "alike.txt"): "need the data",
             ("iris.csv", "--ignore", "Species", "--size", "0"): "1,2147483647",
             ("iris.csv", "--correlation", "none", "--ignore", "Species", "--copula", "frank"): "--copula is",
         }.items():

@@ -292,7 +292,10 @@ TEST(SyntheticDataGenerate, ManyColumns) {
     for (int i = 0; i < 1000; ++i)
         table.append(DataFrameColumn(L"v" + std::to_wstring(i), logisticSample(31, i, 1.0, 1 + i % 29)));
     Generator generator;
-    const DataFrame sample = generator.setComputeMetalogCurves(false).fitTransform(table);
+    generator.setComputeMetalogCurves(false)
+        .setCorrelationType(CorrelationType::COPULA)
+        .setCopula(CopulaType::GAUSS, true);
+    const DataFrame sample = generator.fitTransform(table);
     EXPECT_EQ(sample.getNumCols(), 1000);
     EXPECT_EQ(sample.getNumRows(), 100);
     EXPECT_TRUE(generator.isCorrelationFitted());

@@ -1,8 +1,12 @@
+#include <thread>
+#include <vector>
+
 #include <gtest/gtest.h>
 
 #include <tessel/decision_tree.h>
 #include <tessel/framework/errors.h>
 #include <tessel/naive_bayes.h>
+#include <tessel/random_trees.h>
 #include <tessel/scaler.h>
 #include <tessel/scoring/facades.h>
 
@@ -166,6 +170,30 @@ TEST(Facades, CallsThatTheModelCannotAnswerSaySo) {
     EXPECT_THROW(Scoring::Forecaster().setNumForecasts(0), ValueOutOfRange);
     EXPECT_THROW(Scoring::Forecaster().setConfidenceLevel(1.0), ValueOutOfRange);
     EXPECT_THROW(Scoring::Clusterizer().setNumClusters(0), ValueOutOfRange);
+}
+
+TEST(Facades, ManyThreadsScoreWithOneModelAtOnce) {
+    const DataFrame& features = data().features;
+    const WString texts[] = {tree().toPMML(),
+                             Classification::NaiveBayes::Estimator().fit(features, data().target).toJSON(),
+                             Classification::RandomTrees::Estimator().fit(features, data().target).toLadon()};
+    for (const WString& text : texts) {
+        Classifier classifier, other;
+        classifier.fromString(text);
+        other.fromString(text);
+        const WString expected = other.posteriorProbability(features).toString();
+        std::vector<WString> found(8);
+        std::vector<std::thread> threads;
+        for (WString& result : found)
+            threads.emplace_back([&] {
+                for (int i = 0; i < 20; ++i) {
+                    classifier.predict(features);
+                    result = classifier.posteriorProbability(features).toString();
+                }
+            });
+        for (std::thread& thread : threads) thread.join();
+        for (const WString& result : found) EXPECT_EQ(result, expected);
+    }
 }
 
 TEST(Facades, CopiesShareAndNamesAreTheirOwn) {

@@ -5,6 +5,7 @@
 
 #include "engine/dist/empirical_dist.h"
 #include "engine/dist/families.h"
+#include "engine/dist/metalog_dist.h"
 
 namespace Tessel::Engine::Dist {
 namespace {
@@ -15,7 +16,7 @@ CatalogueEntry entryOf(const FamilyDescription& family = Dist::description()) {
 }
 
 constexpr FamilyDescription kMetalog{
-    .code = kMetalogCode,
+    .code = CMetalogDist::kFamilyCode,
     .displayName = L"Metalog",
     .functionName = L"LyrMetalog",
     .sentence =
@@ -23,7 +24,7 @@ constexpr FamilyDescription kMetalog{
         L"a meta-logistic structure defined by 2 to 16 coeficients and optional bounds."};
 
 constexpr FamilyDescription kMetalog2{
-    .code = kMetalog2Code,
+    .code = CMetalog2Dist::kFamilyCode,
     .displayName = L"Metalog 2",
     .functionName = L"LyrMetalog2",
     .sentence =
@@ -47,29 +48,45 @@ const CatalogueEntry* findEntry(auto&& isWanted) {
 }
 
 std::unique_ptr<CDist> makeFrom(const CatalogueEntry* entry) {
-    return entry == nullptr || entry->make == nullptr ? nullptr : entry->make();
+    return entry == nullptr ? nullptr : entry->make();
 }
 
 }  // namespace
 
 std::span<const CatalogueEntry> catalogue() {
     static const std::array kEntries{
-        entryOf<CBernoulliDist>(),   entryOf<CBetaDist>(),
-        entryOf<CBetaGeneralDist>(), entryOf<CBinomialDist>(),
-        entryOf<CCauchyDist>(),      entryOf<CChiSqDist>(),
-        entryOf<CErfDist>(),         entryOf<CErlangDist>(),
-        entryOf<CExpoDist>(),        entryOf<CGammaDist>(),
-        entryOf<CGeomDist>(),        entryOf<CIntUniformDist>(),
-        entryOf<CInvGaussDist>(),    entryOf<CLaplaceDist>(),
-        entryOf<CLogarithmicDist>(), entryOf<CLogisticDist>(),
-        entryOf<CLogLogisticDist>(), entryOf<CMaxExtremeDist>(),
-        entryOf<CMinExtremeDist>(),  entryOf<CNegBinomialDist>(),
-        entryOf<CNormalDist>(),      entryOf<CParetoDist>(),
-        entryOf<CPearson5Dist>(),    entryOf<CPoissonDist>(),
-        entryOf<CRayleighDist>(),    entryOf<CStudentDist>(),
-        entryOf<CUniformDist>(),     entryOf<CWeibullDist>(),
-        CatalogueEntry{kMetalog},    CatalogueEntry{kMetalog2},
-        entryOf<CLogNormalDist>(),   entryOf<CEmpiricalDist>(kEmpirical),
+        entryOf<CBernoulliDist>(),
+        entryOf<CBetaDist>(),
+        entryOf<CBetaGeneralDist>(),
+        entryOf<CBinomialDist>(),
+        entryOf<CCauchyDist>(),
+        entryOf<CChiSqDist>(),
+        entryOf<CErfDist>(),
+        entryOf<CErlangDist>(),
+        entryOf<CExpoDist>(),
+        entryOf<CGammaDist>(),
+        entryOf<CGeomDist>(),
+        entryOf<CIntUniformDist>(),
+        entryOf<CInvGaussDist>(),
+        entryOf<CLaplaceDist>(),
+        entryOf<CLogarithmicDist>(),
+        entryOf<CLogisticDist>(),
+        entryOf<CLogLogisticDist>(),
+        entryOf<CMaxExtremeDist>(),
+        entryOf<CMinExtremeDist>(),
+        entryOf<CNegBinomialDist>(),
+        entryOf<CNormalDist>(),
+        entryOf<CParetoDist>(),
+        entryOf<CPearson5Dist>(),
+        entryOf<CPoissonDist>(),
+        entryOf<CRayleighDist>(),
+        entryOf<CStudentDist>(),
+        entryOf<CUniformDist>(),
+        entryOf<CWeibullDist>(),
+        entryOf<CMetalogDist>(kMetalog),
+        entryOf<CMetalog2Dist>(kMetalog2),
+        entryOf<CLogNormalDist>(),
+        entryOf<CEmpiricalDist>(kEmpirical),
     };
     return kEntries;
 }

@@ -11,15 +11,11 @@
 
 namespace Tessel::Engine::Dist {
 
-/// The code of the metalog with 2016 order of terms.
-inline constexpr std::int32_t kMetalogCode = 59;
-/// The code of the metalog with the second order of terms.
-inline constexpr std::int32_t kMetalog2Code = 76;
-
 struct CatalogueEntry {
     FamilyDescription family;
-    /// A distribution with the default parameters; null for the metalogs, which are made from coefficients.
-    std::unique_ptr<CDist> (*make)() = nullptr;
+    /// A distribution with the default parameters. The metalogs and the empirical distribution have none:
+    /// they are not valid until they get coefficients or a sample.
+    std::unique_ptr<CDist> (*make)();
 };
 
 /// The families in the order of their codes, then those without a code.
@@ -30,8 +26,7 @@ const CatalogueEntry* findFamily(std::int32_t code);
 /// By function name, for example "LyrNormal".
 const CatalogueEntry* findFamily(std::wstring_view functionName);
 
-/// A distribution of the family with its default parameters; null when there is no such family, or it has no
-/// defaults.
+/// What the entry of the family makes; null when there is no such family.
 std::unique_ptr<CDist> makeDist(std::int32_t code);
 std::unique_ptr<CDist> makeDist(std::wstring_view functionName);
 

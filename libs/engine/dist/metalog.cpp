@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "engine/dist/special_functions.h"
+
 namespace Tessel::Engine::Dist {
 namespace {
 
@@ -31,10 +33,9 @@ MetalogProbability MetalogProbability::ofLogit(double logit) {
 }
 
 MetalogProbability MetalogProbability::of(double y) {
-    const double x = y - 0.5;  // exact above 1/4, and so near 1/2, where the logit is small
-    const double logit = std::abs(x) < 0.25 ? std::log1p(2.0 * x / (1.0 - y)) : std::log(y / (1.0 - y));
+    const double x = y - 0.5;
     const double smaller = std::min(y, 1.0 - y);
-    return {logit, smaller / (1.0 - smaller), x, y * (1.0 - y)};
+    return {Dist::logit(y), smaller / (1.0 - smaller), x, y * (1.0 - y)};
 }
 
 MetalogCurve::MetalogCurve(MetalogOrder order, std::span<const double> coefficients) {

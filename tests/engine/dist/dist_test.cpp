@@ -12,6 +12,7 @@
 #include "engine/dist/catalogue.h"
 #include "engine/dist/empirical_dist.h"
 #include "engine/dist/families.h"
+#include "engine/dist/metalog_dist.h"
 #include "engine/dist/reference_tables.h"
 
 using namespace Tessel::Engine::Dist;
@@ -412,12 +413,26 @@ TEST(Catalogue, HasEveryFamilyOnce) {
     EXPECT_EQ(names.size(), 32u);
     EXPECT_EQ(sentences.size(), 32u);
     EXPECT_EQ(
-        findFamily(kMetalogCode)->family.sentence,
+        findFamily(CMetalogDist::kFamilyCode)->family.sentence,
         L"LyrMetalog is a continuous custom distribution obtained by fitting historical cdf pairs into a "
         L"meta-logistic structure defined by 2 to 16 coeficients and optional bounds.");
     EXPECT_EQ(findFamily(3), nullptr);
     EXPECT_EQ(findFamily(0), nullptr);
-    EXPECT_EQ(makeDist(kMetalogCode), nullptr);
+    for (const CatalogueEntry& entry : catalogue()) {
+        const auto dist = entry.make();
+        EXPECT_EQ(dist->familyCode(), entry.family.code) << nameOf(entry.family.functionName);
+        EXPECT_TRUE(!dist->isValid() || dist->formulaText().starts_with(entry.family.functionName));
+    }
+    for (const std::int32_t code : {59, 76}) {
+        const auto metalog = makeDist(code);
+        EXPECT_FALSE(metalog->isValid());
+        EXPECT_EQ(metalog->formulaText(), L"");
+        EXPECT_TRUE(std::isnan(metalog->cdf(0.0)) && std::isnan(metalog->mean()));
+        EXPECT_TRUE(metalog->setParameters(std::vector{1.0, 2.0}));  // logistic
+        EXPECT_EQ(metalog->median(), 1.0);
+        EXPECT_EQ(metalog->formulaText(), code == 59 ? L"LyrMetalog(1, 2)" : L"LyrMetalog2(1, 2)");
+    }
+    EXPECT_EQ(makeDist(3), nullptr);
     EXPECT_EQ(makeDist(L"LyrUnknown"), nullptr);
     EXPECT_TRUE(makeDist(L"LyrLogNormal")->isValid());
 }

@@ -74,8 +74,9 @@ class ISyntheticDataGenerator;  // private
 /// Bad parameters throw. What cannot be fitted or generated does not: it is a line of the log (`getLog`), and
 /// the column or step concerned is skipped or the table generated is empty. Each fit begins a new log.
 ///
-/// Columns are fitted in parallel; neither the number of threads nor the platform changes a bit of the
-/// results. The same seed gives the same table, also after `toLadon` and `fromLadonString`.
+/// Columns are fitted in parallel; the number of threads does not change a bit of the results, and platforms
+/// agree but for the last digits of their mathematical functions. The same seed gives the same table, also
+/// after `toLadon` and `fromLadonString`.
 ///
 /// A copy has parameters and fitted state of its own. One object is used by one thread at a time.
 class TESSEL_API SyntheticDataGenerator : public EstimatorHandle,
@@ -217,7 +218,10 @@ class TESSEL_API SyntheticDataGenerator : public EstimatorHandle,
     DataFrame getCopulaSigma(CopulaType type) const;
     /// "Correlation Fits": a row per attempt to learn the dependence, in their order, with "Type", "Copula",
     /// "Status" (1 fitted, 0 failed), "Theta", "Degrees of Freedom" and "Statistic", the logarithm of the
-    /// pseudo-likelihood, by which copulas of the same data compare.
+    /// pseudo-likelihood, by which copulas of the same data compare; "Repaired", 1 for a correlation matrix
+    /// with an eigenvalue below 1e-8, as of columns that determine each other, in whose place stands the
+    /// nearest one without, which the log tells too; and "At Limit", 1 where theta or the degrees of freedom
+    /// are a bound of what is searched.
     DataFrame getCorrelationFits() const;
 
     /// What could not be done since the last fit began, and what was assumed.

@@ -106,8 +106,9 @@ DependenceFit attempt(CorrelationType type, CopulaType copula, Engine::Copula::D
     const int status = isRank ? fitRankCorrelation(data, fit.result)
                               : fitCopula(static_cast<Engine::Copula::CopulaType>(copula), data, fit.result);
     fit.isFitted = status == 1;
-    if (!fit.isFitted)
-        log.push_back(L"Failed to fit " + fit.name() + (isRank ? L" Correlation" : L" Copula"));
+    const WString what = fit.name() + (isRank ? L" Correlation" : L" Copula");
+    if (!fit.isFitted) log.push_back(L"Failed to fit " + what);
+    if (fit.result.isRepaired) log.push_back(L"Near-singular correlation matrix was repaired: " + what);
     return fit;
 }
 

@@ -131,12 +131,14 @@ DataFrame sigmaTable(const Fitted& fitted, const DependenceFit* attempt, const W
 
 DataFrame correlationFitsTable(const Fitted& fitted) {
     StringVector types, copulas;
-    IntVector statuses;
+    IntVector statuses, repairs, limits;
     Vector thetas, degreesOfFreedom, statistics;
     for (const DependenceFit& attempt : fitted.attempts) {
         types.push_back(nameOf(attempt.type));
         copulas.push_back(nameOf(attempt.copula));
         statuses.push_back(attempt.isFitted ? 1 : 0);
+        repairs.push_back(attempt.result.isRepaired ? 1 : 0);
+        limits.push_back(attempt.result.isAtLimit ? 1 : 0);
         thetas.push_back(attempt.result.theta);
         degreesOfFreedom.push_back(attempt.result.degreesOfFreedom);
         statistics.push_back(attempt.result.statistic);
@@ -148,6 +150,8 @@ DataFrame correlationFitsTable(const Fitted& fitted) {
     table.append(DataFrameColumn(L"Theta", std::move(thetas)));
     table.append(DataFrameColumn(L"Degrees of Freedom", std::move(degreesOfFreedom)));
     table.append(DataFrameColumn(L"Statistic", std::move(statistics)));
+    table.append(DataFrameColumn(L"Repaired", repairs));
+    table.append(DataFrameColumn(L"At Limit", limits));
     return table;
 }
 

@@ -184,6 +184,8 @@ void writeDependence(value& model, const Fitted& fitted) {
     set(model, L"copulaTheta", JSON::fromNumber(fit.result.theta));
     set(model, L"copulaDF", JSON::fromNumber(fit.result.degreesOfFreedom));
     set(model, L"copulaStatistic", JSON::fromNumber(fit.result.statistic));
+    set(model, L"correlationRepaired", value::boolean(fit.result.isRepaired));
+    set(model, L"copulaAtLimit", value::boolean(fit.result.isAtLimit));
     set(model, L"failedCorrelations", value::array(std::move(failed)));
 }
 
@@ -217,6 +219,8 @@ std::vector<DependenceFit> readDependence(const JSON::Members& model, std::size_
     fit.result.theta = JSON::toNumber(model.at("copulaTheta"), "copulaTheta");
     fit.result.degreesOfFreedom = JSON::toNumber(model.at("copulaDF"), "copulaDF");
     fit.result.statistic = JSON::toNumber(model.at("copulaStatistic"), "copulaStatistic");
+    fit.result.isRepaired = toFlag(model.at("correlationRepaired"), "correlationRepaired");
+    fit.result.isAtLimit = toFlag(model.at("copulaAtLimit"), "copulaAtLimit");
     fit.isFitted = toFlag(model.at("correlationFitted"), "correlationFitted");
     if (fit.isFitted) attempts.push_back(std::move(fit));
     return attempts;

@@ -212,6 +212,46 @@ TEST(SyntheticDataFit, LearnsSpearmansCorrelationsOfCompleteRows) {
     EXPECT_THROW(generator.getCopulaSigma(CopulaType::GAUSS), SDGNoCorrelationSigma);
 }
 
+TEST(SyntheticDataFit, TellsOfRepairedMatrices) {
+    DataFrame table = numericTable();
+    const auto with = [&](CorrelationType type, CopulaType copula) {
+        Generator generator;
+        for (const WString& name : table.getColNames()) generator.setNumMetalogTerms(name, 2);
+        if (copula != CopulaType::NONE) generator.setCopula(copula, true);
+        generator.setCorrelationType(type).fit(table);
+        return generator;
+    };
+    const auto flag = [](const Generator& generator, const wchar_t* name) {
+        return generator.getCorrelationFits()(0, name).toInt();
+    };
+    EXPECT_EQ(flag(with(CorrelationType::RANK, CopulaType::NONE), L"Repaired"), 0);
+    EXPECT_EQ(flag(with(CorrelationType::COPULA, CopulaType::CLAYTON), L"At Limit"), 0);
+
+    table = table(Util::all, {L"a"});
+    Vector shifted = table(Util::all, L"a").toDoubleVector();
+    for (double& value : shifted) value += 1.0;
+    table.append(DataFrameColumn(L"a + 1", shifted));
+    const WString sentence = L"Near-singular correlation matrix was repaired: ";
+    for (const auto& [copula, what] : {std::pair{CopulaType::NONE, L"Rank Correlation"},
+                                       {CopulaType::GAUSS, L"Gauss Copula"},
+                                       {CopulaType::STUDENT, L"Student Copula"}}) {
+        const bool isRank = copula == CopulaType::NONE;
+        Generator generator = with(isRank ? CorrelationType::RANK : CorrelationType::COPULA, copula);
+        EXPECT_EQ(generator.getLog(), StringVector{sentence + what});
+        EXPECT_EQ(flag(generator, L"Repaired"), 1);
+        EXPECT_NEAR(generator.getCorrelationSigma()(0, 1).toDouble(), 1.0, 1e-7);
+        Generator read;
+        read.fromLadonString(generator.toLadon());
+        EXPECT_EQ(flag(read, L"Repaired"), 1);
+        const DataFrame sample = generator.generate();
+        EXPECT_GT(Util::spearmanCorrelation(sample(Util::all, 0), sample(Util::all, 1)), 0.999);
+    }
+    const Generator clayton = with(CorrelationType::COPULA, CopulaType::CLAYTON);
+    EXPECT_EQ(flag(clayton, L"At Limit"), 1);
+    EXPECT_EQ(clayton.getCopulaTheta(), 198.0);
+    EXPECT_EQ(clayton.getLog(), StringVector());
+}
+
 TEST(SyntheticDataFit, TheFirstCopulaThatFitsIsSelected) {
     const DataFrame table = numericTable();
     DataFrame opposed(L"opposed");

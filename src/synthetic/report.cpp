@@ -20,7 +20,7 @@ StringVector columnNames(const Fitted& fitted) {
 }  // namespace
 
 DataFrame parameterTable(const ParameterList& parameters) {
-    const char* const kTitles[] = {"Type", "Value", "Default", "Constraints"};
+    const wchar_t* const kTitles[] = {L"Type", L"Value", L"Default", L"Constraints"};
     constexpr std::size_t kTexts[] = {2, 0, 1, 3};  // of `describe`
     StringVector names, texts[std::size(kTitles)];
     for (const ParameterRef& parameter : parameters) {
@@ -29,8 +29,7 @@ DataFrame parameterTable(const ParameterList& parameters) {
         for (std::size_t i = 0; i < std::size(kTitles); ++i) texts[i].push_back(description[kTexts[i]]);
     }
     DataFrame table(L"Parameter Info");
-    for (std::size_t i = 0; i < std::size(kTitles); ++i)
-        table.append(DataFrameColumn(Convert::fromUtf8(kTitles[i]), texts[i]));
+    for (std::size_t i = 0; i < std::size(kTitles); ++i) table.append(DataFrameColumn(kTitles[i], texts[i]));
     table.setRowNames(names);
     return table;
 }

@@ -173,12 +173,18 @@ TEST(SyntheticDataFit, AHopelessColumnHarmsNoOther) {
     const Generator alone = Generator().fit(table);
     table.insert(1, tableOf(L"constant", Vector(211, 4.0)));
     table.append(DataFrameColumn(L"kind", StringVector(211, L"new")));
+    table.append(DataFrameColumn(L"missing", Vector(211, kMissing)));
+    Vector endless = table(Util::all, L"a").toDoubleVector();
+    endless[7] = kInfinity;
+    table.append(DataFrameColumn(L"endless", endless));
     table.append(DataFrameColumn(L"id", Vector(211, 1.0)));
     table.setIndexedColNames({L"id"});
     Generator generator;
     generator.fit(table);
-    EXPECT_EQ(generator.getColNames(), (StringVector{L"a", L"constant", L"b", L"c", L"kind"}));
-    EXPECT_TRUE(generator.getLog().exists(L"Failed to fit Metalog to column constant"));
+    EXPECT_EQ(generator.getColNames(),
+              (StringVector{L"a", L"constant", L"b", L"c", L"kind", L"missing", L"endless"}));
+    for (const wchar_t* const name : {L"constant", L"missing", L"endless"})
+        EXPECT_TRUE(generator.getLog().exists(L"Failed to fit Metalog to column " + WString(name)));
     EXPECT_TRUE(generator.getLog().exists(L"Metalog cannot be fitted to categorical column kind"));
     EXPECT_FALSE(generator.isMetalogFitted() || generator.isMetalogFitted(L"kind"));
     EXPECT_EQ(generator.getBestMetalog(L"constant"), 0);

@@ -71,8 +71,8 @@ int fitCopula(CopulaType type, DataMatrix data, Dependence& result);
 /// of the scores by 2 sin(pi / 6 rho), repaired if need be, so that Spearman's correlation meets the target.
 /// O(p n log n + p^2 n).
 /// @param sigma  row-major, symmetric with a diagonal of ones.
-/// @returns 0, with the sample unchanged, for what is no symmetric matrix of this size with a diagonal of
-/// ones
+/// @returns 0, with the sample unchanged, for what is no symmetric matrix of this size with ones in its
+/// diagonal
 ///          and numbers in [-1, 1], for rows of different lengths, and for NaN in a row.
 int induceRankCorrelation(std::span<const double> sigma, MutableMatrix sample);
 

@@ -85,6 +85,89 @@ TEST(EnsembleTexts, SearchesKeepTheirModelsAndTheirChoice) {
                     numbers.features);
 }
 
+/// `text` with every `from` replaced.
+WString everyReplaced(WString text, const WString& from, const WString& to) {
+    EXPECT_NE(text.find(from), WString::npos);
+    for (std::size_t at = text.find(from); at != WString::npos; at = text.find(from, at + to.size()))
+        text.replace(at, from.size(), to);
+    return text;
+}
+
+TEST(EnsembleTexts, BoostedModelsThatAreNoTreesVoteInPMML) {
+    // The standard averages what members say of the classes: 0 and 1 it is only from a vote.
+    LabelledTable noisy = labelledTable(120, 2);
+    for (int row = 0; row < 120; row += 7) noisy.target(row) = L"class 0";
+    const LabelledTable three = labelledTable(60, 3);
+    const auto estimator = Classification::Boosting::Estimator().setNumWeakLearners(2).setBaseEstimator(
+        Classification::NaiveBayes::Estimator());
+    const auto model = estimator.fit(noisy.features, noisy.target);
+    const WString text = model.toPMML();
+    auto read = estimator.fit(three.features, three.target);
+    read.fromPMMLString(text);
+    EXPECT_EQ(read.posteriorProbability(noisy.features).toJson(),
+              model.posteriorProbability(noisy.features).toJson());
+    const WString vote = L"multipleModelMethod=\"majorityVote\"", member = L"<NaiveBayesModel";
+    std::size_t numVotes = 0, numMembers = 0;
+    for (std::size_t at = text.find(vote); at != WString::npos; at = text.find(vote, at + 1)) ++numVotes;
+    for (std::size_t at = text.find(member); at != WString::npos; at = text.find(member, at + 1))
+        ++numMembers;
+    EXPECT_EQ(numVotes, 2u);
+    EXPECT_EQ(numMembers, 2u);
+    const WString before = read.toJSON();
+    EXPECT_THROW(read.fromPMMLString(everyReplaced(text, vote, L"multipleModelMethod=\"average\"")),
+                 UnsupportedPMMLFormat);
+    EXPECT_THROW(read.fromPMMLString(everyReplaced(text, L"<Segment id=\"1\">",
+                                                   L"<Segment><True/><TreeModel/></Segment><Segment>")),
+                 UnsupportedPMMLFormat);
+    EXPECT_EQ(read.toJSON(), before);
+}
+
+/// An ensemble of two trees of one leaf, as another maker writes it: members with weights and shares.
+WString twoLeaves(const WString& method, const WString& first, const WString& second) {
+    const WString fields =
+        L"<MiningSchema><MiningField name=\"x\"/>"
+        L"<MiningField name=\"y\" usageType=\"target\"/></MiningSchema>";
+    const auto segment = [&](const WString& weight, const WString& label, const WString& shares) {
+        return L"<Segment weight=\"" + weight + L"\"><True/><TreeModel functionName=\"classification\">" +
+               fields + L"<Node score=\"" + label + L"\" recordCount=\"4\"><True/>" + shares +
+               L"</Node></TreeModel></Segment>";
+    };
+    return L"<PMML version=\"4.2\"><Header description=\"MiningModel\"/><DataDictionary>"
+           L"<DataField name=\"x\" optype=\"continuous\" dataType=\"double\"/>"
+           L"<DataField name=\"y\" optype=\"categorical\" dataType=\"string\"><Value value=\"a\"/>"
+           L"<Value value=\"b\"/></DataField></DataDictionary><MiningModel functionName=\"classification\">" +
+           fields + L"<Segmentation multipleModelMethod=\"" + method + L"\">" + segment(L"3", L"a", first) +
+           segment(L"1", L"b", second) + L"</Segmentation></MiningModel></PMML>";
+}
+
+TEST(EnsembleTexts, OtherMakersTextsScoreAsTheySayOrAreRefused) {
+    const auto shares = [](const WString& ofA, const WString& ofB) {
+        return L"<ScoreDistribution value=\"a\" " + ofA + L"/><ScoreDistribution value=\"b\" " + ofB + L"/>";
+    };
+    const WString three = L"recordCount=\"3\"", one = L"recordCount=\"1\"", none = L"recordCount=\"0\"";
+    const WString certain = L" probability=\"1\"", never = L" probability=\"0\"";
+    const WString often = L" probability=\"0.75\"", seldom = L" probability=\"0.25\"";
+    const WString mixed = shares(three, one), pure = shares(three, none);
+    const WString told = shares(one + never, three + certain), averaged = shares(one + seldom, three + often);
+    const LabelledTable data = labelledTable(60, 2);
+    DataFrame row;
+    row.append(DataFrameColumn(L"x", Vector{1.0}));
+    const auto ofA = [&](auto model, const WString& text) {
+        model.fromPMMLString(text);
+        return model.posteriorProbability(row)(0, 0).toDouble();
+    };
+    const auto bagging = Classification::Bagging::Estimator().fit(data.features, data.target);
+    const auto boosting = Classification::Boosting::Estimator().fit(data.features, data.target);
+    // Votes that count alike, whatever the segments weigh.
+    EXPECT_EQ(ofA(bagging, twoLeaves(L"majorityVote", mixed, averaged)), 0.5);
+    // Weighted averages of probabilities that are votes, told or implied.
+    for (const WString& first : {pure, shares(three + certain, one + never), WString()})
+        EXPECT_EQ(ofA(boosting, twoLeaves(L"weightedAverage", first, told)), 0.75);
+    for (const WString& other : {mixed, shares(three + often, one + seldom)})
+        EXPECT_THROW(ofA(boosting, twoLeaves(L"weightedAverage", other, told)), UnsupportedPMMLFormat);
+    EXPECT_THROW(ofA(boosting, twoLeaves(L"weightedAverage", pure, averaged)), UnsupportedPMMLFormat);
+}
+
 TEST(EnsembleTexts, RefuseWhatIsNoEnsemble) {
     const LabelledTable data = labelledTable(60, 2);
     auto model = Classification::Boosting::Estimator().setNumWeakLearners(2).fit(data.features, data.target);

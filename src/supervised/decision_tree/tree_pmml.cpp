@@ -253,6 +253,25 @@ class NodesReader {
             for (std::size_t k = 0; k < classes_.size(); ++k) weights[k] *= std::max(1.0, numRecords);
         if (distributions_.empty() && ownLabel >= 0.0)
             weights[static_cast<std::size_t>(ownLabel)] = std::max(1.0, numRecords);
+        if (reader_.areProbabilitiesVotes && children_.empty()) requireVote(ownLabel, weights);
+    }
+
+    /// Passes when the probabilities of the leaf at hand are 1 for its class and 0 for the others, whether it
+    /// tells them or they are the shares of the counts.
+    void requireVote(double ownLabel, const double* weights) const {
+        const std::size_t choice =
+            ownLabel >= 0.0
+                ? static_cast<std::size_t>(ownLabel)
+                : static_cast<std::size_t>(std::max_element(weights, weights + classes_.size()) - weights);
+        for (const XmlNode* distribution : distributions_) {
+            const std::size_t k = at(classOf(Document::requiredAttribute(distribution, L"value")));
+            const auto probability = Document::optionalAttribute(distribution, L"probability");
+            const bool isVote = probability ? PMML::toDouble(*probability) == (k == choice ? 1.0 : 0.0)
+                                            : (k == choice || weights[k] == 0.0);
+            if (!isVote)
+                throw UnsupportedPMMLFormat(
+                    "The probabilities of a member are averaged, but are not 0 and 1.");
+        }
     }
 
     void readChildren(const Attributes& attributes, TreeNode& node) {

@@ -2,6 +2,7 @@
 
 #include <tessel/data/convert.h>
 #include <tessel/framework/errors.h>
+#include <tessel/framework/ladon.h>
 
 #include "serialization/pmml/model_element.h"
 #include "serialization/pmml/values.h"
@@ -11,7 +12,8 @@
 
 // `MiningModel`: a segment a member, each with a whole model element. Boosted classifiers vote with weights,
 // which the standard's "weightedAverage" does for members whose probabilities are 0 and 1; so that is what
-// their trees say beside their counts.
+// their trees say beside their counts. The probabilities of other members cannot be told otherwise, so each
+// stands in a `MiningModel` of its own, whose "majorityVote" of one member makes them 0 and 1.
 
 namespace Tessel::Ensemble {
 namespace {
@@ -22,6 +24,30 @@ using PMML::ModelWriter;
 using PMML::Node;
 
 constexpr WStringView kWeightedAverage = L"weightedAverage";
+constexpr WStringView kMajorityVote = L"majorityVote";
+constexpr WStringView kEnsemble = L"MiningModel", kTree = L"TreeModel";
+
+/// A segment that always takes part.
+Node* appendSegment(Document& document, Node* segmentation, std::size_t id) {
+    Node* const segment = document.allocateNode(L"Segment");
+    document.appendAttribute(segment, L"id", id);
+    segment->append_node(document.allocateNode(L"True"));
+    segmentation->append_node(segment);
+    return segment;
+}
+
+/// The segment of an ensemble of one that stands in `segment`.
+Node* appendVoteOfOne(const ModelWriter& writer, Node* segment, const Supervised::IModelable& member) {
+    Document& document = writer.document;
+    Node* const vote = document.allocateNode(kEnsemble);
+    document.appendAttribute(vote, L"functionName", member.type().kind);
+    vote->append_node(document.allocateMiningSchemaNode(member.schema.targetName, writer.fields));
+    Node* const segmentation = document.allocateNode(L"Segmentation");
+    document.appendAttribute(segmentation, L"multipleModelMethod", kMajorityVote);
+    vote->append_node(segmentation);
+    segment->append_node(vote);
+    return appendSegment(document, segmentation, 1);
+}
 
 template <class Members>
 void writeSegments(const Members& members, WStringView method, const ModelWriter& writer) {
@@ -30,11 +56,11 @@ void writeSegments(const Members& members, WStringView method, const ModelWriter
     Node* const segmentation = writer.append(document.allocateNode(L"Segmentation"));
     document.appendAttribute(segmentation, L"multipleModelMethod", method);
     for (std::size_t m = 0; m < members.weakModels.size(); ++m) {
-        Node* const segment = document.allocateNode(L"Segment");
-        document.appendAttribute(segment, L"id", m + 1);
+        Node* segment = appendSegment(document, segmentation, m + 1);
         if (isWeighted) document.appendAttribute(segment, L"weight", members.weights[m]);
-        segment->append_node(document.allocateNode(L"True"));
         const auto& member = *members.weakModels[m];
+        if (isWeighted && member.type().pmmlElement != kTree)
+            segment = appendVoteOfOne(writer, segment, member);
         Node* const element = document.allocateNode(member.type().pmmlElement);
         segment->append_node(element);
         ModelWriter memberWriter{document, element};
@@ -42,7 +68,6 @@ void writeSegments(const Members& members, WStringView method, const ModelWriter
         memberWriter.isSegment = true;
         memberWriter.areProbabilitiesVotes = isWeighted;
         memberWriter.write(member);
-        segmentation->append_node(segment);
     }
 }
 
@@ -76,6 +101,23 @@ const Node* modelOf(const Node* segment) {
     return model;
 }
 
+/// The member whose vote a model that is averaged with others stands for: the model itself when it is a
+/// tree, which checks its probabilities as it is read, or the only member of an ensemble that votes.
+const Node* voterOf(const Node* model) {
+    const WStringView name(model->name(), model->name_size());
+    if (name == kTree) return model;
+    const Node* const segmentation = Document::getSubnode(model, L"Segmentation");
+    const Node* const segment = Document::getSubnode(segmentation, L"Segment");
+    if (name != kEnsemble || !segment || segment->next_sibling(L"Segment") ||
+        Document::requiredAttribute(segmentation, L"multipleModelMethod") != kMajorityVote ||
+        Document::requiredAttribute(model, L"functionName") != Ladon::TaskKind::CLASSIFICATION)
+        throw UnsupportedPMMLFormat("Members whose probabilities are averaged are trees or votes of one.");
+    for (const wchar_t* changed : {L"LocalTransformations", L"Targets"})
+        if (Document::getSubnode(model, changed))
+            throw UnsupportedPMMLFormat("A vote of one changes its inputs or its result.");
+    return modelOf(segment);
+}
+
 template <class Members>
 void readSegments(Members& members, const FittedSchema& schema, WStringView method,
                   const ModelReader& reader) {
@@ -84,9 +126,10 @@ void readSegments(Members& members, const FittedSchema& schema, WStringView meth
     if (found != method)
         throw UnsupportedPMMLFormat("The segments are combined by " + Convert::toUtf8Lossy(found) +
                                     ", not by " + Convert::toUtf8Lossy(method) + ".");
+    const bool isWeighted = method == kWeightedAverage;
     std::vector<const Node*> elements;
     PMML::forEachChild(segmentation, L"Segment", [&](const Node* segment) {
-        elements.push_back(modelOf(segment));
+        elements.push_back(isWeighted ? voterOf(modelOf(segment)) : modelOf(segment));
         const WStringView name = PMML::nameOf(elements.back());
         WString algorithm;
         const auto member = blankOf(members, name, algorithm);
@@ -94,15 +137,15 @@ void readSegments(Members& members, const FittedSchema& schema, WStringView meth
             throw UnsupportedPMMLFormat("A segment's " + Convert::toUtf8Lossy(WString(name)) +
                                         " cannot be read here.");
         members.algorithm = algorithm;
-        const auto weight = Document::optionalAttribute(segment, L"weight");
+        // The other methods know no weights.
+        const auto weight = isWeighted ? Document::optionalAttribute(segment, L"weight") : std::nullopt;
         members.add(member, weight ? PMML::toDouble(*weight) : 1.0);
         if (!(members.weights.back() >= 0.0) || std::isinf(members.weights.back()))
             throw UnsupportedPMMLFormat("The weight of a segment is negative or not finite.");
     });
     fitLearners(static_cast<int>(elements.size()), {}, {}, [&](int m) {  // read by all threads
         const auto position = static_cast<std::size_t>(m);
-        ModelReader memberReader{reader.fields, elements[position], reader.featureOfField, &schema,
-                                 method == kWeightedAverage};
+        ModelReader memberReader{reader.fields, elements[position], reader.featureOfField, &schema, isWeighted};
         memberReader.readInto(*members.weakModels[position]);
     });
     if (members.weakModels.empty()) throw UnsupportedPMMLFormat("There are no segments.");

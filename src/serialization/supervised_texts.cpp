@@ -102,11 +102,7 @@ void IModelable::readMiningSchema(PMML::ModelReader& reader) {
             hasTarget = true;
             schema.targetName = name;
         } else if (usage == L"active") {
-            const auto outliers = Document::optionalAttribute(field, L"outliers");
-            if (Document::optionalAttribute(field, L"missingValueReplacement") ||
-                (outliers && *outliers != L"asIs"))
-                throw UnsupportedPMMLFormat("The mining field " + Convert::toUtf8Lossy(name) +
-                                            " replaces missing values or outliers.");
+            PMML::requirePlainInput(field, reader.fields);
             names.push_back(name);
         }
     });

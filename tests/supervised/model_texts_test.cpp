@@ -360,6 +360,14 @@ TEST(TreeTexts, OtherMakersTextsScoreAsTheySayOrAreRefused) {
     refused(L"<MiningField name=\"x\"/>", L"", "none of its inputs");
     refused(L"<MiningField name=\"x\"/>", L"<MiningField name=\"x\" missingValueReplacement=\"0\"/>",
             "replaces missing values");
+    refused(L"<MiningField name=\"x\"/>", L"<MiningField name=\"x\" outliers=\"asMissingValues\"/>",
+            "or outliers");
+    refused(L"<MiningField name=\"x\"/>", L"<MiningField name=\"x\" optype=\"categorical\"/>",
+            "changes the type");
+    refused(L"<DataField name=\"x\" optype=\"continuous\" dataType=\"double\"/>",
+            L"<DataField name=\"x\" optype=\"continuous\" dataType=\"double\">"
+            L"<Value value=\"-99\" property=\"missing\"/></DataField>",
+            "stand for missing");
     refused(L"score=\"0\"", L"", "no score");
     refused(L"<True/>", L"", "no predicate");
 }

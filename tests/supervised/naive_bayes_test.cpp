@@ -94,6 +94,52 @@ TEST(NaiveBayes, ChecksTheLaplaceSmoothing) {
               WString::npos);
 }
 
+TEST(NaiveBayes, OtherMakersTextsScoreAsTheySayOrAreRefused) {
+    // Of 10 records 8 are a. Seen with a: u 6, v 2; with b: u 1, v 1. The prior probabilities of the target
+    // are for records without any input.
+    const WString text =
+        L"<PMML version=\"4.2\"><Header description=\"NaiveBayesModel\"/><DataDictionary>"
+        L"<DataField name=\"x\" optype=\"categorical\" dataType=\"string\"><Value value=\"u\"/>"
+        L"<Value value=\"v\"/></DataField>"
+        L"<DataField name=\"y\" optype=\"categorical\" dataType=\"string\"><Value value=\"a\"/>"
+        L"<Value value=\"b\"/></DataField></DataDictionary>"
+        L"<NaiveBayesModel functionName=\"classification\" threshold=\"0.001\"><MiningSchema>"
+        L"<MiningField name=\"x\"/><MiningField name=\"y\" usageType=\"target\"/></MiningSchema>"
+        L"<Targets><Target field=\"y\"><TargetValue value=\"a\" priorProbability=\"0.5\"/>"
+        L"<TargetValue value=\"b\" priorProbability=\"0.5\"/></Target></Targets>"
+        L"<BayesInputs><BayesInput fieldName=\"x\">"
+        L"<PairCounts value=\"u\"><TargetValueCounts><TargetValueCount value=\"a\" count=\"6\"/>"
+        L"<TargetValueCount value=\"b\" count=\"1\"/></TargetValueCounts></PairCounts>"
+        L"<PairCounts value=\"v\"><TargetValueCounts><TargetValueCount value=\"a\" count=\"2\"/>"
+        L"<TargetValueCount value=\"b\" count=\"1\"/></TargetValueCounts></PairCounts>"
+        L"</BayesInput></BayesInputs><BayesOutput fieldName=\"y\"><TargetValueCounts>"
+        L"<TargetValueCount value=\"a\" count=\"8\"/><TargetValueCount value=\"b\" count=\"2\"/>"
+        L"</TargetValueCounts></BayesOutput></NaiveBayesModel></PMML>";
+    const auto replaced = [&](const WString& from, const WString& to) {
+        WString changed = text;
+        return changed.replace(changed.find(from), from.size(), to);
+    };
+    const Weather weather;
+    auto model = Estimator().fit(weather.features, weather.played);
+    DataFrame table;
+    table.append(DataFrameColumn(L"x", StringVector{L"u", L"v", L""}));
+    const WString targets =
+        text.substr(text.find(L"<Target "), text.find(L"</Targets>") - text.find(L"<Target "));
+    for (const WString& told : {text, replaced(targets, L"<Target field=\"y\"/>")}) {
+        model.fromPMMLString(told);
+        const Vector ofA = model.posteriorProbability(table)(Util::all, 0).toDoubleVector();
+        const double expected[] = {6.0 / 7.0, 2.0 / 3.0, 0.8};  // 8/10 * 6/8 against 2/10 * 1/2, and so on
+        for (std::size_t row = 0; row < 3; ++row) EXPECT_NEAR(ofA[row], expected[row], 1e-15) << row;
+    }
+    for (const auto& [from, to] :
+         {std::pair(L"<PairCounts", L"<DerivedField name=\"x'\"/><PairCounts"),
+          std::pair(L"<MiningField name=\"x\"",
+                    L"<MiningField name=\"x\" invalidValueTreatment=\"asMissing\""),
+          std::pair(L"<Value value=\"u\"/>",
+                    L"<Value value=\"u\"/><Value value=\"?\" property=\"missing\"/>")})
+        EXPECT_THROW(model.fromPMMLString(replaced(from, to)), UnsupportedPMMLFormat) << from;
+}
+
 TEST(NaiveBayes, ManyInputsDoNotUnderflow) {
     // Each of 1,000 inputs has density below 1e-8 in the wrong class: the product is far below any double.
     DataFrame features;

@@ -279,6 +279,7 @@ TEST(Scaler, RefusesOtherTextsAndStaysAsItWas) {
         {L"<NormContinuous field=\"y\"", L"<NormContinuous mapMissingTo=\"0\" field=\"y\""},
         {L"<NormContinuous field=\"y\"", L"<NormContinuous"},
         {L"<LinearNorm orig=\"-1\" norm=\"0\"/>", L""},
+        {L"<MiningField name=\"y\"", L"<MiningField missingValueReplacement=\"0\" name=\"y\""},
         {L"orig=\"-1\"", L"orig=\"much\""},
         {L"orig=\"-1\"", L"orig=\"0\""},
         {L"orig=\"-1\"", L"orig=\"INF\""},

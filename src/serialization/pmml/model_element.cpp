@@ -24,16 +24,38 @@ FieldTable readDataDictionary(const Node* dataDictionary) {
         const WString name(Document::requiredAttribute(node, L"name"));
         Field field;
         field.isCategorical = Document::requiredAttribute(node, L"optype") != L"continuous";
-        if (field.isCategorical)
-            forEachChild(node, L"Value", [&](const Node* value) {
-                const auto property = Document::optionalAttribute(value, L"property");
-                if (!property || *property == L"valid")
-                    field.categories.push_back(WString(Document::requiredAttribute(value, L"value")));
-            });
+        forEachChild(node, L"Value", [&](const Node* value) {
+            const auto property = Document::optionalAttribute(value, L"property");
+            if (property && *property == L"missing") field.hasMissingValues = true;
+            if (field.isCategorical && (!property || *property == L"valid"))
+                field.categories.push_back(WString(Document::requiredAttribute(value, L"value")));
+        });
         if (!fields.emplace(name, std::move(field)).second)
             throw UnsupportedPMMLFormat("Two fields are called " + Convert::toUtf8Lossy(name) + ".");
     });
     return fields;
+}
+
+void requirePlainInput(const Node* miningField, const FieldTable& fields) {
+    const WString name(Document::requiredAttribute(miningField, L"name"));
+    const auto refuse = [&](const char* what) {
+        throw UnsupportedPMMLFormat("The mining field " + Convert::toUtf8Lossy(name) + " " + what + ".");
+    };
+    const auto is = [&](WStringView attribute, WStringView value) {
+        return Document::optionalAttribute(miningField, attribute).value_or(L"") == value;
+    };
+    if (Document::optionalAttribute(miningField, L"missingValueReplacement") ||
+        (Document::optionalAttribute(miningField, L"outliers") && !is(L"outliers", L"asIs")))
+        refuse("replaces missing values or outliers");
+    const auto declared = fields.find(name);
+    if (declared == fields.end()) return;
+    const Field& field = declared->second;
+    if (field.hasMissingValues) refuse("has values that stand for missing ones");
+    if (const auto optype = Document::optionalAttribute(miningField, L"optype"))
+        if ((*optype != L"continuous") != field.isCategorical) refuse("changes the type of its field");
+    // Models tell categories that they do not know apart from missing cells.
+    if (field.isCategorical && is(L"invalidValueTreatment", L"asMissing"))
+        refuse("takes unknown categories for missing");
 }
 
 const Field& ModelReader::field(WStringView name) const {

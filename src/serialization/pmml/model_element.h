@@ -47,11 +47,17 @@ struct Field {
     bool isCategorical = false;
     /// What a categorical field may hold; empty when the text does not tell.
     StringVector categories;
+    /// Whether some of its values stand for missing ones.
+    bool hasMissingValues = false;
 };
 using FieldTable = std::unordered_map<WString, Field>;
 
 /// The fields of a data dictionary. @throws UnsupportedPMMLFormat
 FieldTable readDataDictionary(const Node* dataDictionary);
+
+/// Passes when an input reaches a model as it stands in the table, so that nothing of the mining field needs
+/// to be done before scoring. Fields that are derived are not in `fields`. @throws UnsupportedPMMLFormat
+void requirePlainInput(const Node* miningField, const FieldTable& fields);
 
 /// Feature positions by the names of fields, looked up without a copy of the name.
 struct FieldHash {

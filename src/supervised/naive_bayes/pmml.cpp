@@ -224,6 +224,8 @@ void IModel::readBody(const ModelReader& reader) {
             static_cast<std::size_t>(reader.featureOf(Document::requiredAttribute(node, L"fieldName")));
         const FeatureSchema& feature = schema.features[i];
         const Node* const stats = Document::getSubnode(node, L"TargetValueStats");
+        if (Document::getSubnode(node, L"DerivedField"))
+            throw UnsupportedPMMLFormat("A BayesInput derives its categories, which is not read.");
         if (isRead[i] || (stats != nullptr) == feature.isCategorical)
             throw UnsupportedPMMLFormat("A BayesInput does not fit its field.");
         isRead[i] = true;
@@ -252,7 +254,9 @@ void IModel::readBody(const ModelReader& reader) {
         [&](const Node* count) { sizes[classOf(classes, count)] = countAttribute(count); });
     const double numRecords = std::accumulate(sizes.begin(), sizes.end(), 0.0);
     if (!(numRecords > 0.0)) throw UnsupportedPMMLFormat("The BayesOutput counts no records.");
-    if (!reader.child(L"Targets"))
+    // The counts are what scorers take. Our own texts have the same priors to the last bit in `Targets`,
+    // where those of other makers tell of something else.
+    if (!pseudoCount)
         for (std::size_t k = 0; k < classes.size(); ++k) classSchema.priors[k] = sizes[k] / numRecords;
     fitted_.classCounts.assign(sizes.begin(), sizes.end());
     if (const auto counts = PMML::findExtension(reader.element, kRecordCounts)) {

@@ -141,6 +141,9 @@ void IModel::readElement(PMML::ModelReader& reader) {
     using PMML::Document;
     if (Document::optionalAttribute(reader.element, L"algorithmName") != type().pmmlAlgorithm)
         throw UnsupportedPMMLFormat("The model's algorithm is not Rescaling.");
+    if (const PMML::Node* const miningSchema = reader.child(L"MiningSchema"))
+        PMML::forEachChild(miningSchema, L"MiningField",
+                           [&](const PMML::Node* field) { PMML::requirePlainInput(field, reader.fields); });
     StringVector columns;
     std::vector<Rescaling> rescalings;
     PMML::forEachChild(

@@ -6,6 +6,7 @@ family adds its lines here.
 """
 
 import re
+from itertools import dropwhile
 
 from pmml_fields import EXPRESSIONS, PREDICATES, PmmlError, array_items
 
@@ -33,6 +34,7 @@ MODEL_ATTRIBUTES = "modelName functionName!=function algorithmName isScorable=bo
 # Element: its children in their order, and its attributes: `name`, with `!` when required, with `=` and one
 # of TYPES or the allowed words. Children are written as in a regular expression; `#text` stands for text.
 ELEMENTS = {
+    "Extension": ("", "extender name value"),
     "PMML": (f"Header DataDictionary TransformationDictionary? ({MODEL})*", "version!=4[.]2"),
     "Header": ("Application? Annotation* Timestamp?", "copyright description"),
     "Application": ("", "name! version"),
@@ -137,7 +139,10 @@ def grammar_complaints(element):
         return
     content, attributes = ELEMENTS[element.tag]
     yield from attribute_complaints(element, attributes)
-    children = "".join(f"{nested.tag}," for nested in element)
+    nested = [child.tag for child in element]
+    if content != "#text":  # extensions may come first everywhere
+        nested = list(dropwhile(lambda tag: tag == "Extension", nested))
+    children = "".join(f"{tag}," for tag in nested)
     if not re.fullmatch(content_pattern(content), children):
         yield f"{element.tag}: holds [{children.rstrip(',')}], not [{content}]"
     texts = [element.text, *(nested.tail for nested in element)]

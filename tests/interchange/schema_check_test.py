@@ -40,7 +40,8 @@ ENSEMBLE = f"""<MiningModel functionName="classification">{SCHEMA}
 <Segmentation multipleModelMethod="majorityVote">
 <Segment id="1" weight="1e-3"><True/>{TREE.format(head=SCHEMA + SCALED)}</Segment></Segmentation>
 </MiningModel>"""
-BAYES = f"""<NaiveBayesModel functionName="classification" threshold="1e-9">{SCHEMA}<BayesInputs>
+BAYES = f"""<NaiveBayesModel functionName="classification" threshold="1e-9">
+<Extension name="a" value="1"/><Extension name="b" value="2"/>{SCHEMA}<BayesInputs>
 <BayesInput fieldName="city"><PairCounts value="a"><TargetValueCounts>
 <TargetValueCount value="no" count="0.5"/>
 </TargetValueCounts></PairCounts></BayesInput></BayesInputs><BayesOutput fieldName="buy"><TargetValueCounts>
@@ -75,6 +76,8 @@ SCHEMA_FAULTS = [
     (2, ' threshold="1e-9"', "", "lacks the attribute threshold"),
     (2, ' count="3"', "", "lacks the attribute count"),
     (2, SCHEMA, "", "NaiveBayesModel: holds"),
+    (2, SCHEMA, SCHEMA + '<Extension name="c" value="3"/>', "NaiveBayesModel: holds"),
+    (2, '<Extension name="b"', '<Extension nam="b"', "has an attribute nam"),
     (3, ' intercept="0"', "", "lacks the attribute intercept"),
     (3, "<NumericPredictor ", '<NumericPredictor exponent="1.0" ', "exponent"),
     (3, 'coefficient="-INF"', 'coefficient="-inf"', "coefficient"),

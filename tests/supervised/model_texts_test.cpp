@@ -372,6 +372,61 @@ TEST(TreeTexts, OtherMakersTextsScoreAsTheySayOrAreRefused) {
     refused(L"<True/>", L"", "no predicate");
 }
 
+/// What a text leaves out of tables of `numClasses` classes must not take memory that the text is too short
+/// for: here 20,000 nodes, members or categories, each by 20,000 classes.
+TEST(TreeTexts, ShortTextsCannotStandForHugeTables) {
+    constexpr int kMany = 20000;
+    const auto repeated = [](const auto& textOf) {
+        WString text;
+        for (int i = 0; i < kMany; ++i) text += textOf(std::to_wstring(i));
+        return text;
+    };
+    const WString values = repeated([](const WString& i) { return L"<Value value=\"" + i + L"\"/>"; });
+    const WString schema =
+        L"<MiningSchema><MiningField name=\"x\"/><MiningField name=\"y\" "
+        L"usageType=\"target\"/></MiningSchema>";
+    const auto document = [&](const WString& element, const WString& body) {
+        return L"<PMML version=\"4.2\"><Header description=\"" + element +
+               L"\"/><DataDictionary><DataField name=\"x\" optype=\"categorical\" dataType=\"string\">" +
+               values + L"</DataField><DataField name=\"y\" optype=\"categorical\" dataType=\"string\">" +
+               values + L"</DataField></DataDictionary><" + element +
+               L" functionName=\"classification\" missingValueStrategy=\"defaultChild\" threshold=\"0.1\">" +
+               schema + body + L"</" + element + L"></PMML>";
+    };
+    const auto predicate = [](const wchar_t* comparison, const WString& value) {
+        return L"<SimplePredicate field=\"x\" operator=\"" + WString(comparison) + L"\" value=\"" + value +
+               L"\"/>";
+    };
+    WString nodes, ends;
+    for (int i = 0; i < kMany / 2; ++i) {
+        const WString number = std::to_wstring(i), above = std::to_wstring(i - 1);
+        nodes += L"<Node score=\"0\" defaultChild=\"l" + number + L"\">" +
+                 (i == 0 ? WString(L"<True/>") : predicate(L"notEqual", above)) +
+                 L"<Node score=\"0\" id=\"l" + number + L"\">" + predicate(L"equal", number) + L"</Node>";
+        ends += L"</Node>";
+    }
+    nodes +=
+        L"<Node score=\"0\">" + predicate(L"notEqual", std::to_wstring(kMany / 2 - 1)) + L"</Node>" + ends;
+    const WString leaf = L"<TreeModel functionName=\"classification\">" + schema +
+                         L"<Node score=\"0\"><True/></Node></TreeModel>";
+    const auto refuses = [&](auto model, const WString& text) {
+        try {
+            model.fromPMMLString(text);
+            ADD_FAILURE();
+        } catch (const UnsupportedPMMLFormat& error) {
+            EXPECT_NE(std::string(error.what()).find("Model text"), std::string::npos) << error.what();
+        }
+    };
+    refuses(fitted<Classification::DecisionTree::Estimator>(2), document(L"TreeModel", nodes));
+    refuses(fitted<Classification::NaiveBayes::Estimator>(2),
+            document(L"NaiveBayesModel", L"<BayesInputs><BayesInput fieldName=\"x\"/></BayesInputs>"));
+    refuses(fitted<Classification::Bagging::Estimator>(2),
+            document(L"MiningModel",
+                     L"<Segmentation multipleModelMethod=\"majorityVote\">" + repeated([&](const WString&) {
+                         return L"<Segment><True/>" + leaf + L"</Segment>";
+                     }) + L"</Segmentation>"));
+}
+
 TEST(TreeTexts, CategoriesThatTheFormatCannotHoldAreRefusedAtWriting) {
     for (const wchar_t* label : {L"say \"no\"", L"  ", L"bell \a"}) {
         DataFrame table;

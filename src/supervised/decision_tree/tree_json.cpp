@@ -5,6 +5,7 @@
 #include <tessel/data/convert.h>
 #include <tessel/framework/errors.h>
 
+#include "serialization/implied_memory.h"
 #include "serialization/json/read.h"
 #include "supervised/decision_tree/tree_texts.h"
 
@@ -123,9 +124,11 @@ class TreeReader {
     }
 
     void readClasses(const JSON::Members& object) {
+        const web::json::array& shares = JSON::toArray(object.at("scoreDistribution"), "scoreDistribution");
+        implied_.add(classes_.size(), shares.size(), sizeof(double));
         const std::size_t first = tree_.classWeights.size();
         tree_.classWeights.resize(first + classes_.size(), 0.0);
-        for (const value& element : JSON::toArray(object.at("scoreDistribution"), "scoreDistribution")) {
+        for (const value& element : shares) {
             const JSON::Members share(element, "A share");
             const WString label = JSON::toText(share.at("category"), "category");
             const std::size_t k = classes_.find(label);
@@ -201,6 +204,7 @@ class TreeReader {
     const JSON::Members& model_;
     std::unordered_map<int, const value*> subtrees_;
     std::vector<const value*> pending_;
+    ImpliedMemory implied_;
     Tree tree_;
 };
 

@@ -6,6 +6,7 @@
 #include <tessel/data/convert.h>
 #include <tessel/framework/errors.h>
 
+#include "serialization/implied_memory.h"
 #include "serialization/pmml/values.h"
 #include "supervised/decision_tree/tree_texts.h"
 
@@ -227,6 +228,7 @@ class NodesReader {
     }
 
     void readClasses(double ownLabel, double numRecords, double* weights) {
+        implied_.add(classes_.size(), distributions_.size(), sizeof(double));
         std::size_t expected = 0, numProbabilities = 0;
         for (const XmlNode* distribution : distributions_) {
             std::optional<WStringView> label, count, probability;
@@ -311,6 +313,7 @@ class NodesReader {
         std::int32_t position;
     };
     std::vector<Pending> pending_;
+    ImpliedMemory implied_;
     Tree tree_;
 };
 

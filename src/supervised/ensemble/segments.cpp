@@ -4,6 +4,7 @@
 #include <tessel/framework/errors.h>
 #include <tessel/framework/ladon.h>
 
+#include "serialization/implied_memory.h"
 #include "serialization/pmml/model_element.h"
 #include "serialization/pmml/values.h"
 #include "supervised/ensemble/fit_learners.h"
@@ -118,6 +119,12 @@ const Node* voterOf(const Node* model) {
     return modelOf(segment);
 }
 
+std::size_t numChildren(const Node* parent, WStringView name) {
+    std::size_t count = 0;
+    if (parent) PMML::forEachChild(parent, name, [&](const Node*) { ++count; });
+    return count;
+}
+
 template <class Members>
 void readSegments(Members& members, const FittedSchema& schema, WStringView method,
                   const ModelReader& reader) {
@@ -128,6 +135,10 @@ void readSegments(Members& members, const FittedSchema& schema, WStringView meth
                                     ", not by " + Convert::toUtf8Lossy(method) + ".");
     const bool isWeighted = method == kWeightedAverage;
     std::vector<const Node*> elements;
+    // Each member has the features and classes of the ensemble for its own.
+    const auto target = reader.fields.find(schema.targetName);
+    const std::size_t numClasses = target == reader.fields.end() ? 0 : target->second.categories.size();
+    ImpliedMemory implied;
     PMML::forEachChild(segmentation, L"Segment", [&](const Node* segment) {
         elements.push_back(isWeighted ? voterOf(modelOf(segment)) : modelOf(segment));
         const WStringView name = PMML::nameOf(elements.back());
@@ -137,6 +148,13 @@ void readSegments(Members& members, const FittedSchema& schema, WStringView meth
             throw UnsupportedPMMLFormat("A segment's " + Convert::toUtf8Lossy(WString(name)) +
                                         " cannot be read here.");
         members.algorithm = algorithm;
+        const Node* const element = elements.back();
+        const Node* const targets = Document::getSubnode(element, L"Targets");
+        implied.add(schema.features.size(),
+                    numChildren(Document::getSubnode(element, L"MiningSchema"), L"MiningField"),
+                    sizeof(FeatureSchema));
+        implied.add(numClasses, numChildren(Document::getSubnode(targets, L"Target"), L"TargetValue"),
+                    sizeof(WString) + 2 * sizeof(double));
         // The other methods know no weights.
         const auto weight = isWeighted ? Document::optionalAttribute(segment, L"weight") : std::nullopt;
         members.add(member, weight ? PMML::toDouble(*weight) : 1.0);

@@ -6,6 +6,7 @@
 #include <tessel/data/convert.h>
 #include <tessel/framework/errors.h>
 
+#include "serialization/implied_memory.h"
 #include "serialization/pmml/model_element.h"
 #include "serialization/pmml/values.h"
 #include "supervised/naive_bayes/model.h"
@@ -128,7 +129,13 @@ GaussianInput readGaussian(const Node* stats, const StringVector& classes) {
 }
 
 CategoricalInput readFrequencies(const Node* bayesInput, const StringVector& classes,
-                                 const Dictionary& categories) {
+                                 const Dictionary& categories, ImpliedMemory& implied) {
+    std::size_t numTold = 0;
+    PMML::forEachChild(bayesInput, L"PairCounts", [&](const Node* pair) {
+        PMML::forEachChild(Document::getRequiredSubnode(pair, L"TargetValueCounts"), L"TargetValueCount",
+                           [&](const Node*) { ++numTold; });
+    });
+    implied.add(static_cast<std::size_t>(categories.size()) * classes.size(), numTold, sizeof(double));
     CategoricalInput input;
     input.numCategories = categories.size();
     input.counts.assign(static_cast<std::size_t>(categories.size()) * classes.size(), 0.0);
@@ -219,6 +226,7 @@ void IModel::readBody(const ModelReader& reader) {
 
     fitted_.inputs.resize(schema.features.size());
     std::vector<bool> isRead(schema.features.size(), false);
+    ImpliedMemory implied;
     PMML::forEachChild(reader.requiredChild(L"BayesInputs"), L"BayesInput", [&](const Node* node) {
         const auto i =
             static_cast<std::size_t>(reader.featureOf(Document::requiredAttribute(node, L"fieldName")));
@@ -233,13 +241,14 @@ void IModel::readBody(const ModelReader& reader) {
             fitted_.inputs[i] = readGaussian(stats, classes);
             return;
         }
-        CategoricalInput input = readFrequencies(node, classes, *feature.categories);
+        CategoricalInput input = readFrequencies(node, classes, *feature.categories, implied);
         if (pseudoCount)
             for (double& count : input.counts) count = withoutPseudoCount(count, fitted_.laplace);
         fitted_.inputs[i] = std::move(input);
     });
     for (std::size_t i = 0; i < isRead.size(); ++i) {
         if (isRead[i]) continue;
+        implied.add(3 * classes.size(), 0, sizeof(double));
         if (schema.features[i].isCategorical)
             throw UnsupportedPMMLFormat("There is no BayesInput of " +
                                         Convert::toUtf8Lossy(schema.features[i].name) + ".");

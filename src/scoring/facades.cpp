@@ -34,11 +34,13 @@ void Facade::assignModelName(const WString& modelName) { implementation_->setMod
 const WString& Facade::getKind() const { return implementation_->model().implementation->type().kind; }
 StringVector Facade::getColNames() const {
     const Loaded& model = implementation_->model();
-    return model.learner ? model.learner->getColNames() : model.transformer->getColNames();
+    if (model.learner) return model.learner->getColNames();
+    return model.transformer ? model.transformer->getColNames() : StringVector();
 }
 StringVector Facade::getIndexColNames() const {
     const Loaded& model = implementation_->model();
-    return model.learner ? model.learner->getIndexColNames() : model.transformer->getIndexColNames();
+    if (model.learner) return model.learner->getIndexColNames();
+    return model.transformer ? model.transformer->getIndexColNames() : StringVector();
 }
 DataFrameVector Facade::toDataFrameVector() const {
     return implementation_->model().reporter->toDataFrameVector();

@@ -2,6 +2,7 @@
 
 #include <tessel/bagging.h>
 #include <tessel/boosting.h>
+#include <tessel/data/convert.h>
 #include <tessel/decision_tree.h>
 #include <tessel/find_best_model.h>
 #include <tessel/framework/errors.h>
@@ -120,6 +121,34 @@ TEST(EnsembleTexts, BoostedModelsThatAreNoTreesVoteInPMML) {
                                                    L"<Segment><True/><TreeModel/></Segment><Segment>")),
                  UnsupportedPMMLFormat);
     EXPECT_EQ(read.toJSON(), before);
+}
+
+TEST(EnsembleTexts, CutOffsOfMembersAreInTheirCounts) {
+    // Other programs know no cut-off: of classes with equal chances, one that needs 1/5 must count 4 times
+    // the other, whose chance must be 4/5.
+    LabelledTable data = labelledTable(120, 2);
+    const auto counts = [&](double cutOff) {
+        const auto member = Classification::NaiveBayes::Estimator()
+                                .setPriorProbMethod(PriorProbMethodType::UNIFORM)
+                                .setSuccessClass(L"class 1")
+                                .setSuccessProbability(cutOff);
+        const auto model =
+            Classification::Bagging::Estimator().setNumWeakLearners(1).setBaseEstimator(member).fit(
+                data.features, data.target);
+        auto read = model;
+        read.fromPMMLString(model.toPMML());
+        EXPECT_EQ(read.predict(data.features).toJson(), model.predict(data.features).toJson());
+        const WString text = model.toPMML();
+        std::vector<double> found;
+        for (std::size_t at = text.find(L"count=\"", text.find(L"<BayesOutput")); at != WString::npos;
+             at = text.find(L"count=\"", at + 1))
+            found.push_back(Convert::toDouble(text.substr(at + 7, text.find(L'"', at + 7) - at - 7)));
+        return found;
+    };
+    EXPECT_EQ(counts(0.5), (std::vector{60.0, 60.0}));
+    const std::vector<double> moved = counts(0.2);
+    ASSERT_EQ(moved.size(), 2u);
+    EXPECT_DOUBLE_EQ(moved[1], 4.0 * moved[0]);
 }
 
 /// An ensemble of two trees of one leaf, as another maker writes it: members with weights and shares.

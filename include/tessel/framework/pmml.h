@@ -20,6 +20,10 @@ class TESSEL_API ColumnScaling {
 
 /// Writes itself as PMML.
 ///
+/// The standard has no cut-off for the probability of the class that counts as success. Decision trees label
+/// their nodes by it; other classifiers tell it in an extension, which this library reads, while other
+/// programs choose the most probable class.
+///
 /// Categories reach the text as they are, so those that the format cannot hold are refused: a category with
 /// a double quote or of blanks only, where the model names it in a list of categories, and control characters
 /// anywhere.

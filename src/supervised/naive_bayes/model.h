@@ -34,6 +34,8 @@ class IModel : public IModelable {
  private:
     /// Checks what was read from a text. @throws ConstraintViolation
     void checkFitted() const;
+    /// What the classes are multiplied by so that the greater product chooses like the cut-off.
+    std::vector<double> voteFactors() const;
 
     Engine::NB::Fitted fitted_;
 };

@@ -187,6 +187,16 @@ void IModel::writeAttributes(ModelWriter& writer) const {
     writer.append(PMML::allocateExtension(writer.document, kRecordCounts, counts));
 }
 
+// Of two classes, p > c is p (1 - c) > (1 - p) c. A member of an ensemble matters by its choice alone.
+std::vector<double> IModel::voteFactors() const {
+    std::vector<double> factors(classSchema.classes.size(), 1.0);
+    const std::size_t success = classSchema.classes.find(classSchema.successClass);
+    if (factors.size() != 2 || success >= 2 || classSchema.successProbability == 0.5) return factors;
+    factors[success] = 1.0 - classSchema.successProbability;
+    factors[1 - success] = classSchema.successProbability;
+    return factors;
+}
+
 void IModel::writeBody(ModelWriter& writer) const {
     Document& document = writer.document;
     const StringVector& classes = classSchema.classes;
@@ -207,8 +217,9 @@ void IModel::writeBody(ModelWriter& writer) const {
     document.appendAttribute(output, L"fieldName", schema.targetName);
     Node* const counts = document.allocateNode(L"TargetValueCounts");
     const double numRecords = std::accumulate(fitted_.classCounts.begin(), fitted_.classCounts.end(), 0.0);
+    const std::vector<double> factors = writer.isSegment ? voteFactors() : std::vector(classes.size(), 1.0);
     for (std::size_t k = 0; k < classes.size(); ++k)
-        appendCount(document, counts, classes[k], classSchema.priors[k] * numRecords);
+        appendCount(document, counts, classes[k], classSchema.priors[k] * numRecords * factors[k]);
     output->append_node(counts);
 }
 

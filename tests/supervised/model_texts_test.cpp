@@ -373,9 +373,9 @@ TEST(TreeTexts, OtherMakersTextsScoreAsTheySayOrAreRefused) {
 }
 
 /// What a text leaves out of tables of `numClasses` classes must not take memory that the text is too short
-/// for: here 20,000 nodes, members or categories, each by 20,000 classes.
+/// for: here 7,000 nodes, members or categories, each by 7,000 classes.
 TEST(TreeTexts, ShortTextsCannotStandForHugeTables) {
-    constexpr int kMany = 20000;
+    constexpr int kMany = 7000;
     const auto repeated = [](const auto& textOf) {
         WString text;
         for (int i = 0; i < kMany; ++i) text += textOf(std::to_wstring(i));

@@ -4,61 +4,34 @@
 #include <cassert>
 #include <cmath>
 
+#include <lapacke.h>
+
 namespace Tessel::Engine::Dist {
 namespace {
 
-/// Of the folded problem; 9 columns of them stay in the nearest caches.
+/// Of the folded problem; times 9 columns below the sizes from which threaded BLAS libraries split an
+/// operation.
 constexpr std::size_t kBlockRows = 512;
-/// Triangles merged at a time, likewise.
+/// Triangles of 9 rows merged at a time, likewise.
 constexpr std::size_t kGroup = 50;
 constexpr std::size_t kParallelBlocks = 16;
 
 /// A column whose part independent of the earlier ones is smaller than this share of it counts as dependent.
 constexpr double kIndependent = 64.0 * std::numeric_limits<double>::epsilon();
 
-/// The sum of products, in eight interleaved sums, which processors add side by side.
-double product(const double* x, const double* y, std::size_t size) {
-    std::array<double, 8> lanes{};
-    std::size_t i = 0;
-    for (; i + lanes.size() <= size; i += lanes.size())
-        for (std::size_t lane = 0; lane < lanes.size(); ++lane) lanes[lane] += x[i + lane] * y[i + lane];
-    for (; i < size; ++i) lanes[0] += x[i] * y[i];
-    return ((lanes[0] + lanes[1]) + (lanes[2] + lanes[3])) + ((lanes[4] + lanes[5]) + (lanes[6] + lanes[7]));
-}
-
-/// Leaves R of the first columns in the upper triangle of the column-major matrix, and Q'z in its last
-/// column.
-/// @pre the squares of the first columns neither overflow nor vanish: they are functions of probabilities
-void factorInPlace(std::span<double> cells, std::size_t numRows, std::size_t numColumns) {
-    for (std::size_t k = 0; k < std::min(numRows, numColumns - 1); ++k) {
-        double* const pivot = cells.data() + k * numRows + k;
-        const std::size_t size = numRows - k;
-        const double norm = std::sqrt(product(pivot, pivot, size));
-        if (norm == 0.0) continue;
-        // The reflection that takes the column to (diagonal, 0, ..., 0), of the sign without cancellation.
-        const double diagonal = pivot[0] > 0.0 ? -norm : norm;
-        const double scale = 1.0 / (norm * (norm + std::abs(pivot[0])));
-        pivot[0] -= diagonal;
-        for (std::size_t j = k + 1; j < numColumns; ++j) {
-            double* const other = cells.data() + j * numRows + k;
-            const double share = scale * product(pivot, other, size);
-            for (std::size_t i = 0; i < size; ++i) other[i] -= share * pivot[i];
-        }
-        pivot[0] = diagonal;
-    }
+/// Leaves R in the upper triangle of the column-major matrix. False when LAPACK refuses.
+bool factorInPlace(std::span<double> cells, std::size_t numRows, std::size_t numColumns) {
+    constexpr std::size_t kMostColumns = 16;
+    assert(numColumns <= kMostColumns);
+    std::array<double, kMostColumns> tau;
+    std::array<double, 64 * kMostColumns> work;
+    return LAPACKE_dgeqrf_work(LAPACK_COL_MAJOR, static_cast<lapack_int>(numRows),
+                               static_cast<lapack_int>(numColumns), cells.data(),
+                               static_cast<lapack_int>(numRows), tau.data(), work.data(),
+                               static_cast<lapack_int>(work.size())) == 0;
 }
 
 }  // namespace
-
-MetalogLeastSquares::Triangle MetalogLeastSquares::triangleOf(std::span<double> cells, std::size_t numRows) {
-    factorInPlace(cells, numRows, kColumns);
-    Triangle triangle;
-    triangle.numRows = std::min(numRows, kFunctions);
-    for (std::size_t column = 0; column < kColumns; ++column)
-        for (std::size_t row = 0; row < std::min(column + 1, triangle.numRows); ++row)
-            triangle.cells[column * kColumns + row] = cells[column * numRows + row];
-    return triangle;
-}
 
 MetalogLeastSquares::Triangle MetalogLeastSquares::factor(std::span<const double> sorted, bool even,
                                                           std::size_t begin, std::size_t end) const {
@@ -80,7 +53,13 @@ MetalogLeastSquares::Triangle MetalogLeastSquares::factor(std::span<const double
         cells[kFunctions * numRows + row] = weight * (even ? 0.5 * (above + below) : 0.5 * (above - below));
     }
 
-    return triangleOf(std::span(cells).first(numRows * kColumns), numRows);
+    Triangle triangle;
+    if (!factorInPlace(std::span(cells).first(numRows * kColumns), numRows, kColumns)) return triangle;
+    triangle.numRows = std::min(numRows, kColumns);
+    for (std::size_t column = 0; column < kColumns; ++column)
+        for (std::size_t row = 0; row < std::min(column + 1, triangle.numRows); ++row)
+            triangle.cells[column * kColumns + row] = cells[column * numRows + row];
+    return triangle;
 }
 
 MetalogLeastSquares::Triangle MetalogLeastSquares::merge(std::span<const Triangle> triangles) {
@@ -93,7 +72,13 @@ MetalogLeastSquares::Triangle MetalogLeastSquares::merge(std::span<const Triangl
             cell = std::copy_n(triangle.cells.begin() + static_cast<std::ptrdiff_t>(column * kColumns),
                                triangle.numRows, cell);
     }
-    return triangleOf(cells, numRows);
+    Triangle merged;
+    if (numRows == 0 || !factorInPlace(cells, numRows, kColumns)) return merged;
+    merged.numRows = std::min(numRows, kColumns);
+    for (std::size_t column = 0; column < kColumns; ++column)
+        for (std::size_t row = 0; row < std::min(column + 1, merged.numRows); ++row)
+            merged.cells[column * kColumns + row] = cells[column * numRows + row];
+    return merged;
 }
 
 MetalogLeastSquares::MetalogLeastSquares(std::span<const double> sorted) {

@@ -17,11 +17,10 @@
 // conditioned than the whole. In either order of terms the even functions enter in the order 1, x L, x^2,
 // x^3 L, ..., the odd ones as L, x, x^2 L, x^3, ...: one factorisation serves all numbers of terms in both.
 //
-// The factorisations are Householder QR (G. Golub & C. Van Loan, Matrix Computations, 4th ed., alg. 5.2.1) by
-// blocks of rows whose triangles are merged by groups in an order of their own: J. Demmel, L. Grigori, M.
-// Hoemmen & J. Langou, Communication-optimal Parallel and Sequential QR and LU Factorizations, SIAM J. Sci.
-// Comput. 34 (2012) A206-A239. They are written out here because LAPACK's last digits depend on the processor
-// that its BLAS finds; of 8 columns it is no faster. Neither that nor threads change a bit of the result.
+// The factorisations are Householder QR (LAPACK) by blocks of rows whose triangles are merged by groups in an
+// order of their own: J. Demmel, L. Grigori, M. Hoemmen & J. Langou, Communication-optimal Parallel and
+// Sequential QR and LU Factorizations, SIAM J. Sci. Comput. 34 (2012) A206-A239. Threads do not change a bit
+// of the result, and blocks are small enough for every BLAS to stay in one thread.
 
 namespace Tessel::Engine::Dist {
 
@@ -52,8 +51,6 @@ class MetalogLeastSquares {
     };
     using Triangles = std::vector<Triangle>;
 
-    /// Of a matrix of kColumns columns, which is overwritten.
-    static Triangle triangleOf(std::span<double> cells, std::size_t numRows);
     /// Rows [begin, end) of the folded problem.
     Triangle factor(std::span<const double> sorted, bool even, std::size_t begin, std::size_t end) const;
     static Triangle merge(std::span<const Triangle> triangles);

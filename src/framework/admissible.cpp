@@ -119,6 +119,11 @@ void IAdmissible::setPriorProb(const WString& classLabel, double probability) {
     priorProbMethod.set(PriorProbMethodType::EXPLICIT);
 }
 
+void IAdmissible::completePriors() {
+    if (!priorProb.get().empty() && !priorProbMethod.isSet())
+        priorProbMethod.set(PriorProbMethodType::EXPLICIT);
+}
+
 double IAdmissible::getPriorProb(const WString& classLabel) const {
     const auto found = priorProb.get().find(classLabel);
     if (found == priorProb.get().end())

@@ -82,6 +82,8 @@ class IAdmissible {
     PriorProbsParameter priorProb{L"priorProb", L"Prior probabilities"};
 
     void setPriorProb(const WString& classLabel, double probability);
+    /// Priors without a method are EXPLICIT, as `setPriorProb` makes them.
+    void completePriors();
     double getPriorProb(const WString& classLabel) const;
     /// Explicit priors, while they are the chosen method, must be in [0, 1] and sum to 1.
     /// @throws ValueOutOfRange, IncorrectTotalValue

@@ -115,6 +115,7 @@ class IEstimator : public Supervised::IEstimator, public PriorProbability::IAdmi
     virtual void validateClasses(const ClassTarget& target) const;
 
  protected:
+    void completeParameters() override { completePriors(); }
     /// The parameters above, for the end of a family's list.
     ParameterList classificationParameters() {
         return {priorProbMethod, priorProb, successClass, successProbability};

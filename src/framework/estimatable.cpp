@@ -44,6 +44,7 @@ DataFrame IEstimatable::toDataFrame() const {
         names.push_back(parameter.description());
         values.push_back(parameter.describe().second[0]);
     }
+    describeLearners(names, values);
     DataFrame table(L"Estimator: " + getModelName());
     table.append(values);
     table.setRowNames(names);
@@ -114,6 +115,7 @@ void IEstimatable::fromLadonValue(const web::json::value& description) {
         parameter.reset();
         parameter.fromJSON(values);
     }
+    completeParameters();
 }
 
 }  // namespace Tessel

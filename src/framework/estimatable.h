@@ -35,7 +35,8 @@ class IEstimatable : public IIdentifiable {
     /// Checks parameter by parameter; families add rules between parameters behind this loop.
     virtual void validate() const;
     virtual void reset();
-    /// The values that the parameters have now, by description: "Estimator: <model name>".
+    /// The values that the parameters have now, by description, and the learners of ensembles and searches:
+    /// "Estimator: <model name>".
     DataFrame toDataFrame() const;
     /// That table and one that tells key, default, type and admissible values of every parameter.
     DataFrameVector toDataFrameVector() const;
@@ -50,6 +51,10 @@ class IEstimatable : public IIdentifiable {
     /// Adds what the description has beside the parameters, such as the learners of an ensemble.
     virtual void writeLearners(web::json::value& /*description*/) const {}
     virtual void readLearners(const web::json::value& /*description*/) {}
+    /// Called when the parameters were read: sets what those that were given imply for others.
+    virtual void completeParameters() {}
+    /// Adds rows of the learners to the table of the parameters.
+    virtual void describeLearners(StringVector& /*names*/, StringVector& /*values*/) const {}
     /// The same list for loops that only read.
     ParameterList constParameters() const { return const_cast<IEstimatable*>(this)->parameters(); }
 };

@@ -204,6 +204,14 @@ TYPED_TEST(Classifiers, LadonHoldsWhatWasSetAndRestoresIt) {
     EXPECT_EQ(read.toLadon(), text);
     EXPECT_EQ(read.getPriorProb(L"größer"), 0.25);
     EXPECT_EQ(read.getSuccessClass(), L"");
+    // Priors are explicit without saying so, as the setter makes them; a method that is said holds.
+    const WString method = L"\"priorProbMethod\":\"EXPLICIT\"";
+    WString unsaid = text, uniform = text;
+    read.fromLadonString(unsaid.erase(text.find(method), method.size() + 1));
+    EXPECT_EQ(read.toLadon(), text);
+    read.fromLadonString(uniform.replace(text.find(method) + 19, 8, L"UNIFORM"));
+    EXPECT_EQ(read.getPriorProbMethod(), PriorProbMethodType::UNIFORM);
+    read.fromLadonString(text);
 
     const auto directory = std::filesystem::temp_directory_path() / "tessel_classifiers_test";
     std::filesystem::create_directories(directory);

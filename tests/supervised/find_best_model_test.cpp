@@ -288,6 +288,7 @@ TEST(FindBestModel, LadonHoldsTheLearners) {
                                .addLearner(C::Boosting::Estimator().setNumWeakLearners(3))
                                .addLearner(C::NaiveBayes::Estimator());
     EXPECT_EQ(estimator.toDataFrame().getName(), L"Estimator: Model Search for Classification");
+    EXPECT_EQ(estimator.toDataFrame()(L"Learners", 0).toString(), L"Naive Bayes, Boosting");
     EXPECT_EQ(R::FindBestModel::Estimator().toDataFrame().getName(),
               L"Estimator: Model Search for Regression");
     const WString text = estimator.toLadon();

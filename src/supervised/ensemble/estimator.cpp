@@ -91,6 +91,12 @@ void IWithBaseEstimator<Ensemble>::readLearners(const web::json::value& descript
     base_ = read;
 }
 
+template <class Ensemble>
+void IWithBaseEstimator<Ensemble>::describeLearners(StringVector& names, StringVector& values) const {
+    names.push_back(L"Weak learner");
+    values.push_back(base_->ladonIdentity().algorithm);
+}
+
 template class IWithBaseEstimator<IClassifierEnsemble>;
 template class IWithBaseEstimator<IRegressorEnsemble>;
 

@@ -58,6 +58,7 @@ class IWithBaseEstimator : public Ensemble {
     void writeLearners(web::json::value& description) const override;
     /// @throws UnableToCreateWeakLearner, UnsupportedJSONModel
     void readLearners(const web::json::value& description) override;
+    void describeLearners(StringVector& names, StringVector& values) const override;
 
  private:
     static Learner defaultBase();

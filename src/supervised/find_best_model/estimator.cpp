@@ -86,6 +86,15 @@ void ISearch<Base>::readLearners(const web::json::value& description) {
 }
 
 template <class Base>
+void ISearch<Base>::describeLearners(StringVector& names, StringVector& values) const {
+    const Base* const ofKind = nullptr;
+    StringVector learners;
+    for (const auto& [type, candidate] : candidates) learners.push_back(learnerName(kindOf(ofKind), type));
+    names.push_back(L"Learners");
+    values.push_back(Util::join(learners, L", "));
+}
+
+template <class Base>
 template <class Searched, class Fit>
 void ISearch<Base>::search(Searched& searched, const Fit& fit) const {
     const Base* const ofKind = nullptr;

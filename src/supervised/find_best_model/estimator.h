@@ -25,6 +25,7 @@ class ISearch : public Base {
     void writeLearners(web::json::value& description) const override;
     /// @throws UnsupportedJSONModel
     void readLearners(const web::json::value& description) override;
+    void describeLearners(StringVector& names, StringVector& values) const override;
 
     /// Hands on to a candidate what was set for all of them.
     virtual void instruct(Base& /*candidate*/) const {}

@@ -94,7 +94,9 @@ class IEstimator : public IEstimatable {
     /// are gathered.
     virtual bool takesMultiplicities() const { return false; }
     /// What many fits on these features can share; null when there is nothing.
-    virtual std::unique_ptr<Preparation> prepare(const TrainingFeatures& /*features*/) const {
+    /// @param useAllRows  whether each of the fits is on every row, not on a resample.
+    virtual std::unique_ptr<Preparation> prepare(const TrainingFeatures& /*features*/,
+                                                 bool /*useAllRows*/) const {
         return nullptr;
     }
 

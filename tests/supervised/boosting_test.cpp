@@ -205,6 +205,34 @@ TEST(Boosting, RegressionFitsTheResiduals) {
         EXPECT_THROW(Regression::Boosting::Estimator().setStepSize(bad).validate(), ValueOutOfRange);
 }
 
+/// Long tables, whose resamples are sorted anew, are sorted once where each round takes all of their rows.
+TEST(Boosting, TreesOfLongTablesAreThoseOfTheResiduals) {
+    constexpr int kNumRows = (1 << 18) + 1;
+    Testing::Noise uniform(5);
+    Vector first, second, residuals;
+    for (int row = 0; row < kNumRows; ++row) {
+        first.push_back(uniform());
+        second.push_back(row % 17 == 3 ? std::nan("") : uniform());
+        residuals.push_back(first.back() * first.back() + (row % 17 == 3 ? 0.5 : second.back()) +
+                            0.1 * uniform());
+    }
+    DataFrame features;
+    features.append(DataFrameColumn(L"first", first));
+    features.append(DataFrameColumn(L"second", second));
+    const auto tree = Regression::DecisionTree::Estimator().setMaxNumLevels(2);
+    const auto model = Regression::Boosting::Estimator().setBaseEstimator(tree).setNumWeakLearners(2).fit(
+        features, DataFrameColumn(L"y", residuals));
+    for (double& residual : residuals) residual -= model.getMeanResponse();
+    for (int m = 0; m < 2; ++m) {
+        const Vector own = column(tree.fit(features, DataFrameColumn(L"y", residuals)).predict(features), 0);
+        EXPECT_TRUE(column(model.getWeakModel(m)->predict(features), 0) == own);
+        for (std::size_t row = 0; row < own.size(); ++row) residuals[row] -= 0.3 * own[row];
+    }
+    features(kNumRows - 1, 0) = std::numeric_limits<double>::infinity();
+    EXPECT_THROW(Regression::Boosting::Estimator().fit(features, DataFrameColumn(L"y", residuals)),
+                 ConstraintViolation);
+}
+
 TEST(Boosting, TablesAndTextsHoldItsParameters) {
     const LabelledTable data = labelledTable(60, 2);
     auto estimator = Classification::Boosting::Estimator()
@@ -216,6 +244,7 @@ TEST(Boosting, TablesAndTextsHoldItsParameters) {
     EXPECT_EQ(table(L"AdaBoost Variant", 0).toString(), L"SAMME");
     EXPECT_EQ(table(L"Resampling Seed", 0).toString(), L"3");
     EXPECT_EQ(table(L"#Weak Learners", 0).toString(), L"10");
+    EXPECT_EQ(table(L"Weak learner", 0).toString(), L"naiveBayes");
     Classification::Boosting::Estimator read;
     read.fromLadonString(estimator.toLadon());
     EXPECT_EQ(read.getMethod(), MethodType::SAMME);

@@ -24,8 +24,9 @@ class IEstimator : public Classification::IEstimator, public Tessel::DecisionTre
         return categoricalPositions(features);
     }
     bool takesMultiplicities() const override { return true; }
-    std::unique_ptr<Supervised::Preparation> prepare(const TrainingFeatures& features) const override {
-        return Tessel::DecisionTree::sortTable(features);
+    std::unique_ptr<Supervised::Preparation> prepare(const TrainingFeatures& features,
+                                                     bool useAllRows) const override {
+        return Tessel::DecisionTree::sortTable(features, useAllRows);
     }
 
  protected:
@@ -55,8 +56,9 @@ class IEstimator : public Regression::IEstimator, public Tessel::DecisionTree::I
         return categoricalPositions(features);
     }
     bool takesMultiplicities() const override { return true; }
-    std::unique_ptr<Supervised::Preparation> prepare(const TrainingFeatures& features) const override {
-        return Tessel::DecisionTree::sortTable(features);
+    std::unique_ptr<Supervised::Preparation> prepare(const TrainingFeatures& features,
+                                                     bool useAllRows) const override {
+        return Tessel::DecisionTree::sortTable(features, useAllRows);
     }
 
  protected:

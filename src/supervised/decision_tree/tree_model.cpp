@@ -8,6 +8,7 @@
 #include <tessel/data/util/sets.h>
 
 #include "data/number_text.h"
+#include "engine/parallel.h"
 
 namespace Tessel::DecisionTree {
 
@@ -103,7 +104,7 @@ Engine::DT::TrainingData trainingData(const TrainingFeatures& features, const Ve
         } else {
             // Lists and ranks are made from the whole column, so that all resamples of a table share them.
             const ColumnCells& cells = column.cells();
-            if (hasInfinite(cells.root())) requireFinite(features);
+            if (!preparation && hasInfinite(cells.root())) requireFinite(features);  // else looked at there
             data.features.push_back(
                 Engine::DT::TrainingFeature::numeric(cells.root(), cells.selection().get()));
         }
@@ -111,13 +112,18 @@ Engine::DT::TrainingData trainingData(const TrainingFeatures& features, const Ve
     return data;
 }
 
-std::unique_ptr<Supervised::Preparation> sortTable(const TrainingFeatures& features) {
-    constexpr int kMaxNumRows = 1 << 18;
+std::unique_ptr<Supervised::Preparation> sortTable(const TrainingFeatures& features, bool useAllRows) {
+    constexpr int kMaxNumRowsOfResamples = 1 << 18;
     const int numRows = features.schema.numRows;
-    if (numRows > kMaxNumRows) return nullptr;
+    if (numRows > kMaxNumRowsOfResamples && !useAllRows) return nullptr;
+    const std::vector<Engine::DT::TrainingFeature> columns = trainingData(features, {}, {}, nullptr).features;
     auto table = std::make_unique<SortedTable>();
-    for (const Engine::DT::TrainingFeature& feature : trainingData(features, {}, {}, nullptr).features)
-        table->rows.push_back(Engine::DT::sortRows(feature, numRows));
+    table->rows.resize(columns.size());
+    Engine::ExceptionCarrier carrier;
+#pragma omp parallel for schedule(dynamic)
+    for (std::size_t i = 0; i < columns.size(); ++i)
+        carrier.run([&] { table->rows[i] = Engine::DT::sortRows(columns[i], numRows); });
+    carrier.rethrow();
     return table;
 }
 

@@ -19,9 +19,9 @@ Engine::DT::TrainingData trainingData(const TrainingFeatures& features, const Ve
                                       const Supervised::Preparation* preparation);
 std::vector<Engine::DT::Cells> cellsOf(const std::vector<FeatureColumn>& columns);
 
-/// The sorted rows of each feature, which the fits of many trees take their lists from. Null for long tables,
-/// whose trees sort their own records in about the same time and less memory.
-std::unique_ptr<Supervised::Preparation> sortTable(const TrainingFeatures& features);
+/// The sorted rows of each feature, which the fits of many trees take their lists from. Null for resamples of
+/// long tables, which trees sort in about the same time and less memory.
+std::unique_ptr<Supervised::Preparation> sortTable(const TrainingFeatures& features, bool useAllRows);
 
 /// What the fitted trees of both kinds share: choosing the tree that counts, and telling of it.
 class ITreeModel {

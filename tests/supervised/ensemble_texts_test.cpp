@@ -76,6 +76,18 @@ TEST(EnsembleTexts, SearchesKeepTheirModelsAndTheirChoice) {
     EXPECT_EQ(read.getBestLearnerName(), model.getBestLearnerName());
     EXPECT_EQ(read.getScoringMetric(), ClassificationMetricType::F1_SCORE);
     EXPECT_EQ(read.getNumModels(), 2);
+    EXPECT_EQ(read.getMetrics().toJson(), model.getMetrics().toJson());
+    EXPECT_EQ(read.toString(), model.toString());
+    const WString text = model.toJSON();
+    for (const auto& [from, to] :
+         {std::pair(L"\"metrics\":[", L"\"metrics\":[3,"),
+          std::pair(L"\"metrics\":[", L"\"metrics\":[{\"name\":\"x\",\"values\":[1]},"),
+          std::pair(L"\"metrics\":[", L"\"metrics\":[],\"x\":[")}) {
+        WString changed = text;
+        changed.replace(changed.find(from), WString(from).size(), to);
+        EXPECT_THROW(read.fromJSONString(changed), UnsupportedJSONModel);
+    }
+    EXPECT_EQ(read.toJSON(), text);
 
     const LabelledTable numbers = numericTable(60);
     auto regression = Regression::FindBestModel::Estimator()
@@ -217,8 +229,44 @@ TEST(EnsembleTexts, RefuseWhatIsNoEnsemble) {
           std::pair(L"\"weights\":[", L"\"weights\":[-1,"), std::pair(L"boosting", L"bagging"),
           std::pair(L"\"variables\":[\"first\"", L"\"variables\":[\"last\"")})
         EXPECT_THROW(model.fromJSONString(replaced(from, to)), UnsupportedJSONModel);
+    WString huge = text;  // weights that are finite, their sum is not
+    const std::size_t begin = huge.find(L"\"weights\":["), end = huge.find(L']', begin);
+    EXPECT_THROW(model.fromJSONString(huge.replace(begin, end - begin, L"\"weights\":[1.5e308,1.5e308")),
+                 UnsupportedJSONModel);
     EXPECT_EQ(model.toJSON(), text);
     EXPECT_THROW(model.fromLadonString(text), UnsupportedJSONModel);
+}
+
+TEST(EnsembleTexts, SegmentsWeighWhereTheirMethodSaysSo) {
+    const LabelledTable data = labelledTable(60, 2);
+    const auto withWeights = [](WString pmml, const WString& weight) {
+        const WString segment = L"<Segment ";
+        for (std::size_t at = pmml.find(segment); at != WString::npos; at = pmml.find(segment, at + 1)) {
+            const std::size_t end = pmml.find(L'>', at), old = pmml.find(L" weight=\"", at);
+            if (old < end) pmml.erase(old, pmml.find(L'"', old + 9) + 1 - old);
+            pmml.insert(at + segment.size(), L"weight=\"" + weight + L"\" ");
+        }
+        return pmml;
+    };
+    auto bagging = Classification::Bagging::Estimator().setNumWeakLearners(3).fit(data.features, data.target);
+    bagging.fromPMMLString(withWeights(bagging.toPMML(), L"5"));
+    EXPECT_EQ(bagging.getLearnerWeights(), Vector(3, 1.0));
+
+    auto boosting = Classification::Boosting::Estimator()
+                        .setBaseEstimator(Classification::DecisionTree::Estimator().setMaxNumSplits(1))
+                        .setNumWeakLearners(3);
+    LabelledTable mixed = data;  // no single split tells the classes apart
+    for (int row = 0; row < 60; row += 6) mixed.target(row) = WString(L"class 1");
+    auto model = boosting.fit(mixed.features, mixed.target);
+    ASSERT_EQ(model.getNumWeakLearners(), 3);
+    const WString pmml = model.toPMML();
+    for (const wchar_t* const bad : {L"1e308", L"-1", L"NaN", L"INF", L"x"})
+        EXPECT_THROW(model.fromPMMLString(withWeights(pmml, bad)), UnsupportedPMMLFormat) << bad;
+    model.fromPMMLString(withWeights(pmml, L"0.25"));
+    EXPECT_EQ(model.getLearnerWeights(), Vector(3, 0.25));
+    const std::size_t begin = pmml.find(L"<Segment "), end = pmml.find(L"</Segmentation>");
+    EXPECT_THROW(model.fromPMMLString(WString(pmml).erase(begin, end - begin)), UnsupportedPMMLFormat);
+    EXPECT_EQ(model.getLearnerWeights(), Vector(3, 0.25));
 }
 
 }  // namespace

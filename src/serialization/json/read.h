@@ -1,5 +1,6 @@
 #pragma once
 
+#include <tessel/data/data_frame.h>
 #include <tessel/framework/errors.h>
 
 #include "data/json_value.h"
@@ -38,5 +39,8 @@ web::json::value fromNumbers(const Numbers& numbers) {
     for (const auto number : numbers) elements.push_back(JSON::fromNumber(static_cast<double>(number)));
     return web::json::value::array(std::move(elements));
 }
+/// A table of numbers: an array of its columns, each with "name" and "values"; no row names.
+web::json::value fromNumericTable(const DataFrame& table);
+DataFrame toNumericTable(const web::json::value& json, const char* memberName, const WString& tableName);
 
 }  // namespace Tessel::JSONModel

@@ -9,9 +9,9 @@ namespace Tessel::Ensemble {
 /// "Weak Learner 3", for the learner at position 2.
 WString learnerTitle(int position);
 
-/// Calls fit(0) .. fit(count - 1), which do not depend on each other, by all threads, lower ones first. When
-/// some throw, the error is that of the lowest, which a loop would have met first; later ones may then not
-/// be called at all. The calling thread reports progress.
+/// Calls fit(0) .. fit(count - 1), count > 0, which do not depend on each other, by all threads, lower ones
+/// first. When some throw, the error is that of the lowest, which a loop would have met first; later ones may
+/// then not be called at all. The calling thread reports progress.
 /// @throws FitCancelled
 void fitLearners(int count, const Progress& progress, const WString& title,
                  const std::function<void(int)>& fit);

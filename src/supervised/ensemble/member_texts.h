@@ -32,6 +32,9 @@ inline std::shared_ptr<Regression::IModelable> blankMember(const IRegressorMembe
 /// Members read the columns as the ensemble does. @throws ConstraintViolation where they would not.
 void requireSameFeatures(const FittedSchema& ensemble, const FittedSchema& member);
 
+/// Weights are divided by their sum. @throws ConstraintViolation
+void requireFiniteSum(const Vector& weights);
+
 template <class Members>
 void writeMembers(const Members& members, web::json::value& model) {
     std::vector<web::json::value> values;
@@ -59,6 +62,7 @@ void readMembers(Members& members, const FittedSchema& schema, const JSON::Membe
         requireSameFeatures(schema, member->schema);
         members.add(member, weights[m]);
     }
+    requireFiniteSum(weights);
 }
 
 }  // namespace Tessel::Ensemble

@@ -8,6 +8,7 @@
 #include "serialization/pmml/model_element.h"
 #include "serialization/pmml/values.h"
 #include "supervised/ensemble/fit_learners.h"
+#include "supervised/ensemble/member_texts.h"
 #include "supervised/ensemble/model.h"
 #include "supervised/learner_catalog.h"
 
@@ -161,12 +162,13 @@ void readSegments(Members& members, const FittedSchema& schema, WStringView meth
         if (!(members.weights.back() >= 0.0) || std::isinf(members.weights.back()))
             throw UnsupportedPMMLFormat("The weight of a segment is negative or not finite.");
     });
+    if (elements.empty()) throw UnsupportedPMMLFormat("There are no segments.");
+    requireFiniteSum(members.weights);
     fitLearners(static_cast<int>(elements.size()), {}, {}, [&](int m) {  // read by all threads
         const auto position = static_cast<std::size_t>(m);
         ModelReader memberReader{reader.fields, elements[position], reader.featureOfField, &schema, isWeighted};
         memberReader.readInto(*members.weakModels[position]);
     });
-    if (members.weakModels.empty()) throw UnsupportedPMMLFormat("There are no segments.");
 }
 
 }  // namespace

@@ -96,6 +96,22 @@ LearnerType ISearched<Modelable>::bestLearner() const {
 }
 
 template <class Modelable>
+StringVector ISearched<Modelable>::learnerNames() const {
+    StringVector names;
+    for (const auto& [type, model] : models) names.push_back(learnerName(kind_, type));
+    return names;
+}
+
+template <class Modelable>
+void ISearched<Modelable>::readMetrics(const JSON::Members& model) {
+    const web::json::value* const columns = model.find("metrics");
+    if (!columns) return;
+    DataFrame table = JSONModel::toNumericTable(*columns, "metrics", metrics.getName());
+    table.setRowNames(learnerNames());  // as many as there are models, or it is an error
+    metrics = std::move(table);
+}
+
+template <class Modelable>
 void ISearched<Modelable>::describeSearch(const WString& metric, StringVector& labels,
                                           StringVector& values) const {
     const auto add = [&](const WString& label, const WString& value) {
@@ -123,6 +139,7 @@ void ISearched<Modelable>::writeSearch(int metric, web::json::value& model) cons
     if (best_) set(model, L"bestLearner", JSON::fromText(learnerName(kind_, *best_)));
     if (learnerForScoring_)
         set(model, L"learnerForScoring", JSON::fromText(learnerName(kind_, *learnerForScoring_)));
+    if (metrics.getNumCols() > 0) set(model, L"metrics", JSONModel::fromNumericTable(metrics));
     set(model, L"fittingLog", JSONModel::fromStrings(log));
     std::vector<web::json::value> learners;
     for (const auto& [type, learner] : models) learners.push_back(learner->toJSONValue());

@@ -57,8 +57,8 @@ class ISearched {
     void describeSearch(const WString& metric, StringVector& labels, StringVector& values) const;
     void reportSearch(DataFrameVector& tables) const;
 
-    // The JSON members "metric", "bestLearner", "learnerForScoring" (both absent before the choice),
-    // "fittingLog" and "learners", the models as texts of their own.
+    // The JSON members "metric", "bestLearner", "metrics", "learnerForScoring" (all three absent before the
+    // choice), "fittingLog" and "learners", the models as texts of their own.
     void writeSearch(int metric, web::json::value& model) const;
     /// @param makeBlank  a model to read from, by its algorithm; null for one that is not offered.
     template <class MakeBlank>
@@ -66,6 +66,8 @@ class ISearched {
 
  private:
     void requireModels() const;
+    StringVector learnerNames() const;
+    void readMetrics(const JSON::Members& model);
 
     Kind kind_;
     std::optional<LearnerType> best_, learnerForScoring_;
@@ -77,18 +79,17 @@ WString ISearched<Modelable>::chooseBest(const WString& metric, bool isLargestBe
                                          Measure&& measure) {
     requireModels();
     std::vector<Vector> columns;
-    StringVector colNames, rowNames;
+    StringVector colNames;
     for (const auto& [type, model] : models) {
         const DataFrame measured = measure(*model);
         colNames = measured.getColNames();
         columns.resize(colNames.size());
         for (std::size_t i = 0; i < columns.size(); ++i)
             columns[i].push_back(measured(0, static_cast<int>(i)).toDouble());
-        rowNames.push_back(learnerName(kind_, type));
     }
     DataFrame table(L"Metrics");
     for (std::size_t i = 0; i < columns.size(); ++i) table.append(DataFrameColumn(colNames[i], columns[i]));
-    table.setRowNames(rowNames);
+    table.setRowNames(learnerNames());
 
     const Vector& values = columns[colNames.find(metric)];
     const int row = isLargestBest ? Util::maxIndex(values) : Util::minIndex(values);
@@ -120,6 +121,7 @@ int ISearched<Modelable>::readSearch(const JSON::Members& model, MakeBlank&& mak
     };
     readType("bestLearner", best_);
     readType("learnerForScoring", learnerForScoring_);
+    readMetrics(model);
     return JSON::toInteger(model.at("metric"), "metric");
 }
 

@@ -16,7 +16,9 @@ double weightedError(std::span<const double> weights, std::span<const int> isMis
 
 double learnerWeight(AdaBoostVariant variant, double error, int numClasses) {
     if (error == 0.0) return std::numeric_limits<double>::max();
-    const double logOdds = std::log(1.0 / error - 1.0);
+    // Below the smallest normal number the reciprocal overflows.
+    const double logOdds =
+        error < std::numeric_limits<double>::min() ? -std::log(error) : std::log(1.0 / error - 1.0);
     switch (variant) {
         case AdaBoostVariant::M1_FREUND:
             return 0.5 * logOdds;
@@ -29,9 +31,12 @@ double learnerWeight(AdaBoostVariant variant, double error, int numClasses) {
 }
 
 void reweight(std::span<double> weights, std::span<const int> isMissed, double alpha) {
-    const double factor = std::exp(alpha);
+    // Where that factor would overflow, the other weights are divided by it.
+    constexpr double kLargestAlpha = 700.0;
+    const bool growsMissed = alpha <= kLargestAlpha;
+    const double factor = std::exp(growsMissed ? alpha : -alpha);
     for (std::size_t i = 0; i < weights.size(); ++i)
-        if (isMissed[i] != 0) weights[i] *= factor;
+        if ((isMissed[i] != 0) == growsMissed) weights[i] *= factor;
     normalize(weights);
 }
 

@@ -102,6 +102,18 @@ TEST(AdaBoost, ReweightingMakesTheLastLearnerAGuess) {
     EXPECT_EQ(none, std::vector<double>(3, 0.0));
 }
 
+// An error so small that its reciprocal overflows, and the factor too; still the missed record gets half of
+// the weight. Numbers of this size have 40 bits.
+TEST(AdaBoost, TheSmallestErrorsHaveFiniteWeights) {
+    const double error = 0x1p-1034;
+    const double alpha = learnerWeight(AdaBoostVariant::M1_BREIMAN, error, 2);
+    EXPECT_NEAR(alpha, 1034.0 * 0.6931471805599453, 1e-12);
+    std::vector<double> weights{1.0, error};
+    reweight(weights, std::vector<int>{0, 1}, alpha);
+    EXPECT_NEAR(weights[0], 0.5, 0x1p-40);
+    EXPECT_NEAR(weights[1], 0.5, 0x1p-40);
+}
+
 /// Samples that learners saw, as multiplicities by learner and row.
 std::vector<Codes> bags(int numLearners, std::size_t numRows) {
     Random random(1);

@@ -119,9 +119,6 @@ StringVector parameterMembers(const Algorithm& algorithm, const EstimatorHandle&
     for (const Setting& setting : wishes.settings)
         if (setting.parameter.find(L'.') == WString::npos)
             add(parameterOf(parameters, algorithm, setting.parameter), setting.value);
-    // As with the setter of a prior probability, giving them means that they are to be used.
-    if (keys.exists(L"priorProb") && !keys.exists(L"priorProbMethod"))
-        add(parameterOf(parameters, algorithm, L"priorProbMethod"), L"EXPLICIT");
     if (wishes.seed)
         for (const ParameterInfo& parameter : parameters)
             if (lowerCase(parameter.key).ends_with(L"seed") && !keys.exists(parameter.key))

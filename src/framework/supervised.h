@@ -93,7 +93,7 @@ class IEstimator : public IEstimatable {
     /// True for families whose engine takes a resample as the multiplicities of rows; for others the rows
     /// are gathered.
     virtual bool takesMultiplicities() const { return false; }
-    /// What many fits on these features can share; null when there is nothing.
+    /// What many fits on these features can share; null when there is nothing. Infinite cells are refused.
     /// @param useAllRows  whether each of the fits is on every row, not on a resample.
     virtual std::unique_ptr<Preparation> prepare(const TrainingFeatures& /*features*/,
                                                  bool /*useAllRows*/) const {

@@ -1,9 +1,11 @@
 #include <cmath>
+#include <limits>
 
 #include <gtest/gtest.h>
 #include <omp.h>
 
 #include <tessel/bagging.h>
+#include <tessel/boosting.h>
 #include <tessel/data/util/random.h>
 #include <tessel/decision_tree.h>
 #include <tessel/evaluator/metrics.h>
@@ -206,6 +208,25 @@ TEST(Bagging, ASampleWithoutAClassIsAnError) {
         EXPECT_THROW(fit(50, seed), EnsembleSamplingMissedClass);
     }
     EXPECT_GT(numFits, 5);
+}
+
+TEST(Bagging, AnInfiniteCellIsAnErrorWhateverTheSampleDraws) {
+    LabelledTable data = labelledTable(60, 2);
+    data.features(17, L"first") = std::numeric_limits<double>::infinity();
+    for (int seed = 0; seed < 10; ++seed) {
+        Classification::Bagging::Estimator trees, bayes;
+        bayes.setBaseEstimator(Classification::NaiveBayes::Estimator());
+        for (auto* bagging : {&trees, &bayes})
+            EXPECT_THROW(
+                bagging->setNumWeakLearners(1).setBootstrapSeed(seed).fit(data.features, data.target),
+                ConstraintViolation);
+        EXPECT_THROW(Classification::Boosting::Estimator()
+                         .setBaseEstimator(Classification::NaiveBayes::Estimator())
+                         .setNumWeakLearners(1)
+                         .setResamplingSeed(seed)
+                         .fit(data.features, data.target),
+                     ConstraintViolation);
+    }
 }
 
 TEST(Bagging, ReportsItselfThenItsLearners) {

@@ -32,7 +32,7 @@ std::shared_ptr<IModelable> IEstimator::fitEngine(const TrainingSet& data) const
     const std::vector<std::int32_t>& classes = data.target.codes;
     const std::size_t numRows = classes.size(), numClasses = data.target.classes.size();
     const Learner weak = learner(0);
-    const auto preparation = weak->prepare(data.features, false);
+    const auto preparation = prepareLearners(data.features, false);
     auto model = std::make_shared<IModel>();
     model->algorithm = weak->ladonIdentity().algorithm;
 
@@ -77,7 +77,7 @@ IEstimatable::LadonIdentity IEstimator::ladonIdentity() const {
 std::shared_ptr<IModelable> IEstimator::fitEngine(const TrainingSet& data) const {
     const std::size_t numRows = data.target.size();
     const Learner weak = learner(0);
-    const auto preparation = weak->prepare(data.features, true);
+    const auto preparation = prepareLearners(data.features, true);
     auto model = std::make_shared<IModel>();
     model->algorithm = weak->ladonIdentity().algorithm;
     model->stepSize = stepSize.get();

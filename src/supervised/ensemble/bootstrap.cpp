@@ -64,7 +64,7 @@ void fitBootstrapped(const IClassifierEnsemble& estimator, const Classification:
     const int numRows = data.features.schema.numRows, numLearners = estimator.numWeakLearners.get();
     const StringVector& classes = data.target.classes;
     members.algorithm = estimator.learner(0)->ladonIdentity().algorithm;
-    const auto preparation = estimator.learner(0)->prepare(data.features, false);
+    const auto preparation = estimator.prepareLearners(data.features, false);
 
     constexpr std::size_t kMaxNumVotes = std::size_t{1} << 27;
     const bool isJudged = data.target.codes.size() <= kMaxNumVotes / classes.size();
@@ -99,7 +99,7 @@ void fitBootstrapped(const IRegressorEnsemble& estimator, const Regression::Trai
                      IRegressorMembers& members, IOutOfBag& outOfBag) {
     const int numRows = data.features.schema.numRows, numLearners = estimator.numWeakLearners.get();
     members.algorithm = estimator.learner(0)->ladonIdentity().algorithm;
-    const auto preparation = estimator.learner(0)->prepare(data.features, false);
+    const auto preparation = estimator.prepareLearners(data.features, false);
 
     Engine::Ensemble::OutOfBagMeans means(data.target);
     using Member = Fitted<Regression::IModelable, double>;

@@ -27,6 +27,15 @@ class IEnsembleOf : public Kind, public IParameters {
         return learner(0)->categoricalColumns(features);
     }
 
+    /// What the fits of the learners share, or null.
+    /// @throws ConstraintViolation for infinite cells, also for those that no resample has.
+    std::unique_ptr<Supervised::Preparation> prepareLearners(const TrainingFeatures& features,
+                                                             bool useAllRows) const {
+        auto preparation = learner(0)->prepare(features, useAllRows);
+        if (!preparation) requireFinite(features);  // what was prepared was looked at
+        return preparation;
+    }
+
     /// The weak learner to fit at a position of the ensemble.
     virtual Learner learner(int position) const = 0;
 };

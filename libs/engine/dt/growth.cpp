@@ -43,6 +43,14 @@ struct Split {
     bool exists() const { return gain > 0.0; }
 };
 
+/// What is looked at to split a node: each drawn feature has its candidate.
+struct Search {
+    Totals totals;
+    std::vector<std::int32_t> features;
+    std::vector<Candidate> candidates;
+    bool makesHistograms = false;
+};
+
 struct PendingSplit {
     OpenNode open;
     Split split;
@@ -67,8 +75,8 @@ class Grower {
  private:
     void growBestFirst(Tree& tree, const OpenNode& root, std::int64_t maxNumSplits);
     void growWhole(Tree& tree, const OpenNode& root);
-    void growDepthFirst(Tree& tree, OpenNode root, Scratch& scratch, std::size_t deferBelow,
-                        std::vector<OpenNode>* deferred);
+    std::vector<OpenNode> growLargeNodes(Tree& tree, const OpenNode& root, std::size_t minNumRecords);
+    void growDepthFirst(Tree& tree, const OpenNode& root, Scratch& scratch);
 
     void makeAllLists();
     void tell(std::size_t numRecords, bool isSettled);
@@ -79,6 +87,9 @@ class Grower {
     bool isSplittable(const Node& node, int level) const;
     std::vector<std::int32_t> drawFeatures(std::uint64_t position) const;
     Split findSplit(const Tree& tree, OpenNode& open, Scratch* own);
+    Search beginSearch(const Tree& tree, OpenNode& open) const;
+    void searchCandidate(Search& search, std::size_t i, const OpenNode& open, Scratch& scratch) const;
+    Split chooseSplit(const Tree& tree, const OpenNode& open, Search& search, Scratch& scratch);
     Candidate searchFeature(std::size_t feature, const OpenNode& open, const Totals& totals,
                             Scratch& scratch) const;
     double valueOf(std::uint32_t codeOrPosition, std::int32_t feature, const OpenNode& open) const;
@@ -86,6 +97,13 @@ class Grower {
     void partMembers(const OpenNode& open, std::uint32_t numLeft, std::vector<SortedRecord>& scratch);
     double gainOf(const Node& node, const double* classWeights, const Split& split) const;
     void applySplit(Tree& tree, const OpenNode& open, Split& split, Scratch* own, OpenNode children[2]);
+    void addChildren(Tree& tree, const OpenNode& open, Split& split, OpenNode children[2]) const;
+    bool isSplittable(const Tree& tree, const OpenNode& open) const {
+        return isSplittable(tree.nodes[static_cast<std::size_t>(open.node)], open.level);
+    }
+    void makeChildHistograms(const Tree& tree, const OpenNode& open, OpenNode children[2], Scratch* own);
+    void partList(const Tree& tree, std::size_t feature, const OpenNode& open, const OpenNode children[2],
+                  Scratch& scratch);
 
     /// Runs work(i, scratch) for i below n: by all threads when there is much to do and nobody gave memory of
     /// their own (a thread that grows a subtree does so).
@@ -242,15 +260,14 @@ void Grower::growBestFirst(Tree& tree, const OpenNode& root, std::int64_t maxNum
     }
 }
 
-/// Large nodes first, each by all threads; then the subtrees below them, each by one.
+/// Large nodes first, level by level, each level by all threads; then the subtrees below, each by one.
 void Grower::growWhole(Tree& tree, const OpenNode& root) {
     if (scratches_.size() == 1 || records_.size * features_.size() < kMinCellsInParallel) {
-        growDepthFirst(tree, root, scratches_[0], 0, nullptr);
+        growDepthFirst(tree, root, scratches_[0]);
         return;
     }
-    std::vector<OpenNode> deferred;
-    growDepthFirst(tree, root, scratches_[0],
-                   std::max<std::size_t>(64, records_.size / (4 * scratches_.size())), &deferred);
+    std::vector<OpenNode> deferred =
+        growLargeNodes(tree, root, std::max<std::size_t>(64, records_.size / (4 * scratches_.size())));
     std::stable_sort(deferred.begin(), deferred.end(),
                      [](const OpenNode& a, const OpenNode& b) { return a.end - a.begin > b.end - b.begin; });
     std::vector<Tree> subtrees(deferred.size());
@@ -264,35 +281,76 @@ void Grower::growWhole(Tree& tree, const OpenNode& root) {
             const double* classWeights = tree.classWeightsOf(open.node);
             subtrees[i].classWeights.assign(classWeights, classWeights + numClasses_);
             open.node = 0;
-            growDepthFirst(subtrees[i], open, scratches_[static_cast<std::size_t>(omp_get_thread_num())], 0,
-                           nullptr);
+            growDepthFirst(subtrees[i], open, scratches_[static_cast<std::size_t>(omp_get_thread_num())]);
         });
     carrier.rethrow();
     for (std::size_t i = 0; i < deferred.size(); ++i) graft(tree, deferred[i].node, subtrees[i]);
 }
 
-void Grower::growDepthFirst(Tree& tree, OpenNode root, Scratch& scratch, std::size_t deferBelow,
-                            std::vector<OpenNode>* deferred) {
-    Scratch* const own = deferred ? nullptr : &scratch;
+/// Returns the nodes that are left. The threads wait for each other twice a level rather than twice a node:
+/// where others use the machine too, waiting is what takes the time.
+std::vector<OpenNode> Grower::growLargeNodes(Tree& tree, const OpenNode& root, std::size_t minNumRecords) {
+    const std::size_t numFeatures = features_.size();
+    std::vector<OpenNode> left, level{root};
+    while (!level.empty()) {
+        std::vector<Search> searches;
+        for (OpenNode& open : level) {
+            tell(open.end - open.begin, false);
+            searches.push_back(beginSearch(tree, open));
+        }
+        const std::size_t numDrawn = searches[0].features.size();
+        forEachFeature(level.size() * numDrawn, minNumRecords, nullptr, [&](std::size_t i, Scratch& scratch) {
+            searchCandidate(searches[i / numDrawn], i % numDrawn, level[i / numDrawn], scratch);
+        });
+        std::vector<OpenNode> parents, children;  // two children a parent
+        std::vector<Split> splits;
+        for (std::size_t i = 0; i < level.size(); ++i) {
+            Split split = chooseSplit(tree, level[i], searches[i], scratches_[0]);
+            if (split.exists()) {
+                parents.push_back(std::move(level[i]));
+                splits.push_back(std::move(split));
+            } else {
+                tell(level[i].end - level[i].begin, true);
+            }
+        }
+        children.resize(2 * parents.size());
+        for (std::size_t i = 0; i < parents.size(); ++i) {
+            addChildren(tree, parents[i], splits[i], &children[2 * i]);
+            makeChildHistograms(tree, parents[i], &children[2 * i], nullptr);
+        }
+        forEachFeature(parents.size() * numFeatures, minNumRecords, nullptr,
+                       [&](std::size_t i, Scratch& scratch) {
+                           partList(tree, i % numFeatures, parents[i / numFeatures],
+                                    &children[2 * (i / numFeatures)], scratch);
+                       });
+        level.clear();
+        for (OpenNode& child : children) {
+            const std::size_t numRecords = child.end - child.begin;
+            if (!isSplittable(tree, child))
+                tell(numRecords, true);
+            else
+                (numRecords < minNumRecords ? left : level).push_back(std::move(child));
+        }
+    }
+    return left;
+}
+
+void Grower::growDepthFirst(Tree& tree, const OpenNode& root, Scratch& scratch) {
     std::vector<OpenNode> stack{root};
     while (!stack.empty()) {
         OpenNode open = std::move(stack.back());
         stack.pop_back();
-        if (deferred && open.end - open.begin < deferBelow) {
-            deferred->push_back(std::move(open));
-            continue;
-        }
         tell(open.end - open.begin, false);
-        Split split = findSplit(tree, open, own);
+        Split split = findSplit(tree, open, &scratch);
         if (!split.exists()) {
             tell(open.end - open.begin, true);
             continue;
         }
         OpenNode children[2];
-        applySplit(tree, open, split, own, children);
+        applySplit(tree, open, split, &scratch, children);
         for (const bool isLeft : {false, true}) {
             const OpenNode& child = children[isLeft ? 0 : 1];
-            if (isSplittable(tree.nodes[static_cast<std::size_t>(child.node)], child.level))
+            if (isSplittable(tree, child))
                 stack.push_back(child);
             else
                 tell(child.end - child.begin, true);
@@ -320,34 +378,48 @@ std::vector<std::int32_t> Grower::drawFeatures(std::uint64_t position) const {
 }
 
 Split Grower::findSplit(const Tree& tree, OpenNode& open, Scratch* own) {
+    Search search = beginSearch(tree, open);
+    forEachFeature(search.features.size(), open.end - open.begin, own,
+                   [&](std::size_t i, Scratch& scratch) { searchCandidate(search, i, open, scratch); });
+    return chooseSplit(tree, open, search, own ? *own : scratches_[0]);
+}
+
+/// Refers to the tree, which must not grow before the split is chosen.
+Search Grower::beginSearch(const Tree& tree, OpenNode& open) const {
     const Node& node = tree.nodes[static_cast<std::size_t>(open.node)];
-    const Totals totals{.numRecords = node.numRecords,
-                        .weight = node.weight,
-                        .mean = node.response,
-                        .classWeights = tree.classWeightsOf(open.node)};
-    const std::vector<std::int32_t> features = drawFeatures(open.position);
-    const std::size_t numRecords = open.end - open.begin;
-    std::vector<Candidate> candidates(features.size());
-    const bool makesHistograms = !open.histograms && wantsHistograms(numRecords);
-    if (makesHistograms)
+    Search search{.totals = {.numRecords = node.numRecords,
+                             .weight = node.weight,
+                             .mean = node.response,
+                             .classWeights = tree.classWeightsOf(open.node)},
+                  .features = drawFeatures(open.position),
+                  .candidates = {},
+                  .makesHistograms = !open.histograms && wantsHistograms(open.end - open.begin)};
+    search.candidates.resize(search.features.size());
+    if (search.makesHistograms)
         open.histograms = std::make_shared<std::vector<double>>(histogramBegins_.back(), 0.0);
-    forEachFeature(features.size(), numRecords, own, [&](std::size_t i, Scratch& scratch) {
-        if (makesHistograms) addToHistogram(i, open, *open.histograms);
-        candidates[i] = searchFeature(static_cast<std::size_t>(features[i]), open, totals, scratch);
-        candidates[i].feature = features[i];
-    });
+    return search;
+}
+
+void Grower::searchCandidate(Search& search, std::size_t i, const OpenNode& open, Scratch& scratch) const {
+    if (search.makesHistograms) addToHistogram(i, open, *open.histograms);
+    search.candidates[i] =
+        searchFeature(static_cast<std::size_t>(search.features[i]), open, search.totals, scratch);
+    search.candidates[i].feature = search.features[i];
+}
+
+Split Grower::chooseSplit(const Tree& tree, const OpenNode& open, Search& search, Scratch& scratch) {
     Split split;
-    for (Candidate& candidate : candidates)
+    for (Candidate& candidate : search.candidates)
         if (candidate.score > split.candidate.score) split.candidate = std::move(candidate);
     if (!split.candidate.exists()) return split;
 
-    split.middle = partRecords(open, split.candidate, own ? *own : scratches_[0]);
+    split.middle = partRecords(open, split.candidate, scratch);
     split.classWeights.resize(2 * numClasses_);
     const auto members = std::span<const std::uint32_t>(members_);
     summarizeChildren(records_, members.subspan(open.begin, split.middle - open.begin),
-                      members.subspan(split.middle, open.end - split.middle), totals, split.left, split.right,
-                      split.classWeights.data());
-    split.gain = gainOf(node, totals.classWeights, split);
+                      members.subspan(split.middle, open.end - split.middle), search.totals, split.left,
+                      split.right, split.classWeights.data());
+    split.gain = gainOf(tree.nodes[static_cast<std::size_t>(open.node)], search.totals.classWeights, split);
     return split;
 }
 
@@ -431,6 +503,15 @@ double Grower::gainOf(const Node& node, const double* classWeights, const Split&
 }
 
 void Grower::applySplit(Tree& tree, const OpenNode& open, Split& split, Scratch* own, OpenNode children[2]) {
+    addChildren(tree, open, split, children);
+    if (!isSplittable(tree, children[0]) && !isSplittable(tree, children[1])) return;
+    makeChildHistograms(tree, open, children, own);
+    forEachFeature(features_.size(), open.end - open.begin, own, [&](std::size_t feature, Scratch& scratch) {
+        partList(tree, feature, open, children, scratch);
+    });
+}
+
+void Grower::addChildren(Tree& tree, const OpenNode& open, Split& split, OpenNode children[2]) const {
     const auto left = static_cast<std::int32_t>(tree.nodes.size());
     const FeatureLists& splitLists = features_[static_cast<std::size_t>(split.candidate.feature)];
     {
@@ -453,19 +534,23 @@ void Grower::applySplit(Tree& tree, const OpenNode& open, Split& split, Scratch*
 
     children[0] = {left, open.begin, split.middle, open.level + 1, childPosition(open.position, false)};
     children[1] = {left + 1, split.middle, open.end, open.level + 1, childPosition(open.position, true)};
-    const bool keepLeft = isSplittable(split.left, open.level + 1);
-    const bool keepRight = isSplittable(split.right, open.level + 1);
-    if (!keepLeft && !keepRight) return;
-    const bool isLeftSmaller = split.middle - open.begin < open.end - split.middle;
-    if (isLeftSmaller ? keepRight : keepLeft)
-        makeHistograms(open, children[isLeftSmaller ? 0 : 1], children[isLeftSmaller ? 1 : 0], own);
-    const std::size_t numRecords = open.end - open.begin;
-    forEachFeature(features_.size(), numRecords, own, [&](std::size_t feature, Scratch& scratch) {
-        FeatureLists& lists = features_[feature];
-        if (lists.form != FeatureLists::Form::SORTED || &lists == &splitLists) return;
-        part(std::span(lists.sorted).subspan(open.begin, numRecords), split.middle - open.begin, goesLeft_,
-             keepLeft, keepRight, scratch.moved);
-    });
+}
+
+void Grower::makeChildHistograms(const Tree& tree, const OpenNode& open, OpenNode children[2], Scratch* own) {
+    const std::size_t larger =
+        children[0].end - children[0].begin < children[1].end - children[1].begin ? 1 : 0;
+    if (isSplittable(tree, children[larger]))
+        makeHistograms(open, children[1 - larger], children[larger], own);
+}
+
+/// Parts the sorted list of a feature as the records of a split node were.
+void Grower::partList(const Tree& tree, std::size_t feature, const OpenNode& open, const OpenNode children[2],
+                      Scratch& scratch) {
+    FeatureLists& lists = features_[feature];
+    const Node& node = tree.nodes[static_cast<std::size_t>(open.node)];
+    if (lists.form != FeatureLists::Form::SORTED || feature == static_cast<std::size_t>(node.feature)) return;
+    part(std::span(lists.sorted).subspan(open.begin, open.end - open.begin), children[0].end - open.begin,
+         goesLeft_, isSplittable(tree, children[0]), isSplittable(tree, children[1]), scratch.moved);
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include <tessel/framework/ladon.h>
 
+#include "data/json_text.h"
+
 namespace Tessel::Ladon {
 
 namespace Keyword {
@@ -84,5 +86,21 @@ const WString TEXT_MINING = L"textMining";
 const WString CLUSTERING = L"clustering";
 const WString TIME_SERIES = L"timeSeries";
 }  // namespace TaskKind
+
+WString Reporter::toLadon(const DataFrameVector& tables) {
+    WString text = L"{";
+    JSON::appendString(text, Keyword::ACTION_EVALUATIONS);
+    text += L":";
+    JSON::appendArray(text, tables, [](WString& json, const DataFrame& table) {
+        json += L"{";
+        JSON::appendString(json, Keyword::EVALUATION_HEADER);
+        json += L":";
+        JSON::appendString(json, table.getName());
+        json += L",";
+        JSON::appendString(json, Keyword::EVALUATION_DATAFRAME);
+        json += L":" + table.toJson() + L"}";
+    });
+    return text + L"}";
+}
 
 }  // namespace Tessel::Ladon

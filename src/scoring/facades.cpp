@@ -13,9 +13,9 @@ namespace Tessel::Scoring {
 // ---- what all facades share
 
 Facade::Facade(std::unique_ptr<IFacade> implementation) : implementation_(std::move(implementation)) {}
-Facade::Facade(const Facade& other) : implementation_(std::make_unique<IFacade>(*other.implementation_)) {}
+Facade::Facade(const Facade& other) : implementation_(other.implementation_->clone()) {}
 Facade& Facade::operator=(const Facade& other) {
-    implementation_ = std::make_unique<IFacade>(*other.implementation_);
+    implementation_ = other.implementation_->clone();
     return *this;
 }
 Facade::~Facade() = default;
@@ -51,8 +51,7 @@ WString Facade::toLadon() const { return implementation_->model().implementation
 
 // ---- Predictor, Classifier
 
-Predictor::Predictor() : Predictor(std::make_unique<IFacade>(Audience::PREDICTOR)) {}
-Predictor::Predictor(std::unique_ptr<IFacade> implementation) : Facade(std::move(implementation)) {}
+Predictor::Predictor() : Facade(std::make_unique<IPredictor>()) {}
 
 DataFrame Predictor::predict(const DataFrame& features) const {
     const Loaded& model = as<IFacade>().model();
@@ -112,7 +111,7 @@ double Classifier::getSuccessProbability() const {
 
 // ---- Forecaster
 
-Forecaster::Forecaster() : Facade(std::make_unique<IFacade>(Audience::FORECASTER)) {}
+Forecaster::Forecaster() : Facade(std::make_unique<IForecaster>()) {}
 
 namespace {
 
@@ -139,20 +138,20 @@ DataFrame Forecaster::transform(const DataFrameColumn& series) const {
 }
 Forecaster& Forecaster::setNumForecasts(int count) {
     if (count < 1) throw ValueOutOfRange("#Forecasts", 1, std::numeric_limits<int>::max());
-    numForecasts_ = count;
+    as<IForecaster>().numForecasts = count;
     return *this;
 }
-int Forecaster::getNumForecasts() const { return numForecasts_; }
+int Forecaster::getNumForecasts() const { return as<IForecaster>().numForecasts; }
 Forecaster& Forecaster::setConfidenceLevel(double level) {
     if (!(level > 0.0 && level < 1.0)) throw ValueOutOfRange("Confidence level", 0.0, 1.0);
-    confidenceLevel_ = level;
+    as<IForecaster>().confidenceLevel = level;
     return *this;
 }
-double Forecaster::getConfidenceLevel() const { return confidenceLevel_; }
+double Forecaster::getConfidenceLevel() const { return as<IForecaster>().confidenceLevel; }
 
 // ---- Transformer
 
-Transformer::Transformer() : Facade(std::make_unique<IFacade>(Audience::TRANSFORMER)) {}
+Transformer::Transformer() : Facade(std::make_unique<ITransformer>()) {}
 
 DataFrame Transformer::transform(const DataFrame& table) const {
     const Loaded& model = as<IFacade>().model();
@@ -162,7 +161,7 @@ DataFrame Transformer::transform(const DataFrame& table) const {
 
 // ---- Clusterizer
 
-Clusterizer::Clusterizer() : Facade(std::make_unique<IFacade>(Audience::PREDICTOR)) {}
+Clusterizer::Clusterizer() : Facade(std::make_unique<IClusterizer>()) {}
 
 DataFrame Clusterizer::predict(const DataFrame& table) const {
     const Loaded& model = as<IFacade>().model();
@@ -175,9 +174,9 @@ DataFrame Clusterizer::predict() const {
 }
 Clusterizer& Clusterizer::setNumClusters(int count) {
     if (count < 1) throw ValueOutOfRange("#Clusters", 1, std::numeric_limits<int>::max());
-    numClusters_ = count;
+    as<IClusterizer>().numClusters = count;
     return *this;
 }
-int Clusterizer::getNumClusters() const { return numClusters_; }
+int Clusterizer::getNumClusters() const { return as<IClusterizer>().numClusters; }
 
 }  // namespace Tessel::Scoring

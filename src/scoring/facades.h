@@ -14,6 +14,7 @@ namespace Tessel::Scoring {
 class IFacade : public IIdentifiable {
  public:
     explicit IFacade(Audience audience) : IIdentifiable(L""), audience_(audience) {}
+    virtual std::unique_ptr<IFacade> clone() const = 0;
 
     void fromPMMLString(WString text);
     /// The same for a text that is parsed already.
@@ -31,6 +32,35 @@ class IFacade : public IIdentifiable {
 
     Audience audience_;
     std::shared_ptr<const Loaded> model_;
+};
+
+class IPredictor : public IFacade {
+ public:
+    IPredictor() : IFacade(Audience::PREDICTOR) {}
+    std::unique_ptr<IFacade> clone() const override { return std::make_unique<IPredictor>(*this); }
+};
+
+class IForecaster : public IFacade {
+ public:
+    IForecaster() : IFacade(Audience::FORECASTER) {}
+    std::unique_ptr<IFacade> clone() const override { return std::make_unique<IForecaster>(*this); }
+
+    int numForecasts = 1;
+    double confidenceLevel = 0.95;
+};
+
+class ITransformer : public IFacade {
+ public:
+    ITransformer() : IFacade(Audience::TRANSFORMER) {}
+    std::unique_ptr<IFacade> clone() const override { return std::make_unique<ITransformer>(*this); }
+};
+
+class IClusterizer : public IFacade {
+ public:
+    IClusterizer() : IFacade(Audience::PREDICTOR) {}
+    std::unique_ptr<IFacade> clone() const override { return std::make_unique<IClusterizer>(*this); }
+
+    int numClusters = 0;
 };
 
 }  // namespace Tessel::Scoring

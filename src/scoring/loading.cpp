@@ -44,7 +44,9 @@ void IFacade::fromPMML(const PMML::Document& document) {
     PMML::translatingErrors([&] {
         const PMML::Node* const element = document.getModelNode();
         if (!element)
-            throw UnsupportedPMMLFormat("There is no model element of the name that the header describes.");
+            throw UnsupportedPMMLFormat(
+                "Unable to parse PMML model. There is no model element of the name that the header "
+                "describes.");
         const CatalogRow& row = rowOfPMML(audience_, WStringView(element->name(), element->name_size()),
                                           document.getAlgorithmName(), document.getFunctionName());
         const auto implementation = row.makeBlank();

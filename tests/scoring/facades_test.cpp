@@ -196,6 +196,28 @@ TEST(Facades, ManyThreadsScoreWithOneModelAtOnce) {
     }
 }
 
+TEST(Facades, SettingsBelongToEachCopy) {
+    Scoring::Forecaster forecaster;
+    forecaster.setNumForecasts(7).setConfidenceLevel(0.8);
+    Scoring::Forecaster copy = forecaster;
+    copy.setNumForecasts(3);
+    EXPECT_EQ(forecaster.getNumForecasts(), 7);
+    EXPECT_EQ(copy.getNumForecasts(), 3);
+    EXPECT_EQ(copy.getConfidenceLevel(), 0.8);
+    EXPECT_EQ(Scoring::Clusterizer().getNumClusters(), 0);
+}
+
+TEST(Facades, ReportsBecomeEvaluations) {
+    const DataFrameVector tables = tree().toDataFrameVector();
+    const WString text = Ladon::Reporter::toLadon(tables);
+    const WString head = L"{\"evaluations\":[{\"header\":\"Model: Classification Tree\",\"dataFrame\":{";
+    EXPECT_EQ(text.substr(0, head.size()), head);
+    DataFrame first;
+    const std::size_t begin = head.size() - 1, end = text.find(L"},{\"header\"");
+    first.fromJsonString(text.substr(begin, end - begin));
+    EXPECT_EQ(first.toJson(), tables[0].toJson());
+}
+
 TEST(Facades, CopiesShareAndNamesAreTheirOwn) {
     Predictor predictor;
     predictor.fromPMMLString(tree().toPMML());

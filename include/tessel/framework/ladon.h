@@ -1,5 +1,6 @@
 #pragma once
 
+#include <tessel/data/data_frame_vector.h>
 #include <tessel/data/types.h>
 
 /// `Ladon`, the JSON-based language that describes a data-mining task: an estimator or transformer with its
@@ -122,6 +123,13 @@ class TESSEL_API Importable {
     static bool isClusterizer(const WString& text);
     static bool isForecaster(const WString& text);
     static bool isTransformer(const WString& text);
+};
+
+/// Writes report tables as the evaluation block of a `Ladon` text: {"evaluations": [{"header": title,
+/// "dataFrame": table}, ...]}, tables as `DataFrame::toJson` writes them.
+class TESSEL_API Reporter {
+ public:
+    static WString toLadon(const DataFrameVector& tables);
 };
 
 }  // namespace Tessel::Ladon

@@ -86,9 +86,6 @@ class TESSEL_API Predictor : public Facade {
     const WString& getTargetColName() const;
     /// The scaling of inputs that the text contains, null when it has none. `predict` applies it itself.
     std::shared_ptr<Scaler::Model> getScaler() const;
-
- protected:
-    explicit Predictor(std::unique_ptr<IFacade> implementation);
 };
 
 /// Predictions and probabilities of classifiers. Loads what a `Predictor` loads; what only classifiers can do
@@ -123,10 +120,6 @@ class TESSEL_API Forecaster : public Facade {
     /// In (0, 1), default 0.95. @throws ValueOutOfRange
     Forecaster& setConfidenceLevel(double level);
     double getConfidenceLevel() const;
-
- private:
-    int numForecasts_ = 1;
-    double confidenceLevel_ = 0.95;
 };
 
 /// Transformations of tables.
@@ -151,9 +144,6 @@ class TESSEL_API Clusterizer : public Facade {
     Clusterizer& setNumClusters(int count);
     /// 0 while nothing was set.
     int getNumClusters() const;
-
- private:
-    int numClusters_ = 0;
 };
 
 }  // namespace Scoring

@@ -166,7 +166,8 @@ void readSegments(Members& members, const FittedSchema& schema, WStringView meth
     requireFiniteSum(members.weights);
     fitLearners(static_cast<int>(elements.size()), {}, {}, [&](int m) {  // read by all threads
         const auto position = static_cast<std::size_t>(m);
-        ModelReader memberReader{reader.fields, elements[position], reader.featureOfField, &schema, isWeighted};
+        ModelReader memberReader{reader.fields, elements[position], reader.featureOfField, &schema,
+                                 isWeighted};
         memberReader.readInto(*members.weakModels[position]);
     });
 }

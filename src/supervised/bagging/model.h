@@ -8,26 +8,13 @@ namespace Classification::Bagging {
 
 inline constexpr wchar_t kModelName[] = L"Bagging for Classification";
 
-class IModel : public Ensemble::IClassifier, public Ensemble::IOutOfBag {
+class IModel : public Ensemble::IBootstrapped<Ensemble::IClassifier> {
  public:
-    IModel() : IClassifier(kModelName) {}
+    IModel() : IBootstrapped(kModelName) {}
 
     const ModelType& type() const override;
     const wchar_t* multipleModelMethod() const override { return L"majorityVote"; }
     std::shared_ptr<Supervised::IModelable> blank() const override { return std::make_shared<IModel>(); }
-
- protected:
-    using IClassifier::readBody;
-    using IClassifier::writeBody;
-    void writeBody(web::json::value& model) const override {
-        IClassifier::writeBody(model);
-        writeOutOfBag(model);
-    }
-    void readBody(const JSON::Members& model) override {
-        IClassifier::readBody(model);
-        readOutOfBag(model);
-    }
-    void reportFamily(DataFrameVector& tables) const override { reportOutOfBag(tables); }
 };
 
 }  // namespace Classification::Bagging
@@ -36,26 +23,13 @@ namespace Regression::Bagging {
 
 inline constexpr wchar_t kModelName[] = L"Bagging for Regression";
 
-class IModel : public Ensemble::IRegressor, public Ensemble::IOutOfBag {
+class IModel : public Ensemble::IBootstrapped<Ensemble::IRegressor> {
  public:
-    IModel() : IRegressor(kModelName) {}
+    IModel() : IBootstrapped(kModelName) {}
 
     const ModelType& type() const override;
     const wchar_t* multipleModelMethod() const override { return L"average"; }
     std::shared_ptr<Supervised::IModelable> blank() const override { return std::make_shared<IModel>(); }
-
- protected:
-    using IRegressor::readBody;
-    using IRegressor::writeBody;
-    void writeBody(web::json::value& model) const override {
-        IRegressor::writeBody(model);
-        writeOutOfBag(model);
-    }
-    void readBody(const JSON::Members& model) override {
-        IRegressor::readBody(model);
-        readOutOfBag(model);
-    }
-    void reportFamily(DataFrameVector& tables) const override { reportOutOfBag(tables); }
 };
 
 }  // namespace Regression::Bagging

@@ -94,6 +94,27 @@ class IRegressor : public Regression::IModelable, public IRegressorMembers {
     void readBody(const JSON::Members& model) override;
 };
 
+/// A fitted ensemble of bootstrap samples: its JSON text and its report have the out-of-bag error too.
+/// @tparam Base  IClassifier or IRegressor
+template <class Base>
+class IBootstrapped : public Base, public IOutOfBag {
+ public:
+    using Base::Base;
+
+ protected:
+    using Base::readBody;
+    using Base::writeBody;
+    void writeBody(web::json::value& model) const override {
+        Base::writeBody(model);
+        writeOutOfBag(model);
+    }
+    void readBody(const JSON::Members& model) override {
+        Base::readBody(model);
+        readOutOfBag(model);
+    }
+    void reportFamily(DataFrameVector& tables) const override { reportOutOfBag(tables); }
+};
+
 extern template class IMembersOf<Classification::IModelable>;
 extern template class IMembersOf<Regression::IModelable>;
 

@@ -8,9 +8,9 @@ namespace Classification::RandomTrees {
 
 inline constexpr wchar_t kModelName[] = L"Random Trees for Classification";
 
-class IModel : public Ensemble::IClassifier, public Ensemble::IOutOfBag {
+class IModel : public Ensemble::IBootstrapped<Ensemble::IClassifier> {
  public:
-    IModel() : IClassifier(kModelName) {}
+    IModel() : IBootstrapped(kModelName) {}
 
     const ModelType& type() const override;
     const wchar_t* multipleModelMethod() const override { return L"majorityVote"; }
@@ -18,16 +18,6 @@ class IModel : public Ensemble::IClassifier, public Ensemble::IOutOfBag {
     DataFrame featuresImportance() const;
 
  protected:
-    using IClassifier::readBody;
-    using IClassifier::writeBody;
-    void writeBody(web::json::value& model) const override {
-        IClassifier::writeBody(model);
-        writeOutOfBag(model);
-    }
-    void readBody(const JSON::Members& model) override {
-        IClassifier::readBody(model);
-        readOutOfBag(model);
-    }
     void reportFamily(DataFrameVector& tables) const override;
 };
 
@@ -37,9 +27,9 @@ namespace Regression::RandomTrees {
 
 inline constexpr wchar_t kModelName[] = L"Random Trees for Regression";
 
-class IModel : public Ensemble::IRegressor, public Ensemble::IOutOfBag {
+class IModel : public Ensemble::IBootstrapped<Ensemble::IRegressor> {
  public:
-    IModel() : IRegressor(kModelName) {}
+    IModel() : IBootstrapped(kModelName) {}
 
     const ModelType& type() const override;
     const wchar_t* multipleModelMethod() const override { return L"average"; }
@@ -47,16 +37,6 @@ class IModel : public Ensemble::IRegressor, public Ensemble::IOutOfBag {
     DataFrame featuresImportance() const;
 
  protected:
-    using IRegressor::readBody;
-    using IRegressor::writeBody;
-    void writeBody(web::json::value& model) const override {
-        IRegressor::writeBody(model);
-        writeOutOfBag(model);
-    }
-    void readBody(const JSON::Members& model) override {
-        IRegressor::readBody(model);
-        readOutOfBag(model);
-    }
     void reportFamily(DataFrameVector& tables) const override;
 };
 

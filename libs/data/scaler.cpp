@@ -8,6 +8,7 @@
 #include <limits>
 
 #include "data/util/compensated_sum.h"
+#include "data/util/interleaved_sum.h"
 
 namespace Tessel::Engine::Scaler {
 namespace {
@@ -30,18 +31,10 @@ void forEachBlock(Values values, Use use) {
         use(values.subspan(start, std::min(kBlockSize, values.size() - start)));
 }
 
-/// The sum of term(value) over a block, interleaved in four lanes on every machine: processors add several at
-/// once.
+/// The sum of term(value) over a block.
 template <class Term>
 double sumOf(Values block, Term term) {
-    constexpr std::size_t numLanes = 4;
-    double lanes[numLanes] = {};
-    const std::size_t numWhole = block.size() / numLanes * numLanes;
-    for (std::size_t i = 0; i < numWhole; i += numLanes)
-        for (std::size_t lane = 0; lane < numLanes; ++lane) lanes[lane] += term(block[i + lane]);
-    double rest = 0.0;
-    for (std::size_t i = numWhole; i < block.size(); ++i) rest += term(block[i]);
-    return ((lanes[0] + lanes[1]) + (lanes[2] + lanes[3])) + rest;
+    return Numeric::interleavedSum<4>(block.size(), [&](std::size_t i) { return term(block[i]); });
 }
 
 /// map(value) of a block's values, 0 for missing ones.

@@ -7,6 +7,7 @@
 
 #include <omp.h>
 
+#include "data/util/interleaved_sum.h"
 #include "engine/nb/naive_bayes.h"
 
 namespace Tessel::Engine::NB {
@@ -14,8 +15,6 @@ namespace {
 
 /// Rows are taken in blocks whose cells of one column stay in the first-level cache for the second pass.
 constexpr std::size_t kBlockRows = 2048;
-/// Sums run in this many interleaved parts: adding is then not bound by latency, in an order of its own.
-constexpr std::size_t kLanes = 8;
 /// Cells below which starting threads costs more than it gains.
 constexpr std::size_t kParallelCells = 100'000;
 
@@ -58,14 +57,10 @@ ClassRuns sortByClass(std::span<const std::int32_t> classes, std::size_t numClas
     return sorted;
 }
 
+/// Eight parts hide the latency of the additions.
 template <class Term>
-double sum(std::size_t count, Term term) {
-    std::array<double, kLanes> lanes{};
-    std::size_t i = 0;
-    for (; i + kLanes <= count; i += kLanes)
-        for (std::size_t lane = 0; lane < kLanes; ++lane) lanes[lane] += term(i + lane);
-    for (std::size_t lane = 0; i < count; ++lane, ++i) lanes[lane] += term(i);
-    return ((lanes[0] + lanes[1]) + (lanes[2] + lanes[3])) + ((lanes[4] + lanes[5]) + (lanes[6] + lanes[7]));
+double sum(std::size_t count, Term&& term) {
+    return Numeric::interleavedSum<8>(count, term);
 }
 
 /// The mean is kept as an exact value of the data and a small rest, so that merging loses no digits where

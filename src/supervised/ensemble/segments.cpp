@@ -164,7 +164,7 @@ void readSegments(Members& members, const FittedSchema& schema, WStringView meth
     });
     if (elements.empty()) throw UnsupportedPMMLFormat("There are no segments.");
     requireFiniteSum(members.weights);
-    fitLearners(static_cast<int>(elements.size()), {}, {}, [&](int m) {  // read by all threads
+    fitLearners(static_cast<int>(elements.size()), {}, {}, [&](int m, const Progress&) {  // by all threads
         const auto position = static_cast<std::size_t>(m);
         ModelReader memberReader{reader.fields, elements[position], reader.featureOfField, &schema,
                                  isWeighted};
@@ -179,11 +179,7 @@ void IClassifier::writeBody(ModelWriter& writer) const {
 }
 void IClassifier::readBody(const ModelReader& reader) {
     readSegments(*this, schema, multipleModelMethod(), reader);
-    // Members may know fewer classes, none that the ensemble does not.
-    for (const auto& member : weakModels)
-        for (const WString& label : member->classSchema.classes)
-            if (!classSchema.classes.exists(label))
-                throw UnsupportedPMMLFormat(Convert::toUtf8Lossy(label) + " is no class of the ensemble.");
+    requireKnownClasses(*this, classSchema.classes);
 }
 void IRegressor::writeBody(ModelWriter& writer) const { writeSegments(*this, multipleModelMethod(), writer); }
 void IRegressor::readBody(const ModelReader& reader) {

@@ -173,7 +173,8 @@ std::shared_ptr<IModelable> IEstimator::fit(const DataFrame& features, const Dat
 std::shared_ptr<IModelable> IEstimator::fitResample(const TrainingFeatures& features,
                                                     const ClassTarget& target,
                                                     const Supervised::Resample& resample,
-                                                    const Supervised::Preparation* preparation) const {
+                                                    const Supervised::Preparation* preparation,
+                                                    const Progress& progress) const {
     const auto classOf = [&](std::int32_t row) {
         return static_cast<std::size_t>(target.codes[static_cast<std::size_t>(row)]);
     };
@@ -188,20 +189,25 @@ std::shared_ptr<IModelable> IEstimator::fitResample(const TrainingFeatures& feat
         return model;
     };
     if (resample.rows.empty())
-        return fitOn({features, target, priors(target.classes, classSizes(target, {})), {}, preparation},
-                     target.counts, 0);
+        return fitOn(
+            {features, target, priors(target.classes, classSizes(target, {})), {}, preparation, progress},
+            target.counts, 0);
     if (takesMultiplicities()) {
         std::vector<double> counts(target.classes.size(), 0.0);
         for (const std::int32_t row : resample.rows) counts[classOf(row)] += 1.0;
         return fitOn({features, target, priors(target.classes, classSizes(target, resample.multiplicities)),
-                      resample.multiplicities, preparation},
+                      resample.multiplicities, preparation, progress},
                      std::move(counts), resample.rows.front());
     }
     const TrainingFeatures drawnFeatures = selectRows(features, resample.rows);
     const ClassTarget drawnTarget = selectRows(target, resample.rows);
-    return fitOn(
-        {drawnFeatures, drawnTarget, priors(target.classes, classSizes(drawnTarget, {})), {}, nullptr},
-        drawnTarget.counts, resample.rows.front());
+    return fitOn({drawnFeatures,
+                  drawnTarget,
+                  priors(target.classes, classSizes(drawnTarget, {})),
+                  {},
+                  nullptr,
+                  progress},
+                 drawnTarget.counts, resample.rows.front());
 }
 
 /// Adds what all classifiers know of their training data.

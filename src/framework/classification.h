@@ -110,7 +110,8 @@ class IEstimator : public Supervised::IEstimator, public PriorProbability::IAdmi
     /// @param preparation  what `prepare` made of the features, or null.
     std::shared_ptr<IModelable> fitResample(const TrainingFeatures& features, const ClassTarget& target,
                                             const Supervised::Resample& resample,
-                                            const Supervised::Preparation* preparation) const;
+                                            const Supervised::Preparation* preparation,
+                                            const Progress& progress) const;
     /// Checks of the parameters against the classes. @throws InvalidSuccessLabel, errors of priors
     virtual void validateClasses(const ClassTarget& target) const;
 

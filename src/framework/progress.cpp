@@ -13,10 +13,10 @@ std::function<void(double)> Progress::watch(const WString& activity) const {
     return [this, activity](double shareDone) { report(shareDone, activity); };
 }
 
-Progress Progress::part(double begin, double end) const {
+Progress Progress::part(double begin, double end, const WString& activity) const {
     if (!callback_) return {};
-    return Progress([whole = callback_, begin, end](double shareDone, const WString& activity) {
-        return whole(begin + shareDone * (end - begin), activity);
+    return Progress([whole = callback_, begin, end, activity](double shareDone, const WString& ofStep) {
+        return whole(begin + shareDone * (end - begin), activity.empty() ? ofStep : activity);
     });
 }
 

@@ -14,7 +14,8 @@ class Progress {
     /// To be called by the thread that called `fit`. @throws FitCancelled
     void report(double shareDone, const WString& activity) const;
     /// The progress of one step of several, which take up the shares from `begin` to `end`.
-    Progress part(double begin, double end) const;
+    /// @param activity  what to tell of the step whatever itself tells; empty for that.
+    Progress part(double begin, double end, const WString& activity = {}) const;
 
     /// For engines, which tell shares only; empty when nobody watches. It refers to this object.
     std::function<void(double)> watch(const WString& activity) const;

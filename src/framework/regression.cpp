@@ -55,15 +55,16 @@ std::shared_ptr<IModelable> IEstimator::fit(const DataFrame& features, const Dat
 std::shared_ptr<IModelable> IEstimator::fitResample(const TrainingFeatures& features,
                                                     std::span<const double> target,
                                                     const Supervised::Resample& resample,
-                                                    const Supervised::Preparation* preparation) const {
+                                                    const Supervised::Preparation* preparation,
+                                                    const Progress& progress) const {
     std::shared_ptr<IModelable> model;
     if (resample.rows.empty() || takesMultiplicities()) {
-        model = fitEngine({features, target, resample.multiplicities, preparation});
+        model = fitEngine({features, target, resample.multiplicities, preparation, progress});
     } else {
         std::vector<double> drawn;
         drawn.reserve(resample.rows.size());
         for (const std::int32_t row : resample.rows) drawn.push_back(target[static_cast<std::size_t>(row)]);
-        model = fitEngine({selectRows(features, resample.rows), drawn});
+        model = fitEngine({selectRows(features, resample.rows), drawn, {}, nullptr, progress});
     }
     model->setName(getName());
     model->schema = features.schema;

@@ -56,7 +56,8 @@ class IEstimator : public Supervised::IEstimator {
     /// @param preparation  what `prepare` made of the features, or null.
     std::shared_ptr<IModelable> fitResample(const TrainingFeatures& features, std::span<const double> target,
                                             const Supervised::Resample& resample,
-                                            const Supervised::Preparation* preparation) const;
+                                            const Supervised::Preparation* preparation,
+                                            const Progress& progress) const;
 
  protected:
     /// Fits the family's engine. Infinite numbers among the features are still in the data: the family

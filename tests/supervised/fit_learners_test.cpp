@@ -19,7 +19,8 @@ TEST(FitLearners, FitsEachOnceWhateverTheNumberOfThreads) {
         omp_set_num_threads(numThreads);
         for (const int count : {1, 2, 100}) {
             std::vector<std::atomic<int>> numFits(static_cast<std::size_t>(count));
-            fitLearners(count, {}, L"Test", [&](int m) { ++numFits[static_cast<std::size_t>(m)]; });
+            fitLearners(count, {}, L"Test",
+                        [&](int m, const Progress&) { ++numFits[static_cast<std::size_t>(m)]; });
             for (const std::atomic<int>& number : numFits) EXPECT_EQ(number, 1);
         }
     }
@@ -33,7 +34,7 @@ TEST(FitLearners, TheErrorIsThatOfTheFirstLearnerThatFails) {
         for (int run = 0; run < 200; ++run) {
             const int first = run % 20;
             try {
-                fitLearners(1000000000, {}, L"Test", [&](int m) {
+                fitLearners(1000000000, {}, L"Test", [&](int m, const Progress&) {
                     if (m == first || m % 7 == 6) throw std::runtime_error(std::to_string(m));
                 });
                 FAIL();

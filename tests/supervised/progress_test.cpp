@@ -91,6 +91,27 @@ TEST(Progress, EveryFitCanBeWatchedAndStopped) {
     EXPECT_EQ(watched.activities[1], L"Random Trees for Classification: Weak Learner 1");
 }
 
+TEST(Progress, OneLongLearnerOfAnEnsembleIsWatchedAndStopped) {
+    const LabelledTable data = labelledTable(400, 3), numbers = numericTable(400);
+    const auto expect = [](auto estimator, const LabelledTable& table, const WString& learner) {
+        estimator.setNumWeakLearners(2);
+        const Watched watched = watch(estimator, table);
+        const auto numOfSecond = std::count(watched.activities.begin(), watched.activities.end(), learner);
+        EXPECT_GE(numOfSecond, 4) << std::string(learner.begin(), learner.end());
+        EXPECT_TRUE(std::is_sorted(watched.shares.begin(), watched.shares.end()));
+        estimator.setProgressCallback([](double share, const WString&) { return share <= 0.5; });
+        EXPECT_THROW(estimator.fit(table.features, table.target), FitCancelled);
+    };
+    const int before = omp_get_max_threads();
+    omp_set_num_threads(1);
+    expect(Classification::Bagging::Estimator(), data, L"Bagging for Classification: Weak Learner 2");
+    expect(Classification::Bagging::Estimator().setBaseEstimator(Classification::NaiveBayes::Estimator()),
+           data, L"Bagging for Classification: Weak Learner 2");
+    expect(Regression::RandomTrees::Estimator(), numbers, L"Random Trees for Regression: Weak Learner 2");
+    expect(Regression::Boosting::Estimator(), numbers, L"Boosting for Regression: Weak Learner 2");
+    omp_set_num_threads(before);
+}
+
 TEST(Progress, SearchesTellOfTheirLearnersAndStopWithThem) {
     const LabelledTable data = labelledTable(100, 2);
     auto search = Classification::FindBestModel::Estimator()

@@ -40,14 +40,16 @@ std::shared_ptr<IModelable> IEstimator::fitEngine(const TrainingSet& data) const
     std::vector<std::int32_t> predicted(numRows);
     std::vector<int> isMissed(numRows);
     for (int m = 0; m < numWeakLearners.get(); ++m) {
-        data.progress.report(static_cast<double>(m) / numWeakLearners.get(),
-                             getModelName() + L": " + Ensemble::learnerTitle(m));
+        const Progress progress = data.progress.part(static_cast<double>(m) / numWeakLearners.get(),
+                                                     (m + 1.0) / numWeakLearners.get(),
+                                                     getModelName() + L": " + Ensemble::learnerTitle(m));
+        progress.report(0.0, {});
         const auto resample = Supervised::Resample::of(
             Util::sample(rowWeights, resamplingSeed.get()).elements(), data.features.schema.numRows);
         if (!Engine::Ensemble::coversClasses(resample.rows, classes, numClasses))
             throw EnsembleSamplingMissedClass();
         std::shared_ptr<IModelable> weakModel =
-            weak->fitResample(data.features, data.target, resample, preparation.get());
+            weak->fitResample(data.features, data.target, resample, preparation.get(), progress);
         weakModel->classify(data.features.columns, predicted);
         for (std::size_t row = 0; row < numRows; ++row) isMissed[row] = predicted[row] != classes[row];
 
@@ -87,10 +89,12 @@ std::shared_ptr<IModelable> IEstimator::fitEngine(const TrainingSet& data) const
     std::vector<double> residuals(data.target.begin(), data.target.end()), predicted(numRows);
     for (double& residual : residuals) residual -= model->meanResponse;
     for (int m = 0; m < numWeakLearners.get(); ++m) {
-        data.progress.report(static_cast<double>(m) / numWeakLearners.get(),
-                             getModelName() + L": " + Ensemble::learnerTitle(m));
+        const Progress progress = data.progress.part(static_cast<double>(m) / numWeakLearners.get(),
+                                                     (m + 1.0) / numWeakLearners.get(),
+                                                     getModelName() + L": " + Ensemble::learnerTitle(m));
+        progress.report(0.0, {});
         std::shared_ptr<IModelable> weakModel =
-            weak->fitResample(data.features, residuals, {}, preparation.get());
+            weak->fitResample(data.features, residuals, {}, preparation.get(), progress);
         weakModel->score(data.features.columns, predicted);
         for (std::size_t row = 0; row < numRows; ++row) residuals[row] -= stepSize.get() * predicted[row];
         model->add(std::move(weakModel), 1.0);

@@ -75,13 +75,13 @@ void fitBootstrapped(const IClassifierEnsemble& estimator, const Classification:
         classes.size(), success, estimator.successProbability.get());
     using Member = Fitted<Classification::IModelable, std::int32_t>;
     Sequencer<Member> sequencer;
-    fitLearners(numLearners, data.progress, estimator.getModelName(), [&](int position) {
+    const auto fit = [&](int position, const Progress& progress) {
         Resample resample = bootstrap(numRows, Engine::Ensemble::learnerSeed(seed, position));
         if (!Engine::Ensemble::coversClasses(resample.rows, data.target.codes, classes.size()))
             throw EnsembleSamplingMissedClass();
         Member member;
-        member.model =
-            estimator.learner(position)->fitResample(data.features, data.target, resample, preparation.get());
+        member.model = estimator.learner(position)->fitResample(data.features, data.target, resample,
+                                                                preparation.get(), progress);
         if (isJudged) {
             member.predictions.resize(data.target.codes.size());
             member.model->classify(data.features.columns, member.predictions);
@@ -91,7 +91,8 @@ void fitBootstrapped(const IClassifierEnsemble& estimator, const Classification:
             if (isJudged) votes.add(next.multiplicities, next.predictions);
             members.add(std::move(next.model), 1.0);
         });
-    });
+    };
+    fitLearners(numLearners, data.progress, estimator.getModelName(), fit);
     if (isJudged) outOfBag.outOfBagError = errorTable(votes.log(), L"Error Rate");
 }
 
@@ -104,11 +105,11 @@ void fitBootstrapped(const IRegressorEnsemble& estimator, const Regression::Trai
     Engine::Ensemble::OutOfBagMeans means(data.target);
     using Member = Fitted<Regression::IModelable, double>;
     Sequencer<Member> sequencer;
-    fitLearners(numLearners, data.progress, estimator.getModelName(), [&](int position) {
+    const auto fit = [&](int position, const Progress& progress) {
         Resample resample = bootstrap(numRows, Engine::Ensemble::learnerSeed(seed, position));
         Member member;
-        member.model =
-            estimator.learner(position)->fitResample(data.features, data.target, resample, preparation.get());
+        member.model = estimator.learner(position)->fitResample(data.features, data.target, resample,
+                                                                preparation.get(), progress);
         member.predictions.resize(data.target.size());
         member.model->score(data.features.columns, member.predictions);
         member.multiplicities = std::move(resample.multiplicities);
@@ -116,7 +117,8 @@ void fitBootstrapped(const IRegressorEnsemble& estimator, const Regression::Trai
             means.add(next.multiplicities, next.predictions);
             members.add(std::move(next.model), 1.0);
         });
-    });
+    };
+    fitLearners(numLearners, data.progress, estimator.getModelName(), fit);
     outOfBag.outOfBagError = errorTable(means.log(), L"MSE");
 }
 

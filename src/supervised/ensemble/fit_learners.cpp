@@ -52,15 +52,19 @@ class Queue {
 WString learnerTitle(int position) { return L"Weak Learner " + Convert::toString(position + 1); }
 
 void fitLearners(int count, const Progress& progress, const WString& title,
-                 const std::function<void(int)>& fit) {
+                 const std::function<void(int, const Progress&)>& fit) {
     Queue queue(count);
     const auto work = [&](bool isCaller) {
         for (int position = queue.take(); position >= 0; position = queue.take()) {
             try {
-                if (isCaller)
-                    progress.report(static_cast<double>(queue.numDone()) / count,
-                                    title + L": " + learnerTitle(position));
-                fit(position);
+                Progress ofLearner;
+                if (isCaller) {
+                    const double numDone = queue.numDone();
+                    ofLearner = progress.part(numDone / count, (numDone + 1.0) / count,
+                                              title + L": " + learnerTitle(position));
+                    ofLearner.report(0.0, {});
+                }
+                fit(position, ofLearner);
                 queue.finish();
             } catch (...) {
                 queue.fail(position, std::current_exception());

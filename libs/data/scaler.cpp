@@ -177,7 +177,7 @@ void appendMapped(Values values, std::vector<double>& result, Map map) {
 }
 
 void appendTransformed(Values values, const Rescaling& rescaling, std::vector<double>& result) {
-    const auto [shift, scale] = rescaling;
+    const double shift = rescaling.shift, scale = rescaling.scale;
     if (std::abs(shift) < 1e290) {  // too small to make a difference overflow
         appendMapped(values, result, [shift, scale](double x) { return (x - shift) * scale; });
     } else {
@@ -187,7 +187,7 @@ void appendTransformed(Values values, const Rescaling& rescaling, std::vector<do
 }
 
 void appendInverse(Values values, const Rescaling& rescaling, std::vector<double>& result) {
-    const auto [shift, scale] = rescaling;
+    const double shift = rescaling.shift, scale = rescaling.scale;
     if (scale == 0.0) {
         appendMapped(values, result, [shift](double x) { return std::isnan(x) ? x : shift; });
     } else if (std::abs(scale) > 1e-290) {

@@ -5,7 +5,6 @@
 
 #include "data/column_access.h"
 #include "framework/learner_access.h"
-#include "supervised/find_best_model/model.h"
 #include "supervised/learner_catalog.h"
 
 namespace Tessel {
@@ -43,8 +42,8 @@ FittedSchema schemaOf(const DataFrame& features, const DataFrameColumn& target) 
 
 }  // namespace
 
-template <class Base>
-void ISearch<Base>::addLearner(const Base& learner) {
+template <class Base, class Modelable, class Searched>
+void ISearch<Base, Modelable, Searched>::addLearner(const Base& learner) {
     const Base* const ofKind = nullptr;
     const LearnerType type = typeOfAlgorithm(kindOf(ofKind), learner.ladonIdentity().algorithm);
     if (type == LearnerType::UNKNOWN)
@@ -52,22 +51,22 @@ void ISearch<Base>::addLearner(const Base& learner) {
     candidates[type] = copyOf(learner);
 }
 
-template <class Base>
-void ISearch<Base>::reset() {
+template <class Base, class Modelable, class Searched>
+void ISearch<Base, Modelable, Searched>::reset() {
     Base::reset();
     candidates.clear();
 }
 
-template <class Base>
-void ISearch<Base>::writeLearners(web::json::value& description) const {
+template <class Base, class Modelable, class Searched>
+void ISearch<Base, Modelable, Searched>::writeLearners(web::json::value& description) const {
     web::json::value learners = web::json::value::array(candidates.size());
     std::size_t position = 0;
     for (const auto& [type, candidate] : candidates) learners[position++] = candidate->toLadonValue();
     description[JSON::toNative(Ladon::Keyword::LEARNERS)] = learners;
 }
 
-template <class Base>
-void ISearch<Base>::readLearners(const web::json::value& description) {
+template <class Base, class Modelable, class Searched>
+void ISearch<Base, Modelable, Searched>::readLearners(const web::json::value& description) {
     const Base* const ofKind = nullptr;
     const utility::string_t key = JSON::toNative(Ladon::Keyword::LEARNERS);
     candidates.clear();
@@ -85,8 +84,8 @@ void ISearch<Base>::readLearners(const web::json::value& description) {
     }
 }
 
-template <class Base>
-void ISearch<Base>::describeLearners(StringVector& names, StringVector& values) const {
+template <class Base, class Modelable, class Searched>
+void ISearch<Base, Modelable, Searched>::describeLearners(StringVector& names, StringVector& values) const {
     const Base* const ofKind = nullptr;
     StringVector learners;
     for (const auto& [type, candidate] : candidates) learners.push_back(learnerName(kindOf(ofKind), type));
@@ -94,9 +93,8 @@ void ISearch<Base>::describeLearners(StringVector& names, StringVector& values) 
     values.push_back(Util::join(learners, L", "));
 }
 
-template <class Base>
-template <class Searched, class Fit>
-void ISearch<Base>::search(Searched& searched, const Fit& fit) const {
+template <class Base, class Modelable, class Searched>
+void ISearch<Base, Modelable, Searched>::fitCandidates(Searched& model, const Fit& fit) const {
     const Base* const ofKind = nullptr;
     const Progress progress(this->progressCallback);
     const auto count = static_cast<double>(candidates.size());
@@ -107,19 +105,52 @@ void ISearch<Base>::search(Searched& searched, const Fit& fit) const {
         own->progressCallback = progress.part(numDone / count, (numDone + 1.0) / count).callback();
         ++numDone;
         try {
-            searched.models[type] = fit(*own);
+            model.models[type] = fit(*own);
         } catch (const FitCancelled&) {
             throw;
         } catch (const Exception& failure) {
-            searched.log.push_back(learnerName(kindOf(ofKind), type) + L" Fitting: " +
-                                   Convert::fromUtf8(failure.what()));
+            model.log.push_back(learnerName(kindOf(ofKind), type) + L" Fitting: " +
+                                Convert::fromUtf8(failure.what()));
         }
     }
-    if (searched.models.empty()) searched.log.push_back(L"No models were fit.");
+    if (model.models.empty()) model.log.push_back(L"No models were fit.");
 }
 
-template class ISearch<Classification::IEstimator>;
-template class ISearch<Regression::IEstimator>;
+template <class Base, class Modelable, class Searched>
+std::shared_ptr<Modelable> ISearch<Base, Modelable, Searched>::searchWith(const DataFrame& features,
+                                                                          const DataFrameColumn& target,
+                                                                          const Fit& fit) const {
+    this->validate();
+    auto model = std::make_shared<Searched>();
+    fitCandidates(*model, fit);
+    model->setName(this->getName());
+    if (model->models.empty())
+        model->schema = schemaOf(features, target);
+    else
+        adopt(*model, *model->models.begin()->second);
+    return model;
+}
+
+template <class Base, class Modelable, class Searched>
+std::shared_ptr<Modelable> ISearch<Base, Modelable, Searched>::fit(const DataFrame& features,
+                                                                   const DataFrameColumn& target) const {
+    return searchWith(features, target,
+                      [&](const Base& candidate) { return candidate.fit(features, target); });
+}
+
+template <class Base, class Modelable, class Searched>
+std::shared_ptr<Modelable> ISearch<Base, Modelable, Searched>::fit(const DataFrame& features,
+                                                                   const DataFrame& validFeatures,
+                                                                   const DataFrameColumn& target,
+                                                                   const DataFrameColumn& validTarget) const {
+    return searchWith(features, target, [&](const Base& candidate) {
+        return candidate.fit(features, validFeatures, target, validTarget);
+    });
+}
+
+template class ISearch<Classification::IEstimator, Classification::IModelable,
+                       Classification::FindBestModel::IModel>;
+template class ISearch<Regression::IEstimator, Regression::IModelable, Regression::FindBestModel::IModel>;
 
 }  // namespace FindBestModel
 
@@ -141,39 +172,14 @@ void IEstimator::instruct(Classification::IEstimator& candidate) const {
     }
 }
 
-std::shared_ptr<IModelable> IEstimator::searchWith(const DataFrame& features, const DataFrameColumn& target,
-                                                   const Fit& fit) const {
-    validate();
-    auto model = std::make_shared<IModel>();
-    search(*model, fit);
-    model->setName(getName());
-    if (model->models.empty()) {
-        model->schema = Tessel::FindBestModel::schemaOf(features, target);
-        return model;
-    }
-    const IModelable& first = *model->models.begin()->second;
-    model->schema = first.schema;
+void IEstimator::adopt(IModel& model, const IModelable& first) const {
+    ISearch::adopt(model, first);
     // Set as it is, so that each model keeps the success class that it has by default.
-    model->classSchema = first.classSchema;
-    model->classSchema.successClass = successClass.get();
+    model.classSchema = first.classSchema;
+    model.classSchema.successClass = successClass.get();
     if (successClass.get().empty() && first.classSchema.classes.size() == 2)
-        model->classSchema.successClass = first.classSchema.classes.front();
-    model->classSchema.successProbability = successProbability.get();
-    return model;
-}
-
-std::shared_ptr<IModelable> IEstimator::fit(const DataFrame& features, const DataFrameColumn& target) const {
-    return searchWith(features, target, [&](const Classification::IEstimator& candidate) {
-        return candidate.fit(features, target);
-    });
-}
-
-std::shared_ptr<IModelable> IEstimator::fit(const DataFrame& features, const DataFrame& validFeatures,
-                                            const DataFrameColumn& target,
-                                            const DataFrameColumn& validTarget) const {
-    return searchWith(features, target, [&](const Classification::IEstimator& candidate) {
-        return candidate.fit(features, validFeatures, target, validTarget);
-    });
+        model.classSchema.successClass = first.classSchema.classes.front();
+    model.classSchema.successProbability = successProbability.get();
 }
 
 }  // namespace Classification::FindBestModel
@@ -184,31 +190,6 @@ IEstimator::IEstimator() : ISearch(kModelName) {}
 
 IEstimatable::LadonIdentity IEstimator::ladonIdentity() const {
     return {Ladon::Keyword::ESTIMATOR, Ladon::TaskKind::REGRESSION, Ladon::ModelAlgorithm::FIND_BEST_MODEL};
-}
-
-std::shared_ptr<IModelable> IEstimator::searchWith(const DataFrame& features, const DataFrameColumn& target,
-                                                   const Fit& fit) const {
-    validate();
-    auto model = std::make_shared<IModel>();
-    search(*model, fit);
-    model->setName(getName());
-    model->schema = model->models.empty() ? Tessel::FindBestModel::schemaOf(features, target)
-                                          : model->models.begin()->second->schema;
-    return model;
-}
-
-std::shared_ptr<IModelable> IEstimator::fit(const DataFrame& features, const DataFrameColumn& target) const {
-    return searchWith(features, target, [&](const Regression::IEstimator& candidate) {
-        return candidate.fit(features, target);
-    });
-}
-
-std::shared_ptr<IModelable> IEstimator::fit(const DataFrame& features, const DataFrame& validFeatures,
-                                            const DataFrameColumn& target,
-                                            const DataFrameColumn& validTarget) const {
-    return searchWith(features, target, [&](const Regression::IEstimator& candidate) {
-        return candidate.fit(features, validFeatures, target, validTarget);
-    });
 }
 
 }  // namespace Regression::FindBestModel

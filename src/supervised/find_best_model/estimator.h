@@ -3,14 +3,17 @@
 #include <functional>
 
 #include "supervised/find_best_model/learners.h"
+#include "supervised/find_best_model/model.h"
 
 namespace Tessel {
 
 namespace FindBestModel {
 
 /// What the estimators of searches of both kinds share.
-/// @tparam Base  the implementation of the estimators of the kind.
-template <class Base>
+/// @tparam Base       the implementation of the estimators of the kind.
+/// @tparam Modelable  that of their models.
+/// @tparam Searched   the model of the search.
+template <class Base, class Modelable, class Searched>
 class ISearch : public Base {
  public:
     using Base::Base;
@@ -21,6 +24,11 @@ class ISearch : public Base {
     void addLearner(const Base& learner);
     void reset() override;
 
+    std::shared_ptr<Modelable> fit(const DataFrame& features, const DataFrameColumn& target) const override;
+    std::shared_ptr<Modelable> fit(const DataFrame& features, const DataFrame& validFeatures,
+                                   const DataFrameColumn& target,
+                                   const DataFrameColumn& validTarget) const override;
+
  protected:
     void writeLearners(web::json::value& description) const override;
     /// @throws UnsupportedJSONModel
@@ -29,16 +37,22 @@ class ISearch : public Base {
 
     /// Hands on to a candidate what was set for all of them.
     virtual void instruct(Base& /*candidate*/) const {}
+    /// Takes over from the first fitted candidate what all have in common.
+    virtual void adopt(Searched& model, const Modelable& first) const { model.schema = first.schema; }
+
+ private:
+    using Fit = std::function<std::shared_ptr<Modelable>(const Base&)>;
+    std::shared_ptr<Modelable> searchWith(const DataFrame& features, const DataFrameColumn& target,
+                                          const Fit& fit) const;
     /// Fits the candidates one after the other; those that fail are logged.
-    template <class Searched, class Fit>
-    void search(Searched& searched, const Fit& fit) const;
+    void fitCandidates(Searched& model, const Fit& fit) const;
 };
 
 }  // namespace FindBestModel
 
 namespace Classification::FindBestModel {
 
-class IEstimator : public Tessel::FindBestModel::ISearch<Classification::IEstimator> {
+class IEstimator : public Tessel::FindBestModel::ISearch<Classification::IEstimator, IModelable, IModel> {
  public:
     IEstimator();
 
@@ -46,27 +60,18 @@ class IEstimator : public Tessel::FindBestModel::ISearch<Classification::IEstima
     LadonIdentity ladonIdentity() const override;
     ParameterList parameters() override { return classificationParameters(); }
 
-    std::shared_ptr<IModelable> fit(const DataFrame& features, const DataFrameColumn& target) const override;
-    std::shared_ptr<IModelable> fit(const DataFrame& features, const DataFrame& validFeatures,
-                                    const DataFrameColumn& target,
-                                    const DataFrameColumn& validTarget) const override;
-
  protected:
     void instruct(Classification::IEstimator& candidate) const override;
+    void adopt(IModel& model, const IModelable& first) const override;
     /// There is none: the fits go to the candidates.
     std::shared_ptr<IModelable> fitEngine(const TrainingSet& /*data*/) const override { return nullptr; }
-
- private:
-    using Fit = std::function<std::shared_ptr<IModelable>(const Classification::IEstimator&)>;
-    std::shared_ptr<IModelable> searchWith(const DataFrame& features, const DataFrameColumn& target,
-                                           const Fit& fit) const;
 };
 
 }  // namespace Classification::FindBestModel
 
 namespace Regression::FindBestModel {
 
-class IEstimator : public Tessel::FindBestModel::ISearch<Regression::IEstimator> {
+class IEstimator : public Tessel::FindBestModel::ISearch<Regression::IEstimator, IModelable, IModel> {
  public:
     IEstimator();
 
@@ -74,19 +79,8 @@ class IEstimator : public Tessel::FindBestModel::ISearch<Regression::IEstimator>
     LadonIdentity ladonIdentity() const override;
     ParameterList parameters() override { return {}; }
 
-    std::shared_ptr<IModelable> fit(const DataFrame& features, const DataFrameColumn& target) const override;
-    std::shared_ptr<IModelable> fit(const DataFrame& features, const DataFrame& validFeatures,
-                                    const DataFrameColumn& target,
-                                    const DataFrameColumn& validTarget) const override;
-
  protected:
-    /// There is none: the fits go to the candidates.
     std::shared_ptr<IModelable> fitEngine(const TrainingSet& /*data*/) const override { return nullptr; }
-
- private:
-    using Fit = std::function<std::shared_ptr<IModelable>(const Regression::IEstimator&)>;
-    std::shared_ptr<IModelable> searchWith(const DataFrame& features, const DataFrameColumn& target,
-                                           const Fit& fit) const;
 };
 
 }  // namespace Regression::FindBestModel

@@ -201,6 +201,9 @@ TEST(EnsembleTexts, OtherMakersTextsScoreAsTheySayOrAreRefused) {
     const auto boosting = Classification::Boosting::Estimator().fit(data.features, data.target);
     // Votes that count alike, whatever the segments weigh.
     EXPECT_EQ(ofA(bagging, twoLeaves(L"majorityVote", mixed, averaged)), 0.5);
+    // Votes with weights, whatever the members' probabilities.
+    EXPECT_EQ(ofA(boosting, twoLeaves(L"weightedMajorityVote", mixed, averaged)), 0.75);
+    EXPECT_THROW(ofA(bagging, twoLeaves(L"weightedMajorityVote", mixed, averaged)), UnsupportedPMMLFormat);
     // Weighted averages of probabilities that are votes, told or implied.
     for (const WString& first : {pure, shares(three + certain, one + never), WString()})
         EXPECT_EQ(ofA(boosting, twoLeaves(L"weightedAverage", first, told)), 0.75);

@@ -15,7 +15,8 @@
 // `MiningModel`: a segment a member, each with a whole model element. Boosted classifiers vote with weights,
 // which the standard's "weightedAverage" does for members whose probabilities are 0 and 1; so that is what
 // their trees say beside their counts. The probabilities of other members cannot be told otherwise, so each
-// stands in a `MiningModel` of its own, whose "majorityVote" of one member makes them 0 and 1.
+// stands in a `MiningModel` of its own, whose "majorityVote" of one member makes them 0 and 1. Texts of
+// others may say "weightedMajorityVote".
 
 namespace Tessel::Ensemble {
 namespace {
@@ -26,6 +27,7 @@ using PMML::ModelWriter;
 using PMML::Node;
 
 constexpr WStringView kWeightedAverage = L"weightedAverage";
+constexpr WStringView kWeightedVote = L"weightedMajorityVote";
 constexpr WStringView kMajorityVote = L"majorityVote";
 constexpr WStringView kEnsemble = L"MiningModel", kTree = L"TreeModel";
 
@@ -131,17 +133,18 @@ void readSegments(Members& members, const FittedSchema& schema, WStringView meth
                   const ModelReader& reader) {
     const Node* const segmentation = reader.requiredChild(L"Segmentation");
     const WStringView found = Document::requiredAttribute(segmentation, L"multipleModelMethod");
-    if (found != method)
+    const bool isWeighted = method == kWeightedAverage;
+    if (found != method && !(isWeighted && found == kWeightedVote))
         throw UnsupportedPMMLFormat("The segments are combined by " + Convert::toUtf8Lossy(found) +
                                     ", not by " + Convert::toUtf8Lossy(method) + ".");
-    const bool isWeighted = method == kWeightedAverage;
+    const bool isAveraged = found == kWeightedAverage;
     std::vector<const Node*> elements;
     // Each member has the features and classes of the ensemble for its own.
     const auto target = reader.fields.find(schema.targetName);
     const std::size_t numClasses = target == reader.fields.end() ? 0 : target->second.categories.size();
     ImpliedMemory implied;
     PMML::forEachChild(segmentation, L"Segment", [&](const Node* segment) {
-        elements.push_back(isWeighted ? voterOf(modelOf(segment)) : modelOf(segment));
+        elements.push_back(isAveraged ? voterOf(modelOf(segment)) : modelOf(segment));
         const WStringView name = PMML::nameOf(elements.back());
         WString algorithm;
         const auto member = blankOf(members, name, algorithm);
@@ -167,7 +170,7 @@ void readSegments(Members& members, const FittedSchema& schema, WStringView meth
     fitLearners(static_cast<int>(elements.size()), {}, {}, [&](int m, const Progress&) {  // by all threads
         const auto position = static_cast<std::size_t>(m);
         ModelReader memberReader{reader.fields, elements[position], reader.featureOfField, &schema,
-                                 isWeighted};
+                                 isAveraged};
         memberReader.readInto(*members.weakModels[position]);
     });
 }

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -56,14 +57,19 @@ int main(int argc, char** argv) {
     const double write = secondsOf([&] { text = model.toPMML(); });
     std::printf("text      %8.1f MB as UTF-8, written in %.3f s\n",
                 static_cast<double>(Convert::toUtf8(text).size()) / 1e6, write);
-    std::vector<wchar_t> characters(text.begin(), text.end());
-    characters.push_back(0);
-    rapidxml::xml_document<wchar_t> bare;
-    const double parse = secondsOf([&] { bare.parse<0>(characters.data()); });
-    bare.clear();
+    // In turns, so that both find memory that was used before.
+    double parse = 1e300, read = 1e300;
     Scoring::Classifier loaded;
-    WString copy = text;
-    const double read = secondsOf([&] { loaded.fromPMMLString(std::move(copy)); });
+    for (int round = 0; round < 5; ++round) {
+        std::vector<wchar_t> characters(text.begin(), text.end());
+        characters.push_back(0);
+        parse = std::min(parse, secondsOf([&] {
+                             rapidxml::xml_document<wchar_t> bare;
+                             bare.parse<0>(characters.data());
+                         }));
+        WString copy = text;
+        read = std::min(read, secondsOf([&] { loaded.fromPMMLString(std::move(copy)); }));
+    }
     std::printf("reading   %8.3f s, %.2f times a bare parse (%.3f s)\n", read, read / parse, parse);
     model.predict(features);
     const double inMemory = secondsOf([&] { model.predict(features); });

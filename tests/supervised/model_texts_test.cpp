@@ -318,6 +318,42 @@ TEST(TreeTexts, TreesOfAnyDepthSurvive) {
     EXPECT_EQ(model.toLadon(), ladon);
 }
 
+/// A regression tree whose root has these children, and sends missing values to "low".
+WString treeOf(const WString& children) {
+    const WString chain = chainText(1);
+    const WString root = L"<Node id=\"root\" score=\"0\" defaultChild=\"low\"><True/>";
+    return chain.substr(0, chain.find(L"<Node")) + root + children + L"</Node></TreeModel></PMML>";
+}
+
+TEST(TreeTexts, ChildrenAreTheTwoSidesOfOneComparisonInEitherOrder) {
+    auto model = fitted<Regression::DecisionTree::Estimator>(2);
+    DataFrame table;
+    table.append(DataFrameColumn(L"x", Vector{-1.0, 1.0, kNan}));
+    const auto node = [](const WString& id, const WString& score, const WString& predicate) {
+        return L"<Node id=\"" + id + L"\" score=\"" + score + L"\">" + predicate + L"</Node>";
+    };
+    const auto comparison = [](const WString& name, const WString& value) {
+        return L"<SimplePredicate field=\"x\" operator=\"" + name + L"\" value=\"" + value + L"\"/>";
+    };
+    const WString low = node(L"low", L"1", comparison(L"lessThan", L"0"));
+    const WString high = node(L"high", L"2", comparison(L"greaterOrEqual", L"0"));
+    const WString always = node(L"high", L"2", L"<True/>");
+    for (const WString& children : {low + high, high + low, low + always, L"<Extension/>" + low + high}) {
+        model.fromPMMLString(treeOf(children));
+        EXPECT_EQ(model.predict(table)(Util::all, 0).toDoubleVector(), (Vector{1.0, 2.0, 1.0}));
+    }
+    const WString before = model.toJSON();
+    const WString behind = L"<ScoreDistribution value=\"1\" recordCount=\"1\"/>";
+    for (const WString& children :
+         {low, low + high + high, always + low, high + always, high + high, low + low, low + high + behind,
+          low + node(L"high", L"2", comparison(L"greaterOrEqual", L"1")),
+          low + node(L"high", L"2", comparison(L"greaterThan", L"0")), low + node(L"high", L"2", L""),
+          node(L"other", L"1", comparison(L"lessThan", L"0")) + high})
+        EXPECT_THROW(model.fromPMMLString(treeOf(children)), UnsupportedPMMLFormat)
+            << Convert::toUtf8(children);
+    EXPECT_EQ(model.toJSON(), before);
+}
+
 TEST(TreeTexts, SubtreesThatCannotBeAreRefused) {
     auto model = fitted<Regression::DecisionTree::Estimator>(2);
     model.fromPMMLString(chainText(100));

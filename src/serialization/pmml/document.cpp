@@ -9,14 +9,23 @@ namespace Tessel::PMML {
 namespace {
 
 /// A text that was split into pieces carries this marker in front of each further piece.
+constexpr WStringView kMarker = L"\n<!--Continued-->";
+
+/// Looks for the exclamation mark, which is rarer than what is around it.
+std::size_t findMarker(const WString& text, std::size_t begin) {
+    constexpr std::size_t kMark = kMarker.find(L'!');
+    for (std::size_t at = text.find(L'!', begin + kMark); at != WString::npos; at = text.find(L'!', at + 1))
+        if (text.compare(at - kMark, kMarker.size(), kMarker) == 0) return at - kMark;
+    return WString::npos;
+}
+
 void removeContinuations(WString& text) {
-    constexpr WStringView kMarker = L"\n<!--Continued-->";
-    std::size_t found = text.find(kMarker);
+    std::size_t found = findMarker(text, 0);
     if (found == WString::npos) return;
     auto end = text.begin() + static_cast<std::ptrdiff_t>(found);
     while (found != WString::npos) {
         const std::size_t start = found + kMarker.size();
-        found = text.find(kMarker, start);
+        found = findMarker(text, start);
         const std::size_t stop = std::min(found, text.size());
         end = std::copy(text.begin() + static_cast<std::ptrdiff_t>(start),
                         text.begin() + static_cast<std::ptrdiff_t>(stop), end);

@@ -46,9 +46,9 @@ bool isAsciiLetter(wchar_t c) { return (c >= L'a' && c <= L'z') || (c >= L'A' &&
 
 /// Letters, digits and a few signs, not starting with a digit or sign; beyond ASCII everything is taken.
 bool isXmlName(WStringView name) {
-    const auto isStart = [](wchar_t c) { return isAsciiLetter(c) || isOneOf<'_', ':'>(c) || c > L'\x7F'; };
+    const auto isStart = [](wchar_t c) { return isAsciiLetter(c) || c == L'_' || c == L':' || c > L'\x7F'; };
     return !name.empty() && isStart(name.front()) && std::all_of(name.begin(), name.end(), [&](wchar_t c) {
-        return isStart(c) || (c >= L'0' && c <= L'9') || isOneOf<'-', '.'>(c);
+        return isStart(c) || (c >= L'0' && c <= L'9') || c == L'-' || c == L'.';
     });
 }
 

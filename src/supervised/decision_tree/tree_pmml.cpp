@@ -14,6 +14,7 @@ namespace Tessel::DecisionTree {
 namespace {
 
 using PMML::Document;
+using PMML::isSameName;
 using PMML::ModelReader;
 using PMML::ModelWriter;
 using TreeNode = Engine::DT::Node;
@@ -89,27 +90,29 @@ std::vector<std::int32_t> codesOf(const StringVector& labels, const FeatureSchem
 Side readSimplePredicate(const XmlNode* predicate, const FittedSchema& schema, const ModelReader& reader) {
     WStringView field, comparison, value;
     PMML::forEachAttribute(predicate, [&](WStringView name, WStringView text) {
-        if (PMML::isSameName(name, L"field")) field = text;
-        if (PMML::isSameName(name, L"operator")) comparison = text;
-        if (PMML::isSameName(name, L"value")) value = text;
+        if (isSameName(name, L"field")) field = text;
+        if (isSameName(name, L"operator")) comparison = text;
+        if (isSameName(name, L"value")) value = text;
     });
     Side side;
     side.feature = reader.featureOf(field);
     const FeatureSchema& feature = schema.features[at(side.feature)];
-    if (feature.isCategorical && (comparison == L"equal" || comparison == L"notEqual")) {
-        side.form = comparison == L"equal" ? Side::Form::IN : Side::Form::NOT_IN;
+    if (feature.isCategorical && (isSameName(comparison, L"equal") || isSameName(comparison, L"notEqual"))) {
+        side.form = isSameName(comparison, L"equal") ? Side::Form::IN : Side::Form::NOT_IN;
         side.codes = codesOf(StringVector{WString(value)}, feature);
         return side;
     }
-    const bool isLess = comparison == L"lessThan" || comparison == L"lessOrEqual";
-    const bool isGreater = comparison == L"greaterOrEqual" || comparison == L"greaterThan";
+    const bool isLess = isSameName(comparison, L"lessThan") || isSameName(comparison, L"lessOrEqual");
+    const bool isGreater =
+        isSameName(comparison, L"greaterOrEqual") || isSameName(comparison, L"greaterThan");
     if (feature.isCategorical || !(isLess || isGreater))
         throw UnsupportedPMMLFormat("The operator " + Convert::toUtf8Lossy(comparison) +
                                     " cannot be read for " + Convert::toUtf8Lossy(feature.name) + ".");
     side.form = isLess ? Side::Form::LESS : Side::Form::NOT_LESS;
     side.threshold = PMML::toDouble(value);
     if (std::isnan(side.threshold)) throw UnsupportedPMMLFormat("A threshold is no number.");
-    if (comparison == L"lessOrEqual" || comparison == L"greaterThan")  // up to x is below the next number
+    if (isSameName(comparison, L"lessOrEqual") ||
+        isSameName(comparison, L"greaterThan"))  // up to x is below the next number
         side.threshold = std::nextafter(side.threshold, std::numeric_limits<double>::infinity());
     return side;
 }
@@ -119,10 +122,10 @@ Side readSetPredicate(const XmlNode* predicate, const FittedSchema& schema, cons
     side.feature = reader.featureOf(Document::requiredAttribute(predicate, L"field"));
     const FeatureSchema& feature = schema.features[at(side.feature)];
     const WStringView comparison = Document::requiredAttribute(predicate, L"booleanOperator");
-    if (!feature.isCategorical || (comparison != L"isIn" && comparison != L"isNotIn"))
+    if (!feature.isCategorical || (!isSameName(comparison, L"isIn") && !isSameName(comparison, L"isNotIn")))
         throw UnsupportedPMMLFormat("A SimpleSetPredicate does not fit its field " +
                                     Convert::toUtf8Lossy(feature.name) + ".");
-    side.form = comparison == L"isIn" ? Side::Form::IN : Side::Form::NOT_IN;
+    side.form = isSameName(comparison, L"isIn") ? Side::Form::IN : Side::Form::NOT_IN;
     side.codes =
         codesOf(Document::getStringArray(Document::getRequiredSubnode(predicate, L"Array")), feature);
     if (side.codes.empty()) throw UnsupportedPMMLFormat("A SimpleSetPredicate has no categories.");
@@ -132,18 +135,18 @@ Side readSetPredicate(const XmlNode* predicate, const FittedSchema& schema, cons
 Side readSide(const XmlNode* node, const FittedSchema& schema, const ModelReader& reader) {
     for (const XmlNode* child = node->first_node(); child; child = child->next_sibling()) {
         const WStringView name = PMML::nameOf(child);
-        if (PMML::isSameName(name, L"SimplePredicate")) return readSimplePredicate(child, schema, reader);
-        if (name == L"SimpleSetPredicate") return readSetPredicate(child, schema, reader);
-        if (name == L"True") return {};
-        if (name == L"CompoundPredicate" || name == L"False")
+        if (isSameName(name, L"SimplePredicate")) return readSimplePredicate(child, schema, reader);
+        if (isSameName(name, L"SimpleSetPredicate")) return readSetPredicate(child, schema, reader);
+        if (isSameName(name, L"True")) return {};
+        if (isSameName(name, L"CompoundPredicate") || isSameName(name, L"False"))
             throw UnsupportedPMMLFormat("A node's predicate is a " + Convert::toUtf8Lossy(name) +
                                         ", which cannot be read.");
     }
     throw UnsupportedPMMLFormat("A node has no predicate.");
 }
 
-/// Reads a tree in the order of the document, which is that of its memory, and then orders the nodes by
-/// level.
+/// Reads a tree in the order of the document, which is that of its memory: each element is looked at once,
+/// and what is behind its subtree not before. Then orders the nodes by level.
 class NodesReader {
  public:
     NodesReader(const FittedSchema& schema, const StringVector& classes, const ModelReader& reader)
@@ -156,11 +159,12 @@ class NodesReader {
         if (readSide(root, schema_, reader_).form != Side::Form::TRUE)
             throw UnsupportedPMMLFormat("The root has a condition.");
         addNodes(1);
-        pending_.push_back({root, 0});
-        while (!pending_.empty()) {
-            const auto [element, position] = pending_.back();
-            pending_.pop_back();
-            readNode(element, position);
+        readNode(root, attributesOf(root), 0);
+        while (!parents_.empty()) {
+            if (const XmlNode* const child = takeChild(parents_.back()))
+                readChild(child);
+            else
+                parents_.pop_back();
         }
         ReadTree read{Engine::DT::inLevelOrder(tree_), {}};
         if (!classes_.empty())
@@ -175,13 +179,22 @@ class NodesReader {
     struct Attributes {
         std::optional<WStringView> id, score, recordCount, defaultChild;
     };
+    /// A node whose children are being read.
+    struct Parent {
+        const XmlNode* next;  ///< of its child elements
+        std::int32_t position;
+        std::optional<WStringView> defaultChild;
+        int numChildren = 0;
+        Side first = {};
+    };
+
     static Attributes attributesOf(const XmlNode* element) {
         Attributes found;
         PMML::forEachAttribute(element, [&](WStringView name, WStringView value) {
-            if (PMML::isSameName(name, L"id")) found.id = value;
-            if (PMML::isSameName(name, L"score")) found.score = value;
-            if (PMML::isSameName(name, L"recordCount")) found.recordCount = value;
-            if (PMML::isSameName(name, L"defaultChild")) found.defaultChild = value;
+            if (isSameName(name, L"id")) found.id = value;
+            if (isSameName(name, L"score")) found.score = value;
+            if (isSameName(name, L"recordCount")) found.recordCount = value;
+            if (isSameName(name, L"defaultChild")) found.defaultChild = value;
         });
         return found;
     }
@@ -191,57 +204,107 @@ class NodesReader {
         tree_.classWeights.resize(tree_.nodes.size() * classes_.size(), 0.0);
     }
 
-    void readNode(const XmlNode* element, std::int32_t position) {
+    /// The next child that is a `Node`; null behind the last.
+    static const XmlNode* takeChild(Parent& parent) {
+        while (const XmlNode* const child = parent.next) {
+            parent.next = child->next_sibling();
+            const WStringView name = PMML::nameOf(child);
+            if (isSameName(name, L"Node")) return child;
+            if (isSameName(name, L"ScoreDistribution"))
+                throw UnsupportedPMMLFormat("A ScoreDistribution stands behind the children of its node.");
+        }
+        if (parent.numChildren != 2) throw UnsupportedPMMLFormat("A node has not two children.");
+        return nullptr;
+    }
+
+    /// A child of the last of the parents.
+    void readChild(const XmlNode* element) {
         const Attributes attributes = attributesOf(element);
-        TreeNode node;
+        Side side = readSide(element, schema_, reader_);
+        Parent& parent = parents_.back();
+        TreeNode& split = tree_.nodes[at(parent.position)];
+        const bool isFirst = ++parent.numChildren == 1;
+        const bool isLeft = isFirst ? side.isLeft() : !parent.first.isLeft();
+        if (!isFirst) requireSplit(parent, side);
+        if (isLeft) {
+            if (!attributes.id || attributes.id != parent.defaultChild)
+                throw UnsupportedPMMLFormat(
+                    "A node sends missing values to the side of large numbers or unlisted categories, or "
+                    "does not tell where.");
+            split.feature = side.feature;
+            split.threshold = side.threshold;
+            if (side.form == Side::Form::IN) {
+                split.categorySet = static_cast<std::int32_t>(tree_.categorySets.size());
+                tree_.categorySets.push_back(side.codes);
+            }
+        }
+        const std::int32_t position = isLeft ? split.left : split.right();
+        if (isFirst) parent.first = std::move(side);
+        readNode(element, attributes, position);
+    }
+
+    /// Passes when the second child of a parent is the other side of the first.
+    static void requireSplit(const Parent& parent, const Side& second) {
+        if (parent.numChildren > 2) throw UnsupportedPMMLFormat("A node has not two children.");
+        const bool isSplit = parent.first.isLeft()
+                                 ? second.isComplementOf(parent.first)
+                                 : second.isLeft() && parent.first.form != Side::Form::TRUE &&
+                                       parent.first.isComplementOf(second);
+        if (!isSplit)
+            throw UnsupportedPMMLFormat("The children of a node are not the two sides of one comparison.");
+    }
+
+    /// What an element says of its node; its children are left to be read.
+    void readNode(const XmlNode* element, const Attributes& attributes, std::int32_t position) {
         const double numRecords = attributes.recordCount ? PMML::toDouble(*attributes.recordCount) : 0.0;
         constexpr double kMaxCount = 9007199254740992.0;  // 2^53
         if (!(numRecords >= 0.0 && numRecords <= kMaxCount))
             throw UnsupportedPMMLFormat("A recordCount is no count.");
+        TreeNode& node = tree_.nodes[at(position)];
         node.numRecords = static_cast<std::int64_t>(numRecords);
         if (classes_.empty()) {
             if (!attributes.score) throw UnsupportedPMMLFormat("A Node has no score.");
             node.response = PMML::toDouble(*attributes.score);
             if (!std::isfinite(node.response)) throw UnsupportedPMMLFormat("A score is not finite.");
         }
-        children_.clear();
-        distributions_.clear();
-        PMML::forEachChild(element, [&](const XmlNode* child) {
+        const XmlNode* child = element->first_node();
+        for (distributions_.clear(); child; child = child->next_sibling()) {
             const WStringView name = PMML::nameOf(child);
-            if (PMML::isSameName(name, L"Node")) children_.push_back(child);
-            if (PMML::isSameName(name, L"ScoreDistribution")) distributions_.push_back(child);
-        });
+            if (isSameName(name, L"Node")) break;
+            if (isSameName(name, L"ScoreDistribution")) distributions_.push_back(child);
+        }
         if (!classes_.empty()) {
             // The label stays here until the nodes are in their order.
             node.response = attributes.score ? classOf(*attributes.score) : -1;
-            readClasses(node.response, numRecords,
+            readClasses(node.response, numRecords, !child,
                         tree_.classWeights.data() + at(position) * classes_.size());
         }
-        if (!children_.empty()) readChildren(attributes, node);
-        tree_.nodes[at(position)] = node;
+        if (!child) return;
+        node.left = static_cast<std::int32_t>(tree_.nodes.size());
+        addNodes(2);
+        parents_.push_back({child, position, attributes.defaultChild});
     }
 
     std::int32_t classOf(WStringView label) const {
         for (std::size_t k = 0; k < classes_.size(); ++k)
-            if (PMML::isSameName(classes_[k], label)) return static_cast<std::int32_t>(k);
+            if (isSameName(classes_[k], label)) return static_cast<std::int32_t>(k);
         throw UnsupportedPMMLFormat(Convert::toUtf8Lossy(WString(label)) + " is no class of the target.");
     }
 
-    void readClasses(double ownLabel, double numRecords, double* weights) {
+    void readClasses(double ownLabel, double numRecords, bool isLeaf, double* weights) {
         implied_.add(classes_.size(), distributions_.size(), sizeof(double));
         std::size_t expected = 0, numProbabilities = 0;
         for (const XmlNode* distribution : distributions_) {
             std::optional<WStringView> label, count, probability;
             PMML::forEachAttribute(distribution, [&](WStringView name, WStringView value) {
-                if (PMML::isSameName(name, L"value")) label = value;
-                if (PMML::isSameName(name, L"recordCount")) count = value;
-                if (PMML::isSameName(name, L"probability") && !reader_.areProbabilitiesVotes)
-                    probability = value;
+                if (isSameName(name, L"value")) label = value;
+                if (isSameName(name, L"recordCount")) count = value;
+                if (isSameName(name, L"probability") && !reader_.areProbabilitiesVotes) probability = value;
             });
             if (!label || !(count || probability))
                 throw UnsupportedPMMLFormat("A ScoreDistribution lacks its value or its recordCount.");
             // Classes mostly come in their order.
-            const bool isNext = expected < classes_.size() && PMML::isSameName(classes_[expected], *label);
+            const bool isNext = expected < classes_.size() && isSameName(classes_[expected], *label);
             const std::size_t k = isNext ? expected : at(classOf(*label));
             expected = k + 1;
             numProbabilities += probability.has_value();
@@ -255,7 +318,7 @@ class NodesReader {
             for (std::size_t k = 0; k < classes_.size(); ++k) weights[k] *= std::max(1.0, numRecords);
         if (distributions_.empty() && ownLabel >= 0.0)
             weights[static_cast<std::size_t>(ownLabel)] = std::max(1.0, numRecords);
-        if (reader_.areProbabilitiesVotes && children_.empty()) requireVote(ownLabel, weights);
+        if (reader_.areProbabilitiesVotes && isLeaf) requireVote(ownLabel, weights);
     }
 
     /// Passes when the probabilities of the leaf at hand are 1 for its class and 0 for the others, whether it
@@ -276,43 +339,11 @@ class NodesReader {
         }
     }
 
-    void readChildren(const Attributes& attributes, TreeNode& node) {
-        if (children_.size() != 2) throw UnsupportedPMMLFormat("A node has not two children.");
-        Side left = readSide(children_[0], schema_, reader_),
-             right = readSide(children_[1], schema_, reader_);
-        if (!left.isLeft() && right.isLeft()) {
-            std::swap(left, right);
-            std::swap(children_[0], children_[1]);
-        }
-        if (!left.isLeft() || !right.isComplementOf(left))
-            throw UnsupportedPMMLFormat("The children of a node are not the two sides of one comparison.");
-        const std::optional<WStringView> leftId = Document::optionalAttribute(children_[0], L"id");
-        if (!leftId || leftId != attributes.defaultChild)
-            throw UnsupportedPMMLFormat(
-                "A node sends missing values to the side of large numbers or unlisted categories, or does "
-                "not "
-                "tell where.");
-        node.feature = left.feature;
-        node.threshold = left.threshold;
-        if (left.form == Side::Form::IN) {
-            node.categorySet = static_cast<std::int32_t>(tree_.categorySets.size());
-            tree_.categorySets.push_back(std::move(left.codes));
-        }
-        node.left = static_cast<std::int32_t>(tree_.nodes.size());
-        addNodes(2);
-        pending_.push_back({children_[1], node.right()});
-        pending_.push_back({children_[0], node.left});
-    }
-
-    std::vector<const XmlNode*> children_, distributions_;  // of the node at hand
     const FittedSchema& schema_;
     const StringVector& classes_;
     const ModelReader& reader_;
-    struct Pending {
-        const XmlNode* element;
-        std::int32_t position;
-    };
-    std::vector<Pending> pending_;
+    std::vector<Parent> parents_;                // of the node at hand, the root first
+    std::vector<const XmlNode*> distributions_;  // of the node at hand
     ImpliedMemory implied_;
     Tree tree_;
 };

@@ -40,7 +40,7 @@ void IClassifierEnsemble::validateClasses(const ClassTarget& target) const {
 }
 
 template <class Ensemble>
-typename Ensemble::Learner IWithBaseEstimator<Ensemble>::defaultBase() {
+auto IWithBaseEstimator<Ensemble>::defaultBase() -> Learner {
     return makeLearner<std::remove_const_t<typename Learner::element_type>>(
         Ladon::ModelAlgorithm::DECISION_TREE);
 }
@@ -60,7 +60,7 @@ void IWithBaseEstimator<Ensemble>::reset() {
 }
 
 template <class Ensemble>
-typename Ensemble::Learner IWithBaseEstimator<Ensemble>::learner(int /*position*/) const {
+auto IWithBaseEstimator<Ensemble>::learner(int /*position*/) const -> Learner {
     using Kind = std::remove_const_t<typename Learner::element_type>;
     if constexpr (std::is_same_v<Kind, Classification::IEstimator>)
         if (this->priorProbMethod.isSet()) {

@@ -9,7 +9,6 @@ namespace Tessel::Engine::DT {
 
 void Model::adopt(Tree tree, std::size_t numFeatures) {
     Scorer scorer(tree, {});
-    std::vector<double> trainingLog = errorBySplit(tree);
     std::vector<std::int32_t> numericFeatures, categoricalFeatures;
     std::vector<std::uint8_t> isKnown(numFeatures, 0);
     for (const Node& node : tree.nodes) {
@@ -21,7 +20,6 @@ void Model::adopt(Tree tree, std::size_t numFeatures) {
     numFeatures_ = numFeatures;
     numericFeatures_ = std::move(numericFeatures);
     categoricalFeatures_ = std::move(categoricalFeatures);
-    trainingLog_ = std::move(trainingLog);
     pruning_ = {};
     standardError_ = 0.0;
     numValidationRecords_.clear();

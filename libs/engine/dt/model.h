@@ -118,7 +118,10 @@ class Model {
 
     /// Error as the tree grew: of the root alone, then after each split in the order of greatest gain first.
     /// Rate of misclassified weight, or mean squared error, of the training records.
-    const std::vector<double>& trainingLog() const { return trainingLog_; }
+    /// Empty before a fit.
+    std::vector<double> trainingLog() const {
+        return isFitted() ? errorBySplit(tree_) : std::vector<double>();
+    }
     /// The pruned trees, the tree as grown first; empty before `prune`. Errors of theirs and the standard
     /// error are in units of 4^targetExponent of the tree.
     const std::vector<PruningStep>& pruningSteps() const { return pruning_.steps; }
@@ -153,7 +156,6 @@ class Model {
     Tree tree_;
     std::size_t numFeatures_ = 0;
     std::vector<std::int32_t> numericFeatures_, categoricalFeatures_;  // those that the tree asks for
-    std::vector<double> trainingLog_;
     PruningSequence pruning_;
     double standardError_ = 0.0;
     std::vector<std::int64_t> numValidationRecords_;

@@ -3,6 +3,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <optional>
 #include <string_view>
 
@@ -37,6 +38,18 @@ class NarrowText {
     bool isOrdinary_ = false;
 };
 
+/// What texts are made of mostly: digits alone, so few that a double holds them; -1 for other texts.
+std::int64_t countOf(WStringView text) {
+    constexpr std::size_t kMaxDigits = 15;
+    if (text.empty() || text.size() > kMaxDigits) return -1;
+    std::int64_t count = 0;
+    for (const wchar_t c : text) {
+        if (c < L'0' || c > L'9') return -1;
+        count = 10 * count + (c - L'0');
+    }
+    return count;
+}
+
 }  // namespace
 
 WString numberText(double value) {
@@ -55,6 +68,7 @@ WString decimalText(double value) {
 }
 
 double toDouble(WStringView text) {
+    if (const std::int64_t count = countOf(text); count >= 0) return static_cast<double>(count);
     const NarrowText narrow(text);
     double value = 0.0;
     if (narrow.get() && Convert::tryToDouble(*narrow.get(), value)) return value;

@@ -34,6 +34,9 @@ void xml_document<wchar_t>::parse_node_contents<0>(wchar_t*& text, xml_node<wcha
     xml_node<wchar_t>* parent = element;
     for (int depth = 1;;) {
         wchar_t* const start = text;
+        // Half of a text may be indentation.
+        if (*text == L'\n') ++text;
+        while (text[0] == L'\t' && text[1] == L'\t' && text[2] == L'\t' && text[3] == L'\t') text += 4;
         skip<whitespace_pred, 0>(text);
         // The terminator behind a text may overwrite the character that ends it.
         wchar_t next = *text;

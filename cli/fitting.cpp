@@ -105,13 +105,16 @@ Fitted fitModel(const FittingOptions& options, const TrainingData& training, con
         require<ClassifierEstimator>(estimator, algorithm->name, "cut-off: it is no classifier")
             .setSuccessProbability(*options.cutOff);
 
+    const InterruptNote note;
     Progress progress("fitting " + Convert::toUtf8(algorithm->name) + " on " +
                       std::to_string(training.features.getNumRows()) + " rows");
-    estimator.setProgressCallback([&](double shareDone, const WString&) {
-        progress.report(shareDone);
-        return true;
+    estimator.setProgressCallback([&](double shareDone, const WString& activity) {
+        progress.report(shareDone, Convert::toUtf8(activity));
+        return !note.isInterrupted();
     });
-    return {learner->fit(training, validation), algorithm->name, algorithm->kind};
+    Fitted fitted{learner->fit(training, validation), algorithm->name, algorithm->kind};
+    if (note.isInterrupted()) throw FitCancelled();  // behind the last time that the fit asked
+    return fitted;
 }
 
 }  // namespace Tessel::Cli

@@ -7,6 +7,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include <tessel/framework/errors.h>
+
 #include "commands.h"
 #include "terminal.h"
 
@@ -14,6 +16,7 @@ namespace {
 
 constexpr int kFailure = 1;
 constexpr int kUsageError = 2;
+constexpr int kInterrupted = 130;  // as shells tell of programs that an interrupt ended
 
 constexpr const char* kExamples = R"(
 Examples:
@@ -24,7 +27,8 @@ Examples:
   tessel describe iris.csv
 
 Data are CSV files; - is standard input. Each command has its own --help with more examples.
-Exit status: 0 when all is done, 1 for an error (one line on standard error), 2 for a wrong command line.)";
+Exit status: 0 when all is done, 1 for an error (one line on standard error), 2 for a wrong command line,
+130 for a fit that Ctrl-C stopped.)";
 
 /// One line, whatever the message holds.
 int tell(std::string message, int status) {
@@ -61,6 +65,8 @@ int main(int argc, char** argv) {
                         kUsageError);
         const std::string help = commands.empty() ? "tessel" : "tessel " + commands.front()->get_name();
         return tell(std::string(error.what()) + " (see " + help + " --help)", kUsageError);
+    } catch (const Tessel::FitCancelled&) {
+        return tell("interrupted", kInterrupted);
     } catch (const std::bad_alloc&) {
         return tell("there is not enough memory", kFailure);
     } catch (const std::exception& error) {

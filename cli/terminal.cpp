@@ -1,6 +1,7 @@
 #include "terminal.h"
 
 #include <chrono>
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 
@@ -24,6 +25,13 @@ bool isErrorStreamTerminal() {
 
 std::filesystem::path pathOf(const std::string& path) {
     return std::filesystem::path(std::u8string(path.begin(), path.end()));
+}
+
+volatile std::sig_atomic_t interrupted = 0;
+
+void noteInterrupt(int) {
+    interrupted = 1;
+    std::signal(SIGINT, SIG_DFL);
 }
 
 bool writeFile(const std::string& bytes, const std::filesystem::path& path) {
@@ -78,6 +86,13 @@ void writeBytes(const std::string& bytes, const std::string& path) {
     throw Failure(path + ": cannot be written");
 }
 
+InterruptNote::InterruptNote() {
+    interrupted = 0;
+    std::signal(SIGINT, noteInterrupt);
+}
+InterruptNote::~InterruptNote() { std::signal(SIGINT, SIG_DFL); }
+bool InterruptNote::isInterrupted() const { return interrupted != 0; }
+
 Progress::Progress(std::string text) : text_(std::move(text)) {
     if (isErrorStreamTerminal()) thread_ = std::thread([this] { run(); });
 }
@@ -92,9 +107,10 @@ Progress::~Progress() {
     thread_.join();
 }
 
-void Progress::report(double shareDone) {
+void Progress::report(double shareDone, std::string activity) {
     const std::lock_guard lock(mutex_);
     shareDone_ = shareDone;
+    activity_ = std::move(activity);
 }
 
 void Progress::run() {
@@ -103,10 +119,12 @@ void Progress::run() {
     for (int seconds = 1; !changed_.wait_for(lock, std::chrono::seconds(1), [this] { return isDone_; });
          ++seconds) {
         std::string line = text_ + " ... ";
-        if (shareDone_ >= 0.0) line += std::to_string(static_cast<int>(100.0 * shareDone_)) + " % ";
+        if (shareDone_ >= 0.0)
+            line += std::to_string(static_cast<int>(100.0 * shareDone_)) + " % (" + activity_ + ") ";
         line += std::to_string(seconds) + " s";
+        const std::string blanks(length > line.size() ? length - line.size() : 0, ' ');
         length = line.size();
-        std::fprintf(stderr, "\r%s", line.c_str());
+        std::fprintf(stderr, "\r%s%s", line.c_str(), blanks.c_str());
         std::fflush(stderr);
     }
     if (length > 0) std::fprintf(stderr, "\r%s\r", std::string(length, ' ').c_str());

@@ -27,8 +27,20 @@ std::string readStandardInput();
 /// complete. @throws Failure
 void writeBytes(const std::string& bytes, const std::string& path);
 
-/// Tells on a terminal what takes long: a line "text ... 5 s", from the first second on and until
-/// destruction.
+/// Notes an interrupt from the keyboard while it exists, where it would have ended the program. The next one
+/// ends it.
+class InterruptNote {
+ public:
+    InterruptNote();
+    ~InterruptNote();
+    InterruptNote(const InterruptNote&) = delete;
+    InterruptNote& operator=(const InterruptNote&) = delete;
+
+    bool isInterrupted() const;
+};
+
+/// Tells on a terminal what takes long: a line "text ... 40 % (activity) 5 s", from the first second on and
+/// until destruction.
 class Progress {
  public:
     explicit Progress(std::string text);
@@ -37,7 +49,7 @@ class Progress {
     Progress& operator=(const Progress&) = delete;
 
     /// @param shareDone  from 0 to 1; nothing is told of it until it is first given
-    void report(double shareDone);
+    void report(double shareDone, std::string activity);
 
  private:
     void run();
@@ -47,6 +59,7 @@ class Progress {
     std::condition_variable changed_;
     bool isDone_ = false;
     double shareDone_ = -1.0;
+    std::string activity_;
     std::thread thread_;  // last, so that it finds all others made
 };
 

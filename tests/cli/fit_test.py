@@ -1,7 +1,11 @@
 """Models that the program fits, against the scorer of PMML in tests/interchange, which shares no code."""
 
 import json
+import os
+import pty
 import re
+import signal
+import subprocess
 import sys
 
 import harness
@@ -47,6 +51,22 @@ class Models(Program):
         self.assertNotIn("type", scorer.context.fields)
         for row, got in zip(rows_of(self.read("pima_tr2.csv")), scored):
             self.assertAlmostEqual(float(got["Prediction: glu"]), scorer.score(row).prediction, delta=1e-9)
+
+    def test_are_not_made_when_the_user_interrupts(self):
+        terminal, errors = pty.openpty()
+        self.addCleanup(os.close, terminal)
+        # Minutes of work, told of on the terminal.
+        command = ["fit", "bagging", "iris.csv", "--target", "Species", "--set", "numWeakLearners=10000000"]
+        with subprocess.Popen([harness.PROGRAM, *command, "--model", "never.json"], cwd=self.folder, stderr=errors,
+                              stdout=subprocess.PIPE) as program:
+            os.close(errors)
+            told = b""
+            while b"Weak Learner" not in told:
+                told += os.read(terminal, 4096)
+            program.send_signal(signal.SIGINT)
+            self.assertEqual((program.stdout.read(), program.wait(60)), (b"", 130))
+        self.assertIn("tessel: interrupted\r\n", os.read(terminal, 4096).decode())
+        self.assertEqual(sorted(path.name for path in self.folder.iterdir()), sorted(TARGETS))
 
     def test_keep_their_scores_through_all_formats(self):
         self.fit("decisionTree", "pima_tr2.csv", "a.pmml", "--success-class", "Yes", "--cutoff", "0.3")

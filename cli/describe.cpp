@@ -102,7 +102,6 @@ DataFrame dataFacts(const DataFrame& table) {
 
 /// "Model": what it is. "Inputs": its variables.
 DataFrameVector modelTables(const LoadedModel& model) {
-    const Scoring::FittedModel info = factsOf(model);
     StringVector labels, values;
     const auto add = [&](const wchar_t* label, const WString& value) {
         if (value.empty()) return;
@@ -111,7 +110,7 @@ DataFrameVector modelTables(const LoadedModel& model) {
     };
     add(L"Name", model.getName());
     add(L"Kind", model.getKind());
-    add(L"Algorithm", info.algorithm);
+    add(L"Algorithm", model.getAlgorithm());
     add(L"Target", model.getTargetColName());
     if (model.getKind() == Ladon::TaskKind::CLASSIFICATION) {
         add(L"Classes", Util::join(model.getClasses(), L", "));
@@ -124,8 +123,12 @@ DataFrameVector modelTables(const LoadedModel& model) {
     DataFrame facts(L"Model"), inputs(L"Inputs");
     facts.append(DataFrameColumn(L"Value", values));
     facts.setRowNames(labels);
-    inputs.append(DataFrameColumn(L"Type", info.variableTypes));
-    inputs.setRowNames(info.variableNames);
+    const StringVector names = model.getColNames(), categorical = model.getCategoricalColNames();
+    StringVector types;
+    for (const WString& name : names)
+        types.push_back(categorical.exists(name) ? L"categorical" : L"continuous");
+    inputs.append(DataFrameColumn(L"Type", types));
+    inputs.setRowNames(names);
     return DataFrameVector(facts, inputs);
 }
 

@@ -23,8 +23,6 @@ void setClassRule(LoadedModel& model, const std::string& successClass, const std
     if (cutOff) model.setSuccessProbability(*cutOff);
 }
 
-Scoring::FittedModel factsOf(const LoadedModel& model) { return Scoring::FittedModel(model.toJSON()); }
-
 std::string modelFormat(const std::string& path, const std::string& as) {
     if (!as.empty()) return as;
     if (path.empty() || path == "-") return "pmml";
@@ -36,18 +34,17 @@ std::string modelFormat(const std::string& path, const std::string& as) {
 }
 
 DataFrame readFor(const LoadedModel& model, const DataSource& source, const std::string& name) {
-    const Scoring::FittedModel facts = factsOf(model);
+    const StringVector categorical = model.getCategoricalColNames();
     DataFrame table = source.read();
     // Types were inferred from the cells. Where the model knows better, the file is read once more:
     // categories and identifiers keep their texts ("01"), and a cell that is no number is told with its
     // place.
     std::map<WString, TypeCode> types;
-    for (std::size_t i = 0; i < facts.variableNames.size(); ++i) {
-        const WString& column = facts.variableNames[i];
+    for (const WString& column : model.getColNames()) {
         if (!table.isColumn(column))
             throw Failure(name + ": there is no column '" + Convert::toUtf8(column) +
                           "', which the model needs");
-        const TypeCode type = facts.variableTypes[i] == L"categorical" ? TypeCode::TEXT : TypeCode::NUMERIC;
+        const TypeCode type = categorical.exists(column) ? TypeCode::TEXT : TypeCode::NUMERIC;
         if (table.getTypeCode(column) != type) types[column] = type;
     }
     for (const WString& column : model.getIndexColNames())

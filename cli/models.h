@@ -20,9 +20,6 @@ LoadedModel modelOf(const std::string& text, const std::string& source);
 /// Changes how a classifier decides between two classes, where something is given. @throws what models throw
 void setClassRule(LoadedModel& model, const std::string& successClass, const std::optional<double>& cutOff);
 
-/// What a model's text tells about it.
-Scoring::FittedModel factsOf(const LoadedModel& model);
-
 /// The format of a model text: `as` when given, else by the ending of the path, else "pmml".
 /// @throws Failure for an ending that tells no format
 std::string modelFormat(const std::string& path, const std::string& as);

@@ -23,7 +23,7 @@ Facade::~Facade() = default;
 void Facade::fromPMMLString(WString text) { implementation_->fromPMMLString(std::move(text)); }
 void Facade::fromJSONString(const WString& text) { implementation_->fromJSONString(text); }
 void Facade::fromLadonString(const WString& text) { implementation_->fromLadonString(text); }
-void Facade::fromString(const WString& text) { implementation_->fromString(text); }
+void Facade::fromString(WString text) { implementation_->fromString(std::move(text)); }
 bool Facade::isLoaded() const { return implementation_->isLoaded(); }
 
 const WString& Facade::getName() const { return implementation_->getName(); }
@@ -32,10 +32,21 @@ void Facade::assignName(const WString& name) { implementation_->setName(name); }
 void Facade::assignModelName(const WString& modelName) { implementation_->setModelName(modelName); }
 
 const WString& Facade::getKind() const { return implementation_->model().implementation->type().kind; }
+const WString& Facade::getAlgorithm() const {
+    return implementation_->model().implementation->type().algorithm;
+}
 StringVector Facade::getColNames() const {
     const Loaded& model = implementation_->model();
     if (model.learner) return model.learner->getColNames();
     return model.transformer ? model.transformer->getColNames() : StringVector();
+}
+StringVector Facade::getCategoricalColNames() const {
+    StringVector names;
+    const IPortableModel* const model = implementation_->model().implementation.get();
+    if (const auto* const learner = dynamic_cast<const Supervised::IModelable*>(model))
+        for (const FeatureSchema& feature : learner->schema.features)
+            if (feature.isCategorical) names.push_back(feature.name);
+    return names;
 }
 StringVector Facade::getIndexColNames() const {
     const Loaded& model = implementation_->model();

@@ -21,13 +21,15 @@ class IFacade : public IIdentifiable {
     void fromPMML(const PMML::Document& document);
     void fromJSONString(const WString& text);
     void fromLadonString(const WString& text);
-    void fromString(const WString& text);
+    void fromString(WString text);
 
     bool isLoaded() const { return model_ != nullptr; }
     /// @throws NoModels before anything was loaded.
     const Loaded& model() const;
 
  private:
+    void fromJSON(const web::json::value& value);
+    void fromLadon(const web::json::value& value);
     void adopt(const CatalogRow& row, std::shared_ptr<IPortableModel> implementation);
 
     Audience audience_;

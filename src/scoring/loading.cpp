@@ -55,35 +55,37 @@ void IFacade::fromPMML(const PMML::Document& document) {
     });
 }
 
+void IFacade::fromJSON(const web::json::value& value) {
+    const JSON::Members model(value, "A model");
+    const CatalogRow& row = rowOfJSON(audience_, memberText(model, "type"), memberText(model, "algorithm"));
+    const auto implementation = row.makeBlank();
+    implementation->fromJSONValue(value);
+    adopt(row, implementation);
+}
+
+void IFacade::fromLadon(const web::json::value& value) {
+    const JSON::Members object(value, "A Ladon description");
+    const CatalogRow& row = rowOfJSON(audience_, memberText(object, "type"), memberText(object, "algorithm"));
+    const auto implementation = row.makeBlank();
+    implementation->fromLadonValue(value);
+    adopt(row, implementation);
+}
+
 void IFacade::fromJSONString(const WString& text) {
-    JSONModel::translatingErrors([&] {
-        const web::json::value value = JSON::parse(text);
-        const JSON::Members model(value, "A model");
-        const CatalogRow& row =
-            rowOfJSON(audience_, memberText(model, "type"), memberText(model, "algorithm"));
-        const auto implementation = row.makeBlank();
-        implementation->fromJSONValue(value);
-        adopt(row, implementation);
-    });
+    JSONModel::translatingErrors([&] { fromJSON(JSON::parse(text)); });
 }
 
 void IFacade::fromLadonString(const WString& text) {
-    JSONModel::translatingErrors([&] {
-        const web::json::value value = JSON::parse(text);
-        const JSON::Members object(value, "A Ladon description");
-        const CatalogRow& row =
-            rowOfJSON(audience_, memberText(object, "type"), memberText(object, "algorithm"));
-        const auto implementation = row.makeBlank();
-        implementation->fromLadonValue(value);
-        adopt(row, implementation);
-    });
+    JSONModel::translatingErrors([&] { fromLadon(JSON::parse(text)); });
 }
 
-void IFacade::fromString(const WString& text) {
-    if (startsAsXml(text)) return fromPMMLString(text);
-    const bool isLadon = JSONModel::translatingErrors(
-        [&] { return JSON::Members(JSON::parse(text), "A model").find("fittedModel") != nullptr; });
-    isLadon ? fromLadonString(text) : fromJSONString(text);
+void IFacade::fromString(WString text) {
+    if (startsAsXml(text)) return fromPMMLString(std::move(text));
+    JSONModel::translatingErrors([&] {
+        const web::json::value value = JSON::parse(text);
+        const bool isLadon = JSON::Members(value, "A model").find("fittedModel") != nullptr;
+        isLadon ? fromLadon(value) : fromJSON(value);
+    });
 }
 
 }  // namespace Tessel::Scoring

@@ -55,6 +55,8 @@ TEST(Facades, LoadEveryTextOfAClassifierAndScoreLikeIt) {
         EXPECT_EQ(classifier.getName(), L"my tree");
         EXPECT_EQ(classifier.getModelName(), L"Classification Tree");
         EXPECT_EQ(classifier.getColNames(), model.getColNames());
+        EXPECT_EQ(classifier.getCategoricalColNames(), (StringVector{L"group"}));
+        EXPECT_EQ(classifier.getAlgorithm(), L"decisionTree");
         EXPECT_EQ(classifier.getTargetColName(), model.getTargetColName());
         EXPECT_EQ(classifier.getClasses(), model.getClasses());
         EXPECT_EQ(classifier.getScaler(), nullptr);
@@ -85,6 +87,7 @@ TEST(Facades, ScalingInTheTextIsAppliedAndTold) {
                   scaler.transform(data().features).toString());
         EXPECT_EQ(transformer.getColNames(), scaler.getColNames());
         EXPECT_EQ(transformer.getKind(), L"transformation");
+        EXPECT_EQ(transformer.getCategoricalColNames(), StringVector());
     }
     EXPECT_THROW(classifier.fromPMMLString(scaler.toPMML()), UnsupportedPMMLFormat);
 }

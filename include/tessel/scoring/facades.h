@@ -43,15 +43,19 @@ class TESSEL_API Facade : public Identifiable,
     void fromLadonString(const WString& text);
     /// Whatever the text is: `fromPMMLString` when it starts as XML does, else `fromLadonString` for an
     /// object with the member "fittedModel", else `fromJSONString`.
-    void fromString(const WString& text);
+    void fromString(WString text);
     bool isLoaded() const;
 
     const WString& getName() const override;
     const WString& getModelName() const override;
     /// The kind of task: "classification", "regression", "clustering", "timeSeries", "transformation".
     const WString& getKind() const;
+    /// The algorithm as texts name it, such as "decisionTree".
+    const WString& getAlgorithm() const;
     /// Columns that the model was trained on, without index columns.
     StringVector getColNames() const;
+    /// Those of them whose cells are categories, also where these look like numbers.
+    StringVector getCategoricalColNames() const;
     StringVector getIndexColNames() const;
     /// The report tables of the model.
     DataFrameVector toDataFrameVector() const override;

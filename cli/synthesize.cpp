@@ -22,8 +22,8 @@ struct Options {
     std::optional<int> seed;
     std::string correlation;  // empty: rank, or copula when one is named
     std::vector<std::string> copulas;
-    std::string sampling;  // empty: that of the generator
-    int numTerms = 5;
+    std::string sampling;         // empty: that of the generator
+    std::optional<int> numTerms;  // 5 unless given
     bool withinRange = false;
     std::string model;
     OutputOptions report;
@@ -92,7 +92,7 @@ DataFrame learn(Generator& generator, const Options& options) {
         throw Failure("--copula is for --correlation copula");
     for (const std::string& copula : options.copulas) generator.setCopula(kCopulas.at(copula), true);
     generator.setUseMinMaxAsBounds(options.withinRange);
-    for (const WString& column : columns) generator.setNumMetalogTerms(column, options.numTerms);
+    for (const WString& column : columns) generator.setNumMetalogTerms(column, options.numTerms.value_or(5));
     const Progress progress("learning from " + std::to_string(table.getNumRows()) + " rows");
     DataFrame learned = table(Util::all, columns);
     generator.fit(learned);
@@ -105,7 +105,7 @@ void synthesize(const Options& options) {
     DataFrame data;
     if (options.data.path.ends_with(".ladon")) {
         if (!options.correlation.empty() || !options.copulas.empty() || !options.ignored.empty() ||
-            options.withinRange)
+            options.withinRange || options.numTerms)
             throw Failure(options.data.path + ": is a generator, which has learned already");
         if (!options.report.path.empty() || !options.pictures.empty())
             throw Failure(options.data.path + ": is a generator; a report and pictures need the data");
@@ -172,10 +172,10 @@ void addSynthesize(CLI::App& program) {
         ->allow_extra_args(false)
         ->type_name("COPULAS");
     command
-        .add_option("--terms", options->numTerms,
-                    "The most terms of a distribution, 2 to 16: more follow the data more closely")
+        .add_option(
+            "--terms", options->numTerms,
+            "The most terms of a distribution, 2 to 16: more follow the data more closely; 5 unless given")
         ->check(CLI::Range(2, 16).description(""))
-        ->capture_default_str()
         ->type_name("NUMBER");
     command.add_flag("--within-range", options->withinRange,
                      "No values below the least and above the greatest of their column, at the price of a "

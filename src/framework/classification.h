@@ -33,8 +33,8 @@ class IModelable : public Supervised::IModelable {
 
     /// What the fit learnt of the classes.
     void setClassSchema(ClassSchema learnt);
-    void setSuccessClass(const WString& label);
-    void setSuccessProbability(double cutOff);
+    virtual void setSuccessClass(const WString& label);
+    virtual void setSuccessProbability(double cutOff);
     /// @throws InvalidSuccessLabel, ValueOutOfRange
     void validate() const;
 
@@ -59,6 +59,8 @@ class IModelable : public Supervised::IModelable {
     virtual WString posteriorColName(const WString& label) const {
         return L"Posterior Probability: " + label;
     }
+    /// Whether no classes are right, as where nothing was fitted.
+    virtual bool mayLackClasses() const { return false; }
     /// Called after classes, success class or cut-off changed, for engines that choose classes themselves.
     virtual void adoptClassRule() {}
 

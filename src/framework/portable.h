@@ -59,14 +59,19 @@ class IPortableModel : public IIdentifiable, public JSONModel::IPortable {
 
     virtual const ModelType& type() const = 0;
 
-    virtual WString toPMML(const PMML::ColumnScaling* scaling) const;
+    WString toPMML(const PMML::ColumnScaling* scaling) const { return toPMML(scaling, getName()); }
+    /// Under another name than the model's own, here and below.
+    virtual WString toPMML(const PMML::ColumnScaling* scaling, const WString& name) const;
     void fromPMMLString(WString text);
     /// Reads the model element of a parsed text. @throws UnsupportedPMMLFormat, also in place of whatever the
     /// checks of its parts throw.
     void fromPMML(const PMML::Document& document);
 
+    WString toJSON() const override { return toJSON(getName()); }
+    WString toJSON(const WString& name) const;
     /// The JSON value as the fitted model of a `Ladon` object.
-    WString toLadon() const;
+    WString toLadon() const { return toLadon(getName()); }
+    WString toLadon(const WString& name) const;
     void fromLadonString(const WString& text);
 
     void fromJSONString(const WString& text) override;
@@ -82,6 +87,8 @@ class IPortableModel : public IIdentifiable, public JSONModel::IPortable {
     virtual void readElement(PMML::ModelReader& reader) = 0;
 
  private:
+    web::json::value valueNamed(const WString& name) const;
+
     friend struct PMML::ModelWriter;
     friend struct PMML::ModelReader;
 };

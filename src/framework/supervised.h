@@ -51,6 +51,7 @@ class IModelable : public IPortableModel {
     virtual void writeBody(web::json::value& model) const = 0;
     virtual void readBody(const JSON::Members& model) = 0;
 
+    void readIndexColumns(const PMML::ModelReader& reader);
     void readMiningSchema(PMML::ModelReader& reader);
     void readTransformations(PMML::ModelReader& reader);
     void writeDataDictionary(PMML::ModelWriter& writer) const override;

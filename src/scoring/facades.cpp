@@ -56,9 +56,9 @@ StringVector Facade::getIndexColNames() const {
 DataFrameVector Facade::toDataFrameVector() const {
     return implementation_->model().reporter->toDataFrameVector();
 }
-WString Facade::toJSON() const { return implementation_->model().implementation->toJSON(); }
-WString Facade::toPMML() const { return implementation_->model().implementation->toPMML(nullptr); }
-WString Facade::toLadon() const { return implementation_->model().implementation->toLadon(); }
+WString Facade::toJSON() const { return implementation_->model().implementation->toJSON(getName()); }
+WString Facade::toPMML() const { return implementation_->model().implementation->toPMML(nullptr, getName()); }
+WString Facade::toLadon() const { return implementation_->model().implementation->toLadon(getName()); }
 
 // ---- Predictor, Classifier
 

@@ -17,7 +17,7 @@ WString memberText(const JSON::Members& object, const char* name) {
 }
 
 bool startsAsXml(const WString& text) {
-    const std::size_t first = text.find_first_not_of(L" \t\r\n\uFEFF");
+    const std::size_t first = text.find_first_not_of(L" \t\r\n");
     // A byte-order mark may also have been widened byte by byte.
     return first != WString::npos && (text[first] == L'<' || text[first] == L'\u00EF');
 }
@@ -80,6 +80,7 @@ void IFacade::fromLadonString(const WString& text) {
 }
 
 void IFacade::fromString(WString text) {
+    if (text.starts_with(L'\uFEFF')) text.erase(0, 1);  // a byte-order mark
     if (startsAsXml(text)) return fromPMMLString(std::move(text));
     JSONModel::translatingErrors([&] {
         const web::json::value value = JSON::parse(text);

@@ -1,7 +1,9 @@
 #include "scoring/model_info.h"
 
+#include <optional>
 #include <unordered_set>
 
+#include <tessel/data/convert.h>
 #include <tessel/framework/errors.h>
 #include <tessel/framework/ladon.h>
 
@@ -15,10 +17,10 @@ const WString kContinuous = L"continuous", kCategorical = L"categorical";
 
 namespace {
 
-/// The mining field that is predicted, or an empty text. As for those who load the model, "target" is the
+/// The mining field that is predicted, if there is one. As for those who load the model, "target" is the
 /// same as "predicted" and a field without usage is an input.
-WString targetOf(const PMML::Document& document) {
-    WString target;
+std::optional<WString> targetOf(const PMML::Document& document) {
+    std::optional<WString> target;
     const PMML::Node* const schema = document.getMiningSchemaNode();
     if (!schema) return target;
     PMML::forEachChild(schema, L"MiningField", [&](const PMML::Node* field) {
@@ -39,7 +41,8 @@ ModelInfo ModelInfo::ofPMML(const PMML::Document& document) {
     info.format = L"PMML";
     info.kind = document.getFunctionName();
     info.algorithm = document.getAlgorithmName();
-    if (!document.isTransformer()) info.targetName = targetOf(document);
+    const std::optional<WString> target = document.isTransformer() ? std::nullopt : targetOf(document);
+    info.targetName = target.value_or(WString());
     if (document.isForecaster()) {
         info.variableNames = StringVector{info.targetName};
         info.variableTypes = StringVector{kContinuous};
@@ -47,9 +50,12 @@ ModelInfo ModelInfo::ofPMML(const PMML::Document& document) {
     }
     const PMML::Node* const dictionary =
         PMML::Document::getRequiredSubnode(document.getRoot(), L"DataDictionary");
+    std::unordered_set<WString> names;
     PMML::forEachChild(dictionary, L"DataField", [&](const PMML::Node* field) {
         const WString name(PMML::Document::requiredAttribute(field, L"name"));
-        if (!info.targetName.empty() && name == info.targetName) return;
+        if (!names.insert(name).second)
+            throw UnsupportedPMMLFormat("Two fields are called " + Convert::toUtf8Lossy(name) + ".");
+        if (name == target) return;
         info.variableNames.push_back(name);
         const bool isContinuous = PMML::Document::requiredAttribute(field, L"optype") == kContinuous;
         info.variableTypes.push_back(isContinuous ? kContinuous : kCategorical);

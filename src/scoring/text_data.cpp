@@ -131,7 +131,8 @@ DataFrame readDelimited(const WString& text, const StringVector& names, const St
 
 }  // namespace
 
-DataFrame readTextData(const WString& text, const StringVector& names, const StringVector& types) {
+DataFrame readTextData(WString text, const StringVector& names, const StringVector& types) {
+    if (text.starts_with(L'\uFEFF')) text.erase(0, 1);  // a byte-order mark
     const auto first = std::find_if_not(text.begin(), text.end(), isBlank);
     if (names.empty() || first == text.end()) throw IncorrectDataFormat();
     // Empty lines in front are no records, except that they are missing cells where there is one column.

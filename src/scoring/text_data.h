@@ -8,6 +8,6 @@ namespace Tessel::Scoring {
 /// @param names  the expected columns, in order
 /// @param types  "continuous" columns are numbers, all others texts
 /// @throws IncorrectDataFormat when the text does not hold these columns, or no rows.
-DataFrame readTextData(const WString& text, const StringVector& names, const StringVector& types);
+DataFrame readTextData(WString text, const StringVector& names, const StringVector& types);
 
 }  // namespace Tessel::Scoring

@@ -35,6 +35,7 @@ void appendOutputField(Document& document, Node* output, const WString& name, bo
 
 void IModelable::requireClasses() const {
     const StringVector& classes = classSchema.classes;
+    if (classes.empty() && mayLackClasses()) return;
     if (classes.empty()) throw TooFewClassLabels();
     std::vector<WString> sorted(classes.begin(), classes.end());
     std::sort(sorted.begin(), sorted.end());

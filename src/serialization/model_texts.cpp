@@ -33,15 +33,15 @@ const WString& objectTypeOf(const ModelType& type) {
 
 // ---- PMML
 
-WString IPortableModel::toPMML(const PMML::ColumnScaling* scaling) const {
+WString IPortableModel::toPMML(const PMML::ColumnScaling* scaling, const WString& name) const {
     PMML::Document document;
     document.appendDeclaration();
-    PMML::Node* const root = document.allocatePMMLNode(type().pmmlElement, getName());
+    PMML::Node* const root = document.allocatePMMLNode(type().pmmlElement, name);
     document.appendNode(root);
     PMML::ModelWriter writer{document, root};
     writeDataDictionary(writer);
     PMML::Node* const element = writer.append(document.allocateNode(type().pmmlElement));
-    PMML::ModelWriter{document, element, scaling}.write(*this);
+    PMML::ModelWriter{document, element, scaling}.write(*this, name);
     return document.toString();
 }
 
@@ -83,13 +83,21 @@ void IPortableModel::fromJSONValue(const web::json::value& value) {
     });
 }
 
-WString IPortableModel::toLadon() const {
+web::json::value IPortableModel::valueNamed(const WString& name) const {
+    web::json::value value = toJSONValue();
+    if (name != getName()) JSONModel::set(value, L"modelName", JSON::fromText(name));
+    return value;
+}
+
+WString IPortableModel::toJSON(const WString& name) const { return JSON::serialize(valueNamed(name)); }
+
+WString IPortableModel::toLadon(const WString& name) const {
     web::json::value description = web::json::value::object(true);
     JSONModel::set(description, Ladon::Keyword::OBJECT_TYPE, JSON::fromText(objectTypeOf(type())));
     JSONModel::set(description, Ladon::Keyword::MODEL_TYPE, JSON::fromText(type().kind));
     JSONModel::set(description, Ladon::Keyword::MODEL_ALGORITHM, JSON::fromText(type().algorithm));
     JSONModel::set(description, Ladon::Keyword::PARAMETERS, web::json::value::object());
-    JSONModel::set(description, Ladon::Keyword::MODEL, toJSONValue());
+    JSONModel::set(description, Ladon::Keyword::MODEL, valueNamed(name));
     return JSON::serialize(description);
 }
 

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <unordered_map>
 
 #include <tessel/data/convert.h>
 #include <tessel/data/util/sets.h>
@@ -15,6 +16,9 @@ namespace {
 
 using PMML::Document;
 using PMML::Node;
+
+/// The name of the extension that tells an index column, of which the standard knows nothing.
+constexpr WStringView kIndexColumn = L"indexColumn";
 
 /// @throws UnsupportedPMMLFormat and the like, by the caller's translation.
 void requireDistinct(const StringVector& texts, const WString& what) {
@@ -52,6 +56,9 @@ void IModelable::writeDataDictionary(PMML::ModelWriter& writer) const {
 
 void IModelable::writeElement(PMML::ModelWriter& writer) const {
     writeAttributes(writer);
+    if (!writer.isSegment)
+        for (const WString& column : schema.indexColNames)
+            writer.append(PMML::allocateExtension(writer.document, kIndexColumn, column));
     if (writer.scaling && !schema.scaling.isEmpty())
         throw ConstraintViolation("Scaler", "The model scales its inputs already.");
     const PMML::ColumnScaling& scaling = writer.scaling ? *writer.scaling : schema.scaling;
@@ -80,7 +87,10 @@ void IModelable::writeElement(PMML::ModelWriter& writer) const {
 }
 
 void IModelable::readElement(PMML::ModelReader& reader) {
-    if (reader.ensemble) schema.features = reader.ensemble->features;
+    if (reader.ensemble)
+        schema.features = reader.ensemble->features;
+    else
+        readIndexColumns(reader);
     readMiningSchema(reader);
     if (!reader.ensemble)
         readTransformations(reader);
@@ -88,6 +98,14 @@ void IModelable::readElement(PMML::ModelReader& reader) {
         throw UnsupportedPMMLFormat("A segment transforms its inputs.");
     readTarget(reader);
     readBody(reader);
+}
+
+void IModelable::readIndexColumns(const PMML::ModelReader& reader) {
+    PMML::forEachChild(reader.element, L"Extension", [&](const Node* extension) {
+        const auto value = Document::optionalAttribute(extension, L"value");
+        if (value && Document::optionalAttribute(extension, L"name") == kIndexColumn)
+            schema.indexColNames.push_back(WString(*value));
+    });
 }
 
 /// Fills features and target; of a segment, whose features are there, only the target.
@@ -211,20 +229,24 @@ void IModelable::readJSONValue(const web::json::value& value) {
     if (categories.size() != categorical.size())
         throw NumElementsMismatch(static_cast<std::int64_t>(categorical.size()),
                                   static_cast<std::int64_t>(categories.size()));
-    for (const WString& name : categorical)
-        if (!names.exists(name)) throw NotAValidColName("categoricalVariables", Convert::toUtf8Lossy(name));
+    std::unordered_map<WString, std::size_t> positions;  // by name, of the variables
     for (const WString& name : names) {
-        const std::size_t position = categorical.find(name);
-        const bool isCategorical = position < categorical.size();
-        schema.features.push_back(featureOf(
-            name, isCategorical,
-            isCategorical ? JSON::toStringVector(categories.at(position), "categories") : StringVector()));
+        positions.emplace(name, schema.features.size());
+        schema.features.push_back(featureOf(name, false, {}));
+    }
+    for (std::size_t i = 0; i < categorical.size(); ++i) {
+        const auto position = positions.find(categorical[i]);
+        if (position == positions.end())
+            throw NotAValidColName("categoricalVariables", Convert::toUtf8Lossy(categorical[i]));
+        schema.features[position->second] =
+            featureOf(categorical[i], true, JSON::toStringVector(categories.at(i), "categories"));
     }
     if (const web::json::value* const scaled = model.find("scaledVariables"))
         for (const web::json::value& element : JSON::toArray(*scaled, "scaledVariables")) {
             const JSON::Members column(element, "A scaled variable");
             const WString name = JSON::toText(column.at("name"), "name");
-            if (!names.exists(name) || categorical.exists(name))
+            const auto position = positions.find(name);
+            if (position == positions.end() || schema.features[position->second].isCategorical)
                 throw NotAValidColName("scaledVariables", Convert::toUtf8Lossy(name));
             schema.scaling.add(name, {JSON::toNumber(column.at("shift"), "shift"),
                                       JSON::toNumber(column.at("scale"), "scale")});

@@ -35,12 +35,13 @@ std::vector<std::span<const double>> constSpansOf(const std::vector<Vector>& row
     return spans;
 }
 
-/// Asks for the memory of a whole sample without using it: systems that give more than they have refuse such
-/// a request only as one. @throws std::bad_alloc
-void requireMemory(std::size_t numVars, std::size_t numRows) {
-    if (numVars > std::numeric_limits<std::size_t>::max() / 16 / numRows) throw std::bad_alloc();
-    void* const volatile memory =
-        ::operator new(numVars* numRows * sizeof(double));  // volatile: not left out
+/// Asks for all memory that making a sample takes without using it: systems that give more than they have
+/// refuse such a request only as one. @throws std::bad_alloc
+/// @param numCopies  as many times the sample
+void requireMemory(std::size_t numVars, std::size_t numRows, std::size_t numCopies) {
+    const std::size_t rowSize = numRows * numCopies * sizeof(double);
+    if (numVars > std::numeric_limits<std::size_t>::max() / 2 / rowSize) throw std::bad_alloc();
+    void* const volatile memory = ::operator new(numVars* rowSize);  // volatile: not left out
     ::operator delete(memory);
 }
 
@@ -101,7 +102,10 @@ ISyntheticDataGenerator::Rows ISyntheticDataGenerator::drawUniforms(std::size_t 
         return {};
     }
     Rows rows(numVars + numMixing);
-    requireMemory(rows.size(), static_cast<std::size_t>(sampleSize.get()));
+    // Ranks, scores and sorted values beside the sample, where variables are made dependent.
+    constexpr std::size_t kCopies = 2, kCopiesOfDependent = 7;
+    requireMemory(rows.size(), static_cast<std::size_t>(sampleSize.get()),
+                  dependenceToInduce() ? kCopiesOfDependent : kCopies);
     for (Vector& row : rows) row.resize(static_cast<std::size_t>(sampleSize.get()));
     const auto method = static_cast<Engine::Random::SamplingMethodType>(samplingMethod.get());
     if (!uniformSample(*generator, method, spansOf(rows, 0, rows.size()))) {

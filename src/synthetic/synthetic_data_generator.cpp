@@ -69,9 +69,13 @@ ParameterList ISyntheticDataGenerator::parameters() {
 }
 
 void ISyntheticDataGenerator::validate() const {
-    IEstimatable::validate();
+    const auto validateAll = [](const auto&... some) { (some.validate(), ...); };
+    validateAll(metalogAuto, numMetalogTerms, metalogLowerBound, metalogUpperBound, useMinMaxAsBounds,
+                metalogGoodnessOfFitType, computeMetalogCurves, correlationType, copulas, generateSample,
+                randomGenerator, samplingMethod, randomStream);
     if (correlationType.get() == CorrelationType::COPULA && copulas.get().empty())
         throw ConstraintViolation(copulas.getNarrowDescription(), "At least one copula must be selected.");
+    validateAll(randomSeed, sampleSize, expression);
 }
 
 ColumnTask ISyntheticDataGenerator::taskOf(const WString& column) const {

@@ -96,6 +96,7 @@ class Synthesize(Program):
             ("constant.csv",): "constant.csv: cannot be learned from. ",
             ("no.ladon",): "no.ladon: is no generator",
             ("no.ladon", "--within-range"): "has learned already",
+            ("no.ladon", "--terms", 3): "has learned already",
             ("no.ladon", "--report", "alike.txt"): "need the data",
             ("iris.csv", "--ignore", "Species", "--size", "0"): "1,2147483647",
             ("iris.csv", "--correlation", "none", "--ignore", "Species", "--copula", "frank"): "--copula is",

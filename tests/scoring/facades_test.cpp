@@ -45,7 +45,7 @@ TEST(Facades, LoadEveryTextOfAClassifierAndScoreLikeIt) {
     fromJSON.fromJSONString(model.toJSON());
     fromLadon.fromLadonString(model.toLadon());
     for (const WString& text : {model.toPMML(), model.toJSON(), model.toLadon()}) {
-        fromAnything.fromString(text);
+        fromAnything.fromString(L"\uFEFF" + text);
         EXPECT_EQ(fromAnything.getKind(), L"classification");
     }
     for (const Classifier& classifier : {fromPMML, fromJSON, fromLadon}) {
@@ -57,6 +57,7 @@ TEST(Facades, LoadEveryTextOfAClassifierAndScoreLikeIt) {
         EXPECT_EQ(classifier.getColNames(), model.getColNames());
         EXPECT_EQ(classifier.getCategoricalColNames(), (StringVector{L"group"}));
         EXPECT_EQ(classifier.getAlgorithm(), L"decisionTree");
+        EXPECT_EQ(classifier.getIndexColNames(), (StringVector{L"id"}));
         EXPECT_EQ(classifier.getTargetColName(), model.getTargetColName());
         EXPECT_EQ(classifier.getClasses(), model.getClasses());
         EXPECT_EQ(classifier.getScaler(), nullptr);
@@ -64,7 +65,6 @@ TEST(Facades, LoadEveryTextOfAClassifierAndScoreLikeIt) {
         EXPECT_GT(classifier.toDataFrameVector().size(), 2);
     }
     EXPECT_EQ(fromJSON.toLadon(), model.toLadon());
-    EXPECT_EQ(fromJSON.getIndexColNames(), (StringVector{L"id"}));
 }
 
 TEST(Facades, ScalingInTheTextIsAppliedAndTold) {
@@ -227,6 +227,13 @@ TEST(Facades, CopiesShareAndNamesAreTheirOwn) {
     Predictor copy = predictor;
     copy.setName(L"mine");
     EXPECT_EQ(predictor.getName(), L"my tree");
+    for (const WString& text : {copy.toPMML(), copy.toJSON(), copy.toLadon()}) {
+        EXPECT_EQ(text.find(L"my tree"), WString::npos);
+        Predictor read;
+        read.fromString(text);
+        EXPECT_EQ(read.getName(), L"mine");
+    }
+    EXPECT_NE(predictor.toJSON().find(L"my tree"), WString::npos);
     predictor.fromPMMLString(regressionTree().toPMML());
     EXPECT_EQ(copy.getKind(), L"classification");
     EXPECT_EQ(copy.getName(), L"mine");

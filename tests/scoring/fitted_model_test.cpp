@@ -44,6 +44,17 @@ TEST(FittedModel, TellsWhatPMMLAndJSONTextsHold) {
     }
 }
 
+TEST(FittedModel, TargetsWithoutANameAreNoInputs) {
+    DataFrameColumn target = kTable.target;
+    target.setColName(L"");
+    const auto model = Classification::NaiveBayes::Estimator().fit(kTable.features, target);
+    for (const WString& text : {model.toPMML(), model.toJSON()}) {
+        const FittedModel told(text);
+        EXPECT_EQ(told.variableNames, (StringVector{L"first", L"second", L"group"}));
+        EXPECT_EQ(told.targetName, L"");
+    }
+}
+
 TEST(FittedModel, ReadsTheColumnsByTheKindOfTheDocument) {
     const WString predicted = L"<MiningField name=\"a\" usageType=\"predicted\"/>";
     const struct {
@@ -134,6 +145,16 @@ TEST(FittedModel, ScoresOneVariableAsAColumn) {
         EXPECT_EQ(tableOf(scorer.score(regressionTree(10, 20), data, 0, true))(Util::all, 0).toDoubleVector(),
                   (Vector{10, 20, 20}))
             << Convert::toUtf8(data);
+}
+
+TEST(FittedModel, MarksOfByteOrderAreNoData) {
+    const WString text = regressionTree(-1.0, 1.0);
+    const FittedModel model(text);
+    WString row;
+    for (std::size_t i = 0; i < model.variableNames.size(); ++i) row += i == 0 ? L"1" : L",1";
+    const WString expected = model.score(text, L"[" + row + L"]", 0, false);
+    for (const WString& data : {L"[" + row + L"]", L"[[" + row + L"]]", row})
+        EXPECT_EQ(model.score(text, L"\uFEFF" + data, 0, false), expected);
 }
 
 TEST(FittedModel, RefusesDataThatDoNotFit) {

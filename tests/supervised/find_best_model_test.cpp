@@ -201,6 +201,45 @@ TEST(FindBestModel, FailuresAreLogged) {
 
     const auto empty = C::FindBestModel::Estimator().fit(data.features, data.target);
     EXPECT_EQ(empty.getFittingLog(), (StringVector{L"No models were fit."}));
+    for (const auto& nothing : {failed, empty}) {
+        model.fromJSONString(nothing.toJSON());
+        EXPECT_EQ(model.toJSON(), nothing.toJSON());
+    }
+}
+
+TEST(FindBestModel, PMMLIsThatOfTheChosenModelUnderTheNameOfTheSearch) {
+    const LabelledTable data = labelledTable(60, 2);
+    auto search = C::FindBestModel::Estimator().addLearner(kStump);
+    auto model = search.fit(data.features, data.target);
+    EXPECT_THROW(model.toPMML(), NoBestLearner);
+    model.findBestLearner(data.features, data.target);
+    const WString element = L"<TreeModel modelName=\"";
+    EXPECT_NE(model.toPMML().find(element + L"Classification Tree\""), WString::npos);
+    auto named = search.setName(L"mine").fit(data.features, data.target);
+    named.findBestLearner(data.features, data.target);
+    EXPECT_NE(named.toPMML().find(element + L"mine\""), WString::npos);
+    EXPECT_NE(named.toPMML().find(L"<ModelName>mine<"), WString::npos);
+    const WString before = model.toJSON();
+    EXPECT_THROW(model.fromPMMLString(model.toPMML()), UnsupportedPMMLFormat);
+    EXPECT_EQ(model.toJSON(), before);
+}
+
+TEST(FindBestModel, ModelsKeepTheirSuccessClassUntilOneIsSet) {
+    const LabelledTable data = labelledTable(60, 2);
+    const auto fitted = [&](const auto& search) { return search.fit(data.features, data.target); };
+    const auto success = [](const auto& model, LearnerType type) {
+        return model.getModel(type)->getSuccessClass();
+    };
+    const auto bagging = C::FindBestModel::Estimator().addLearner(C::Bagging::Estimator());
+    EXPECT_EQ(fitted(bagging).getSuccessClass(), L"class 1");  // that of the only model
+    auto both = fitted(C::FindBestModel::Estimator(bagging).addLearner(kStump));
+    EXPECT_EQ(both.getSuccessClass(), L"class 0");
+    both.setSuccessProbability(0.3);
+    EXPECT_EQ(success(both, LearnerType::BAGGING), L"class 1");
+    EXPECT_EQ(success(both, LearnerType::DECISION_TREE), L"class 0");
+    EXPECT_EQ(both.getModel(LearnerType::BAGGING)->getSuccessProbability(), 0.3);
+    both.setSuccessClass(L"class 0");
+    EXPECT_EQ(success(both, LearnerType::BAGGING), L"class 0");
 }
 
 TEST(FindBestModel, HandsOnWhatIsSetForAllLearners) {

@@ -59,6 +59,7 @@ class TESSEL_API Facade : public Identifiable,
     StringVector getIndexColNames() const;
     /// The report tables of the model.
     DataFrameVector toDataFrameVector() const override;
+    // Texts of the model under the name of this object.
     WString toJSON() const;
     WString toPMML() const;
     WString toLadon() const;

@@ -9,9 +9,9 @@
 
 namespace Tessel::PMML {
 
-void ModelWriter::write(const IPortableModel& model) {
+void ModelWriter::write(const IPortableModel& model, const WString& name) {
     const ModelType& type = model.type();
-    document.appendAttribute(element, L"modelName", model.getName());
+    document.appendAttribute(element, L"modelName", name);
     document.appendAttribute(element, L"functionName", type.kind);
     document.appendAttribute(element, L"algorithmName", type.pmmlAlgorithm);
     model.writeElement(*this);
@@ -77,6 +77,10 @@ void ModelReader::readInto(IPortableModel& model) {
     const ModelType& type = model.type();
     const auto name = Document::optionalAttribute(element, L"modelName");
     const WStringView elementName(element->name(), element->name_size());
+    if (type.pmmlElement.empty())
+        throw UnsupportedPMMLFormat("PMML has no element for models of algorithm " +
+                                    Convert::toUtf8Lossy(type.algorithm) +
+                                    ". Load the text by the family of its model or by a facade.");
     if (elementName != type.pmmlElement)
         throw UnsupportedPMMLFormat("The model is a " + Convert::toUtf8Lossy(elementName) + ", not a " +
                                     Convert::toUtf8Lossy(type.pmmlElement) + ".");

@@ -39,7 +39,7 @@ struct ModelWriter {
     }
 
     /// Fills the model element with its common attributes and its content.
-    void write(const IPortableModel& model);
+    void write(const IPortableModel& model, const WString& name);
 };
 
 /// A field of a data dictionary.

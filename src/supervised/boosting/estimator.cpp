@@ -1,5 +1,8 @@
 #include "supervised/boosting/estimator.h"
 
+#include <algorithm>
+#include <cmath>
+
 #include <tessel/data/util/random.h>
 #include <tessel/framework/errors.h>
 #include <tessel/framework/ladon.h>
@@ -76,6 +79,14 @@ IEstimatable::LadonIdentity IEstimator::ladonIdentity() const {
     return {Ladon::Keyword::ESTIMATOR, Ladon::TaskKind::REGRESSION, Ladon::ModelAlgorithm::BOOSTING};
 }
 
+/// @throws ConstraintViolation
+static void requireFiniteResiduals(const std::vector<double>& residuals) {
+    if (!std::all_of(residuals.begin(), residuals.end(), [](double value) { return std::isfinite(value); }))
+        throw ConstraintViolation("target",
+                                  "The residuals leave the range of double; divide the target by a large "
+                                  "number, or take a smaller step size.");
+}
+
 std::shared_ptr<IModelable> IEstimator::fitEngine(const TrainingSet& data) const {
     const std::size_t numRows = data.target.size();
     const Learner weak = learner(0);
@@ -88,6 +99,7 @@ std::shared_ptr<IModelable> IEstimator::fitEngine(const TrainingSet& data) const
 
     std::vector<double> residuals(data.target.begin(), data.target.end()), predicted(numRows);
     for (double& residual : residuals) residual -= model->meanResponse;
+    requireFiniteResiduals(residuals);
     for (int m = 0; m < numWeakLearners.get(); ++m) {
         const Progress progress = data.progress.part(static_cast<double>(m) / numWeakLearners.get(),
                                                      (m + 1.0) / numWeakLearners.get(),
@@ -97,6 +109,7 @@ std::shared_ptr<IModelable> IEstimator::fitEngine(const TrainingSet& data) const
             weak->fitResample(data.features, residuals, {}, preparation.get(), progress);
         weakModel->score(data.features.columns, predicted);
         for (std::size_t row = 0; row < numRows; ++row) residuals[row] -= stepSize.get() * predicted[row];
+        requireFiniteResiduals(residuals);
         model->add(std::move(weakModel), 1.0);
     }
     return model;

@@ -18,24 +18,13 @@ void requireSameFeatures(const FittedSchema& ensemble, const FittedSchema& membe
         throw ConstraintViolation("weakLearners", "Members have the variables of the ensemble.");
 }
 
-void requireKnownClasses(const IClassifierMembers& members, const StringVector& classes) {
-    for (const auto& member : members.weakModels)
-        for (const WString& label : member->classSchema.classes)
-            if (!classes.exists(label))
-                throw ConstraintViolation("weakLearners",
-                                          Convert::toUtf8Lossy(label) + " is no class of the ensemble.");
-}
-
 void requireFiniteSum(const Vector& weights) {
     if (!std::isfinite(std::accumulate(weights.begin(), weights.end(), 0.0)))
         throw ConstraintViolation("weights", "The sum of the weights is finite.");
 }
 
 void IClassifier::writeBody(web::json::value& model) const { writeMembers(*this, model); }
-void IClassifier::readBody(const JSON::Members& model) {
-    readMembers(*this, schema, model);
-    requireKnownClasses(*this, classSchema.classes);
-}
+void IClassifier::readBody(const JSON::Members& model) { readMembers(*this, schema, model); }
 void IRegressor::writeBody(web::json::value& model) const { writeMembers(*this, model); }
 void IRegressor::readBody(const JSON::Members& model) { readMembers(*this, schema, model); }
 

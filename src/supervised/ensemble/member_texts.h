@@ -32,10 +32,6 @@ inline std::shared_ptr<Regression::IModelable> blankMember(const IRegressorMembe
 /// Members read the columns as the ensemble does. @throws ConstraintViolation where they would not.
 void requireSameFeatures(const FittedSchema& ensemble, const FittedSchema& member);
 
-/// Members may know fewer classes than the ensemble, none that it does not.
-/// @throws ConstraintViolation
-void requireKnownClasses(const IClassifierMembers& members, const StringVector& classes);
-
 /// Weights are divided by their sum. @throws ConstraintViolation
 void requireFiniteSum(const Vector& weights);
 

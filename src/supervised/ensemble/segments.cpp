@@ -71,7 +71,7 @@ void writeSegments(const Members& members, WStringView method, const ModelWriter
         memberWriter.fields = writer.fields;
         memberWriter.isSegment = true;
         memberWriter.areProbabilitiesVotes = isWeighted;
-        memberWriter.write(member);
+        memberWriter.write(member, member.getName());
     }
 }
 
@@ -182,7 +182,11 @@ void IClassifier::writeBody(ModelWriter& writer) const {
 }
 void IClassifier::readBody(const ModelReader& reader) {
     readSegments(*this, schema, multipleModelMethod(), reader);
-    requireKnownClasses(*this, classSchema.classes);
+    // Members may know fewer classes, none that the ensemble does not.
+    for (const auto& member : weakModels)
+        for (const WString& label : member->classSchema.classes)
+            if (!classSchema.classes.exists(label))
+                throw UnsupportedPMMLFormat(Convert::toUtf8Lossy(label) + " is no class of the ensemble.");
 }
 void IRegressor::writeBody(ModelWriter& writer) const { writeSegments(*this, multipleModelMethod(), writer); }
 void IRegressor::readBody(const ModelReader& reader) {

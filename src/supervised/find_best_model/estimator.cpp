@@ -1,5 +1,7 @@
 #include "supervised/find_best_model/estimator.h"
 
+#include <algorithm>
+
 #include <tessel/data/convert.h>
 #include <tessel/framework/ladon.h>
 
@@ -174,11 +176,15 @@ void IEstimator::instruct(Classification::IEstimator& candidate) const {
 
 void IEstimator::adopt(IModel& model, const IModelable& first) const {
     ISearch::adopt(model, first);
-    // Set as it is, so that each model keeps the success class that it has by default.
+    // Set as it is, so that each model keeps the success class that it has by default. Where these differ,
+    // the search compares by the first of two classes.
     model.classSchema = first.classSchema;
-    model.classSchema.successClass = successClass.get();
-    if (successClass.get().empty() && first.classSchema.classes.size() == 2)
-        model.classSchema.successClass = first.classSchema.classes.front();
+    const WString& ofFirst = first.classSchema.successClass;
+    const bool areAlike = std::all_of(model.models.begin(), model.models.end(), [&](const auto& candidate) {
+        return candidate.second->classSchema.successClass == ofFirst;
+    });
+    const StringVector& classes = first.classSchema.classes;
+    if (!areAlike) model.classSchema.successClass = classes.size() == 2 ? classes.front() : WString();
     model.classSchema.successProbability = successProbability.get();
 }
 

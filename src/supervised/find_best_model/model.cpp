@@ -51,11 +51,14 @@ DataFrame IModel::measure(const DataFrameColumn& actual, const DataFrameColumn& 
     return table;
 }
 
-void IModel::adoptClassRule() {
-    for (const auto& [type, model] : models) {
-        if (!classSchema.successClass.empty()) model->setSuccessClass(classSchema.successClass);
-        model->setSuccessProbability(classSchema.successProbability);
-    }
+void IModel::setSuccessClass(const WString& label) {
+    IModelable::setSuccessClass(label);
+    for (const auto& [type, model] : models) model->setSuccessClass(label);
+}
+
+void IModel::setSuccessProbability(double cutOff) {
+    IModelable::setSuccessProbability(cutOff);
+    for (const auto& [type, model] : models) model->setSuccessProbability(cutOff);
 }
 
 void IModel::describe(StringVector& labels, StringVector& values) const {

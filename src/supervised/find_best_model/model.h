@@ -16,9 +16,16 @@ class IModel : public IModelable, public Tessel::FindBestModel::ISearched<IModel
     IModel() : IModelable(kModelName), ISearched(Tessel::FindBestModel::Kind::CLASSIFICATION) {}
 
     const ModelType& type() const override;
-    /// The chosen model's own text: a search has none. @throws NoBestLearner
-    WString toPMML(const PMML::ColumnScaling* scaling) const override { return chosen().toPMML(scaling); }
+    using IModelable::toPMML;
+    /// The chosen model's own text, under the name of the search when it was given one. @throws NoBestLearner
+    WString toPMML(const PMML::ColumnScaling* scaling, const WString& name) const override {
+        return chosen().toPMML(scaling, name == kModelName ? chosen().getName() : name);
+    }
     std::shared_ptr<Supervised::IModelable> blank() const override { return std::make_shared<IModel>(); }
+
+    // Rules that are set here go to all models.
+    void setSuccessClass(const WString& label) override;
+    void setSuccessProbability(double cutOff) override;
 
     ClassificationMetricType metric = ClassificationMetricType::PERCENT_CORRECT;
 
@@ -37,7 +44,7 @@ class IModel : public IModelable, public Tessel::FindBestModel::ISearched<IModel
     }
 
  protected:
-    void adoptClassRule() override;
+    bool mayLackClasses() const override { return true; }
     /// Not called: PMML is that of the chosen model.
     void writeBody(PMML::ModelWriter& writer) const override;
     void readBody(const PMML::ModelReader& reader) override;
@@ -63,8 +70,11 @@ class IModel : public IModelable, public Tessel::FindBestModel::ISearched<IModel
     IModel() : IModelable(kModelName), ISearched(Tessel::FindBestModel::Kind::REGRESSION) {}
 
     const ModelType& type() const override;
-    /// The chosen model's own text: a search has none. @throws NoBestLearner
-    WString toPMML(const PMML::ColumnScaling* scaling) const override { return chosen().toPMML(scaling); }
+    using IModelable::toPMML;
+    /// The chosen model's own text, under the name of the search when it was given one. @throws NoBestLearner
+    WString toPMML(const PMML::ColumnScaling* scaling, const WString& name) const override {
+        return chosen().toPMML(scaling, name == kModelName ? chosen().getName() : name);
+    }
     std::shared_ptr<Supervised::IModelable> blank() const override { return std::make_shared<IModel>(); }
 
     RegressionMetricType metric = RegressionMetricType::RMSE;

@@ -1,3 +1,4 @@
+#include <tessel/framework/errors.h>
 #include <tessel/framework/ladon.h>
 
 #include "supervised/find_best_model/model.h"
@@ -32,6 +33,7 @@ void Classification::FindBestModel::IModel::readBody(const JSON::Members& model)
             const auto* const family = LearnerCatalog::findClassifier(algorithm);
             return family ? family->makeBlank() : nullptr;
         });
+    if (classSchema.classes.empty() && !models.empty()) throw TooFewClassLabels();
     metric = static_cast<ClassificationMetricType>(read);
     if (!metricNames().contains(metric)) throw ConstraintViolation("metric", "Unknown metric.");
 }

@@ -89,7 +89,8 @@ using Tessel::FindBestModel::LearnerType;
 TESSEL_API WString getLearnerName(LearnerType type);
 
 /// The fitted candidates. `predict` and the posteriors are those of the learner that `findBestLearner` chose
-/// for scoring. @throws NoModels when no learner could be fitted, NoBestLearner before one was chosen.
+/// for scoring. So is the PMML, which a facade reads or a model of that family; JSON and `Ladon` hold the
+/// whole search. @throws NoModels when no learner could be fitted, NoBestLearner before one was chosen.
 class TESSEL_API Model : public ClassifierModelOf<Model> {
  public:
     using ClassifierModelOf::ClassifierModelOf;

@@ -188,13 +188,22 @@ void requireFinite(const TrainingFeatures& features) {
     }
 }
 
+/// Where the features are in a table. @throws NotAValidColName, DuplicateName
+static IntVector positionsOf(const FittedSchema& schema, const DataFrame& table) {
+    try {
+        return table.getColIndexes(schema.featureNames());
+    } catch (const NonExistingNamedIndex&) {
+        for (const FeatureSchema& feature : schema.features)
+            if (!table.isColumn(feature.name))
+                throw NotAValidColName("Input table", Convert::toUtf8Lossy(feature.name));
+        throw;
+    }
+}
+
 std::vector<FeatureColumn> readFeatures(const FittedSchema& schema, const DataFrame& table) {
     std::vector<FeatureColumn> columns;
     columns.reserve(schema.features.size());
-    for (const FeatureSchema& feature : schema.features)
-        if (!table.isColumn(feature.name))
-            throw NotAValidColName("Input table", Convert::toUtf8Lossy(feature.name));
-    const IntVector positions = table.getColIndexes(schema.featureNames());
+    const IntVector positions = positionsOf(schema, table);
     for (std::size_t i = 0; i < positions.size(); ++i) {
         const FeatureSchema& feature = schema.features[i];
         const auto& cells = ColumnAccess::cells(table, positions[i]);

@@ -6,8 +6,8 @@
 #include <tessel/framework/regressor.h>
 
 // What bagging, boosting and random trees have in common: many fitted copies of one weak learner that vote or
-// are averaged. Classes have the order of their first rows in the whole table, in the weak learners too, where
-// it decides between classes that are alike.
+// are averaged. Classes have the order of their first rows in the whole table, in the weak learners too,
+// where it decides between classes that are alike.
 
 namespace Tessel {
 

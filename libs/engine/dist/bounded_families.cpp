@@ -6,6 +6,7 @@
 #include "engine/dist/family_frame.h"
 #include "engine/dist/likelihood.h"
 #include "engine/dist/special_functions.h"
+#include "engine/dist/tail_quantile.h"
 
 // The families between two bounds.
 
@@ -101,10 +102,7 @@ struct Beta {
     double complementaryCdf(double x) const { return upperTail(x, 1.0 - x); }
     double lowerTail(double x, double rest) const { return tail(a, b, x, rest); }
     double upperTail(double x, double rest) const { return tail(b, a, rest, x); }
-    double inverseCdf(double p) const {
-        return p < 0.5 ? boost::math::ibeta_inv(a, b, p, Quiet())
-                       : boost::math::ibetac_inv(a, b, 1.0 - p, Quiet());
-    }
+    double inverseCdf(double p) const;
     Moments moments() const {
         const double sum = a + b;
         return {a / sum, a / sum * (b / sum) / (sum + 1.0),
@@ -119,15 +117,24 @@ struct Beta {
     }
 
  private:
+    static constexpr double kLargeSum = 1000.0;
+
     /// The chance on the side of the shape `near` at `x` from its end.
     double tail(double near, double far, double x, double rest) const {
-        if (a + b > 1000.0 || x == 0.0 || rest == 0.0) return betaLowerTail(near, far, x);
-        const double sum = a + b;
-        const double power =
-            std::exp(logFactor - poissonDeviance(near, sum * x) - poissonDeviance(far, sum * rest));
-        return x <= (near + 1.0) / (sum + 2.0) ? power * betaFraction(near, far, x, rest)
-                                               : 1.0 - power * betaFraction(far, near, rest, x);
+        return a + b > kLargeSum || x == 0.0 || rest == 0.0
+                   ? betaLowerTail(near, far, x)
+                   : tail(near, far, x, rest, power(near, far, x, rest));
     }
+    static double tail(double near, double far, double x, double rest, double power) {
+        return x <= (near + 1.0) / (near + far + 2.0) ? power * betaFraction(near, far, x, rest)
+                                                      : 1.0 - power * betaFraction(far, near, rest, x);
+    }
+    /// x^near rest^far / B(near, far), which is the density times x rest.
+    double power(double near, double far, double x, double rest) const {
+        const double sum = near + far;
+        return std::exp(logFactor - poissonDeviance(near, sum * x) - poissonDeviance(far, sum * rest));
+    }
+    double quantileOdds(bool isLower, double target) const;
     /// The logarithm of the density at the end of the shape `near`.
     static double atEnd(double near, double far) {
         return near < 1.0 ? kInfinity : near > 1.0 ? -kInfinity : std::log(far);
@@ -138,6 +145,51 @@ struct Beta {
         return a < b ? 0.0 : 1.0;
     }
 };
+
+/// A place to look for the quantile x from, as x / (1 - x).
+double Beta::quantileOdds(bool isLower, double target) const {
+    const double near = isLower ? a : b, far = isLower ? b : a, sum = a + b;
+    double odds = 0.0;  // of the distance from the end that the tail is at
+    if (near > 1.0 && far > 1.0) {
+        // A. Carter's approximation (Biometrika 34, 1947), as M. Abramowitz & I. Stegun, 26.5.22.
+        const double z = -normalQuantile(target), part = (z * z - 3.0) / 6.0;
+        const double r = 1.0 / (2.0 * near - 1.0), s = 1.0 / (2.0 * far - 1.0), h = 2.0 / (r + s);
+        const double w = z * std::sqrt(h + part) / h - (s - r) * (part + 5.0 / 6.0 - 2.0 / (3.0 * h));
+        odds = near / far * std::exp(-2.0 * w);
+    }
+    if (!(odds > 0.2 * near / far)) {
+        // Far out the chance is x^near / (near B(near, far)) (1 - near (far - 1) x / (near + 1) + ...).
+        const double logBeta = near * std::log(near / sum) + far * std::log(far / sum) - logFactor;
+        const double first = std::exp((std::log(target * near) + logBeta) / near);
+        const double x = std::min(first * (1.0 + (far - 1.0) / (near + 1.0) * first), 0.75);
+        odds = x / (1.0 - x);
+    }
+    return isLower ? odds : 1.0 / odds;
+}
+
+double Beta::inverseCdf(double p) const {
+    const bool isLower = p < 0.5;
+    const double target = isLower ? p : 1.0 - p;
+    if (a + b <= kLargeSum && std::min(a, b) > 0.1) {
+        // As a distance from the nearer end, which keeps its digits.
+        const double odds = quantileOdds(isLower, target);
+        const bool isFromZero = odds < 1.0;
+        const double near = isFromZero ? a : b, far = isFromZero ? b : a;
+        const bool isNearTail = isLower == isFromZero;
+        const auto tailAt = [&](double x) {
+            const double rest = 1.0 - x, factor = power(near, far, x, rest), r = 1.0 / x, s = 1.0 / rest;
+            const double first = (near - 1.0) * r, last = (far - 1.0) * s;
+            return TailPoint{isNearTail ? tail(near, far, x, rest, factor) : tail(far, near, rest, x, factor),
+                             factor * r * s, first - last, -first * r - last * s,
+                             2.0 * (first * r * r - last * s * s)};
+        };
+        const double start = isFromZero ? odds / (1.0 + odds) : 1.0 / (1.0 + odds);
+        const double x = tailQuantile(tailAt, isNearTail, target, start, 0.0, 1.0);
+        if (x >= 0.0) return isFromZero ? x : 1.0 - x;
+    }
+    return isLower ? boost::math::ibeta_inv(a, b, target, Quiet())
+                   : boost::math::ibetac_inv(a, b, target, Quiet());
+}
 
 struct BetaGeneral {
     static constexpr FamilyDescription kDescription{

@@ -52,6 +52,37 @@ struct Counts {
     }
 };
 
+/// A value in the middle of a discrete distribution, from which quantiles are near.
+struct Middle {
+    double x = kNaN, chance = kNaN, density = kNaN;  ///< P(X <= x), P(X = x).
+};
+
+/// The quantile by adding up probabilities from the middle on; NaN when it is many steps away, or rounding
+/// might decide.
+/// @param ratio  x -> P(X = x + 1) / P(X = x)
+template <class Ratio>
+double walkFrom(const Middle& middle, double p, Ratio&& ratio) {
+    constexpr int kMaxSteps = 100;
+    constexpr double kMargin = 1e-13;  // far more than the rounding of as many sums
+    auto [x, chance, density] = middle;
+    for (int count = 0; count < kMaxSteps; ++count) {
+        if (!(std::abs(chance - p) > kMargin)) break;
+        const bool wasReached = chance >= p;
+        if (wasReached) {
+            chance -= density;
+            if (chance < p - kMargin) return x;
+            x -= 1.0;
+            density /= ratio(x);
+        } else {
+            density *= ratio(x);
+            x += 1.0;
+            chance += density;
+            if (chance > p + kMargin) return x;
+        }
+    }
+    return kNaN;
+}
+
 }  // namespace
 
 namespace Frame {
@@ -76,8 +107,14 @@ struct Binomial {
         .numParameters = 2};
 
     double trials, p, q;
+    Middle middle;  ///< None where quantiles may be many steps away.
 
-    explicit Binomial(const Parameters& parameters) : Binomial(parameters[0], parameters[1]) {}
+    explicit Binomial(const Parameters& parameters) : Binomial(parameters[0], parameters[1]) {
+        const double variance = trials * p * q;
+        if (!isValid() || !(variance > 0.0 && variance < 400.0)) return;
+        const double x = std::floor(trials * p);
+        middle = {x, cdf(x), Frame::pdf(*this, x)};
+    }
     Binomial(double trials_, double p_) : trials(trials_), p(p_), q(1.0 - p) {}
 
     bool isValid() const {
@@ -88,6 +125,12 @@ struct Binomial {
     double cdf(double x) const { return x >= trials ? 1.0 : betaUpperTail(x + 1.0, trials - x, p); }
     double complementaryCdf(double x) const {
         return x >= trials ? 0.0 : betaLowerTail(x + 1.0, trials - x, p);
+    }
+    double inverseCdf(double chance) const {
+        const double odds = p / q;
+        const double x =
+            walkFrom(middle, chance, [&](double from) { return odds * (trials - from) / (from + 1.0); });
+        return x >= 0.0 ? x : Frame::wholeQuantile(*this, chance);
     }
     Moments moments() const {
         const double variance = trials * p * q;
@@ -218,23 +261,23 @@ struct Geom {
         .parameters = {{{L"prob", 0.5}}},
         .numParameters = 1};
 
-    double p, logP, logQ;
+    double p, logP, logQ, inverseLogQ;
 
-    explicit Geom(const Parameters& parameters) : p(parameters[0]), logP(std::log(p)), logQ(std::log1p(-p)) {}
+    explicit Geom(const Parameters& parameters)
+        : p(parameters[0]), logP(std::log(p)), logQ(std::log1p(-p)), inverseLogQ(1.0 / logQ) {}
 
     bool isValid() const { return p > 0.0 && p <= 1.0; }
     Interval support() const { return {0.0, p < 1.0 ? kInfinity : 0.0}; }
     double logPdf(double x) const { return x == 0.0 ? logP : logP + x * logQ; }
     double cdf(double x) const { return -std::expm1((x + 1.0) * logQ); }
     double complementaryCdf(double x) const { return std::exp((x + 1.0) * logQ); }
-    double quantileGuess(double probability) const { return std::log1p(-probability) / logQ - 1.0; }
+    double quantileGuess(double probability) const { return std::log1p(-probability) * inverseLogQ - 1.0; }
     double inverseCdf(double probability) const {
-        const double real = quantileGuess(probability), whole = std::ceil(real);
+        const double real = quantileGuess(probability), whole = wholeNear(real + 0.5), gap = whole - real;
         // Where rounding might decide, the cdf does.
-        const double gap = whole - real;
-        const double slack = 1e-12 * (1.0 + whole) - 1e-15 / ((1.0 - probability) * logQ);
-        return gap > slack && gap < 1.0 - slack ? std::max(0.0, whole)
-                                                : Frame::wholeQuantile(*this, probability);
+        const double rest = 1.0 - probability, slack = 1e-12 * (1.0 + whole) * rest - 1e-15 * inverseLogQ;
+        return gap * rest > slack && (1.0 - gap) * rest > slack ? whole
+                                                                : Frame::wholeQuantile(*this, probability);
     }
     Moments moments() const {
         const double q = 1.0 - p;

@@ -65,9 +65,17 @@ struct MaxExtreme {
     Interval support() const { return {}; }
     double z(double x) const { return (x - location) / scale; }
     double logPdf(double x) const { return -z(x) - std::exp(-z(x)) - logScale; }
-    double cdf(double x) const { return std::exp(-std::exp(-z(x))); }
-    double complementaryCdf(double x) const { return -std::expm1(-std::exp(-z(x))); }
-    double inverseCdf(double p) const { return location - scale * std::log(-std::log(p)); }
+    auto cdfChain() const {
+        return Chain([own = *this](double x) { return fastExp(-own.z(x)); },
+                     [](double hazard) { return expOfMinus(hazard); });
+    }
+    auto quantileChain() const {
+        return Chain([](double p) { return -fastLog(p); },
+                     [own = *this](double hazard) { return own.location - own.scale * fastLog(hazard); });
+    }
+    double cdf(double x) const { return cdfChain()(x); }
+    double complementaryCdf(double x) const { return oneLessExp(fastExp(-z(x))); }
+    double inverseCdf(double p) const { return quantileChain()(p); }
     Moments moments() const {
         return {location + scale * std::numbers::egamma, scale * scale * kPiSquared / 6.0, kGumbelSkewness,
                 kGumbelKurtosis, location};
@@ -97,11 +105,17 @@ struct MinExtreme {
     bool isValid() const { return reflected.isValid(); }
     Interval support() const { return {}; }
     double logPdf(double x) const { return reflected.logPdf(-x); }
-    double cdf(double x) const { return reflected.complementaryCdf(-x); }
-    double complementaryCdf(double x) const { return reflected.cdf(-x); }
-    double inverseCdf(double p) const {
-        return reflected.scale * std::log(-std::log1p(-p)) - reflected.location;
+    auto cdfChain() const {
+        return Chain([own = reflected](double x) { return fastExp(-own.z(-x)); },
+                     [](double hazard) { return oneLessExp(hazard); });
     }
+    auto quantileChain() const {
+        return Chain([](double p) { return -logOnePlus(-p); },
+                     [own = reflected](double hazard) { return own.scale * fastLog(hazard) - own.location; });
+    }
+    double cdf(double x) const { return cdfChain()(x); }
+    double complementaryCdf(double x) const { return reflected.cdf(-x); }
+    double inverseCdf(double p) const { return quantileChain()(p); }
     Moments moments() const {
         const Moments m = reflected.moments();
         return {-m.mean, m.variance, -m.skewness, m.excessKurtosis, -m.mode};
@@ -133,14 +147,25 @@ struct Weibull {
 
     bool isValid() const { return isPositive(shape) && isPositive(scale); }
     Interval support() const { return kPositive; }
-    double hazard(double x) const { return std::pow(x / scale, shape); }  ///< Cumulative.
+    /// Cumulative.
+    double hazard(double x) const { return x == 0.0 ? 0.0 : fastExp(shape * fastLog(x / scale)); }
     double logPdf(double x) const {
         if (x == 0.0 && shape == 1.0) return logFactor;
         return logFactor + (shape - 1.0) * std::log(x / scale) - hazard(x);
     }
-    double cdf(double x) const { return -std::expm1(-hazard(x)); }
-    double complementaryCdf(double x) const { return std::exp(-hazard(x)); }
-    double inverseCdf(double p) const { return scale * std::pow(-std::log1p(-p), 1.0 / shape); }
+    auto cdfChain() const {
+        return Chain([own = *this](double x) { return own.shape * fastLog(x / own.scale); },
+                     [](double logHazard) { return fastExp(logHazard); },
+                     [](double hazardOfX) { return oneLessExp(hazardOfX); });
+    }
+    auto quantileChain() const {
+        return Chain([](double p) { return -logOnePlus(-p); },
+                     [own = *this](double hazardOfX) { return fastLog(hazardOfX) / own.shape; },
+                     [own = *this](double logRatio) { return own.scale * fastExp(logRatio); });
+    }
+    double cdf(double x) const { return x == 0.0 ? 0.0 : cdfChain()(x); }
+    double complementaryCdf(double x) const { return expOfMinus(hazard(x)); }
+    double inverseCdf(double p) const { return quantileChain()(p); }
     Moments moments() const;
 
     /// The logarithms have the distribution of minima, location log(scale) and scale 1 / shape.
@@ -187,9 +212,9 @@ struct Rayleigh {
     Interval support() const { return kPositive; }
     double halfSquare(double x) const { return 0.5 * (x / scale) * (x / scale); }
     double logPdf(double x) const { return std::log(x / scale) - logScale - halfSquare(x); }
-    double cdf(double x) const { return -std::expm1(-halfSquare(x)); }
-    double complementaryCdf(double x) const { return std::exp(-halfSquare(x)); }
-    double inverseCdf(double p) const { return scale * std::sqrt(-2.0 * std::log1p(-p)); }
+    double cdf(double x) const { return oneLessExp(halfSquare(x)); }
+    double complementaryCdf(double x) const { return expOfMinus(halfSquare(x)); }
+    double inverseCdf(double p) const { return scale * std::sqrt(-2.0 * logOnePlus(-p)); }
     Moments moments() const {
         constexpr double kPi = std::numbers::pi, kRest = 4.0 - kPi;
         return {scale * std::sqrt(0.5 * kPi), 0.5 * kRest * scale * scale,
@@ -224,12 +249,23 @@ struct Pareto {
     Interval support() const { return {smallest, kInfinity}; }
     /// log(x / smallest), also just above the smallest value.
     static double logRatio(double x, double smallest) {
-        return x < 2.0 * smallest ? std::log1p((x - smallest) / smallest) : std::log(x / smallest);
+        const bool isNear = x < 2.0 * smallest;
+        const double quotient = (isNear ? x - smallest : x) / smallest;
+        const double ratio = isNear ? 1.0 + quotient : quotient;
+        return fastLog(ratio) + (isNear ? quotient - (ratio - 1.0) : 0.0);
     }
     double logPdf(double x) const { return logFactor - (shape + 1.0) * logRatio(x, smallest); }
-    double cdf(double x) const { return -std::expm1(-shape * logRatio(x, smallest)); }
-    double complementaryCdf(double x) const { return std::exp(-shape * logRatio(x, smallest)); }
-    double inverseCdf(double p) const { return smallest * std::exp(-std::log1p(-p) / shape); }
+    auto cdfChain() const {
+        return Chain([own = *this](double x) { return own.shape * logRatio(x, own.smallest); },
+                     [](double hazard) { return oneLessExp(hazard); });
+    }
+    auto quantileChain() const {
+        return Chain([own = *this](double p) { return -logOnePlus(-p) / own.shape; },
+                     [own = *this](double ratio) { return own.smallest * fastExp(ratio); });
+    }
+    double cdf(double x) const { return cdfChain()(x); }
+    double complementaryCdf(double x) const { return expOfMinus(shape * logRatio(x, smallest)); }
+    double inverseCdf(double p) const { return quantileChain()(p); }
     Moments moments() const {
         const double a = shape, mean = smallest * a / (a - 1.0);
         return {a > 1.0 ? mean : kInfinity, a > 2.0 ? mean * (smallest / (a - 1.0)) / (a - 2.0) : kInfinity,

@@ -1,11 +1,14 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cassert>
 #include <cmath>
 #include <limits>
 #include <numbers>
+#include <tuple>
 
+#include "engine/dist/elementary.h"
 #include "engine/dist/families.h"
 #include "engine/dist/sample.h"
 
@@ -25,7 +28,9 @@
 //   };
 //
 // x is finite and in the support, and a whole number when the family is discrete. A discrete family may have
-// `quantileGuess(p)` in the place of `inverseCdf`, or neither of them: the quantile is searched from there.
+// `quantileGuess(p)` in the place of `inverseCdf`, or neither of them: the quantile is searched from there. A
+// family may have its cdf inside the support, or its `inverseCdf`, as a `Chain` too: `cdfChain()`,
+// `quantileChain()`.
 
 namespace Tessel::Engine::Dist {
 
@@ -51,6 +56,38 @@ inline bool isLocationScale(double location, double scale) {
     return std::isfinite(location) && std::isfinite(scale) && scale > 0.0 &&
            std::abs(location + 6.4 * scale) <= kLargest && std::abs(location - 6.4 * scale) <= kLargest;
 }
+
+/// Functions of one number, each to be applied to what the one before it gives. Many numbers take one step
+/// after the other together: a processor overlaps the same short computation for several numbers, but hardly
+/// a long one.
+template <class... Steps>
+class Chain {
+ public:
+    explicit Chain(Steps... steps) : steps_(steps...) {}
+
+    template <class Step>
+    auto then(Step step) const {
+        return std::apply([&step](const Steps&... steps) { return Chain<Steps..., Step>(steps..., step); },
+                          steps_);
+    }
+
+    double operator()(double x) const {
+        std::apply([&x](const auto&... step) { ((x = step(x)), ...); }, steps_);
+        return x;
+    }
+    /// `block` is overwritten; the last step goes to `result`.
+    void operator()(std::span<double> block, double* result) const {
+        std::size_t rest = sizeof...(Steps);
+        const auto apply = [&](const auto& step) {
+            double* const out = --rest == 0 ? result : block.data();
+            for (std::size_t i = 0; i < block.size(); ++i) out[i] = step(block[i]);
+        };
+        std::apply([&apply](const auto&... step) { (apply(step), ...); }, steps_);
+    }
+
+ private:
+    std::tuple<Steps...> steps_;
+};
 
 namespace Frame {
 
@@ -123,6 +160,27 @@ double inverseCdf(const Family& family, double p) {
         return wholeQuantile(family, p);
 }
 
+/// The answers to many numbers, a block at a time. When all numbers of a block are plain, a loop without
+/// cases gives them, in which compilers work on several numbers at once where the family allows it.
+/// @param shift  taken off the numbers before `isPlain` and `plain` see them.
+/// @param plain  a `Chain`.
+template <class IsPlain, class Plain, class Any>
+void answerBlocks(std::span<const double> x, std::span<double> result, double shift, const IsPlain& isPlain,
+                  const Plain& plain, const Any& any) {
+    constexpr std::size_t kBlock = 256;
+    std::array<double, kBlock> block;  // a copy, as `result` may be `x`
+    for (std::size_t begin = 0; begin < x.size(); begin += kBlock) {
+        const std::size_t count = std::min(kBlock, x.size() - begin);
+        const double* const in = x.data() + begin;
+        double* const out = result.data() + begin;
+        for (std::size_t i = 0; i < count; ++i) block[i] = in[i] - shift;
+        if (std::all_of(block.begin(), block.begin() + count, isPlain))
+            plain(std::span(block).first(count), out);
+        else
+            for (std::size_t i = 0; i < count; ++i) out[i] = any(in[i]);
+    }
+}
+
 /// A family at its place: what holds outside the support, between whole numbers, and under a shift.
 template <class Family>
 struct Placed {
@@ -168,7 +226,52 @@ struct Placed {
     double inverseCdf(double p) const {
         if (!(p > 0.0 && p < 1.0))
             return p == 0.0 ? shift + support.lower : p == 1.0 ? shift + support.upper : kNaN;
-        return shift + std::min(std::max(Frame::inverseCdf(family, p), support.lower), support.upper);
+        return place(Frame::inverseCdf(family, p));
+    }
+    /// x of a quantile of the family.
+    double place(double y) const {
+        const double atLeast = y < support.lower ? support.lower : y;
+        return shift + (atLeast > support.upper ? support.upper : atLeast);
+    }
+
+    // The same for many numbers. The copies tell compilers that no result changes them.
+    void pdfs(std::span<const double> x, std::span<double> result) const {
+        std::transform(x.begin(), x.end(), result.begin(), [this](double value) { return pdf(value); });
+    }
+    void logPdfs(std::span<const double> x, std::span<double> result) const {
+        std::transform(x.begin(), x.end(), result.begin(), [this](double value) { return logPdf(value); });
+    }
+    void cdfs(std::span<const double> x, std::span<double> result) const {
+        const auto any = [this](double value) { return cdf(value); };
+        if constexpr (requires { family.cdfChain(); })
+            answerBlocks(x, result, shift, plainPlace(), family.cdfChain(), any);
+        else
+            answerBlocks(
+                x, result, shift, plainPlace(),
+                Chain([own = family](double y) { return own.cdf(kIsContinuous ? y : wholeBelow(y)); }), any);
+    }
+    void complementaryCdfs(std::span<const double> x, std::span<double> result) const {
+        answerBlocks(x, result, shift, plainPlace(), Chain([own = family](double y) {
+                         return own.complementaryCdf(kIsContinuous ? y : wholeBelow(y));
+                     }),
+                     [this](double value) { return complementaryCdf(value); });
+    }
+    void inverseCdfs(std::span<const double> p, std::span<double> result) const {
+        const auto isPlain = [](double value) { return value > 0.0 && value < 1.0; };
+        const auto any = [this](double value) { return inverseCdf(value); };
+        const auto toPlace = [at = *this](double y) { return at.place(y); };
+        if constexpr (requires { family.quantileChain(); }) {
+            answerBlocks(p, result, 0.0, isPlain, family.quantileChain().then(toPlace), any);
+        } else {
+            const auto quantile = [own = family](double value) { return Frame::inverseCdf(own, value); };
+            answerBlocks(p, result, 0.0, isPlain, Chain(quantile).then(toPlace), any);
+        }
+    }
+    auto plainPlace() const {
+        constexpr double kMost = kIsContinuous ? kInfinity : kMostForWhole;
+        return [lower = std::max(support.lower, -kMost), upper = std::min(support.upper, kMost)](double y) {
+            return kIsContinuous ? lower < y && y < upper : lower <= y && y <= upper;
+        };
     }
 };
 
@@ -282,9 +385,7 @@ double FamilyDist<Family>::mode() const {
     void FamilyDist<Family>::NAMES(std::span<const double> x, std::span<double> result) const {  \
         assert(x.size() == result.size());                                                       \
         if (!isValid()) return static_cast<void>(std::fill(result.begin(), result.end(), kNaN)); \
-        const Frame::Placed<Family> placed{*family_, support(), shift()};                        \
-        std::transform(x.begin(), x.end(), result.begin(),                                       \
-                       [&](double value) { return placed.NAME(value); });                        \
+        Frame::Placed<Family>{*family_, support(), shift()}.NAMES(x, result);                    \
     }
 TESSEL_QUESTION(pdf, pdfs)
 TESSEL_QUESTION(logPdf, logPdfs)

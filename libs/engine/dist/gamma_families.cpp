@@ -66,7 +66,11 @@ struct Gamma {
     double cdf(double x) const { return gammaLowerTail(shape, x / scale); }
     double complementaryCdf(double x) const { return gammaUpperTail(shape, x / scale); }
     double inverseCdf(double p) const {
-        return scale * (p < 0.5 ? gammaQuantile(shape, p) : gammaUpperQuantile(shape, 1.0 - p));
+        return scale * (p < 0.5 ? tailQuantile(true, p) : tailQuantile(false, 1.0 - p));
+    }
+    /// Of the distribution with scale 1.
+    double tailQuantile(bool isLower, double target) const {
+        return gammaTailQuantile(shape, logFactor, isLower, target);
     }
     Moments moments() const {
         return {shape * scale, shape * scale * scale, 2.0 / std::sqrt(shape), 6.0 / shape,
@@ -161,8 +165,7 @@ struct Pearson5 {
     double cdf(double x) const { return reciprocal.complementaryCdf(scale / x); }
     double complementaryCdf(double x) const { return reciprocal.cdf(scale / x); }
     double inverseCdf(double p) const {
-        const double shape = reciprocal.shape;
-        return scale / (p < 0.5 ? gammaUpperQuantile(shape, p) : gammaQuantile(shape, 1.0 - p));
+        return scale / (p < 0.5 ? reciprocal.tailQuantile(false, p) : reciprocal.tailQuantile(true, 1.0 - p));
     }
     Moments moments() const {
         const double a = reciprocal.shape, mean = scale / (a - 1.0);
@@ -203,9 +206,9 @@ struct Expo {
     bool isValid() const { return isPositive(mean); }
     Interval support() const { return kPositive; }
     double logPdf(double x) const { return -x / mean - logMean; }
-    double cdf(double x) const { return -std::expm1(-x / mean); }
-    double complementaryCdf(double x) const { return std::exp(-x / mean); }
-    double inverseCdf(double p) const { return -mean * std::log1p(-p); }
+    double cdf(double x) const { return oneLessExp(x / mean); }
+    double complementaryCdf(double x) const { return expOfMinus(x / mean); }
+    double inverseCdf(double p) const { return -mean * logOnePlus(-p); }
     Moments moments() const { return {mean, mean * mean, 2.0, 6.0, 0.0}; }
 
     static Parameters fit(const Sample& sample, const Parameters&) { return {sample.mean()}; }

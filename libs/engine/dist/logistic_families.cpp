@@ -45,13 +45,25 @@ struct Laplace {
     bool isValid() const { return isLocationScale(location, scale); }
     Interval support() const { return {}; }
     double z(double x) const { return (x - location) / scale; }
-    static double lowerTail(double z) { return z < 0.0 ? 0.5 * std::exp(z) : 0.5 - 0.5 * std::expm1(-z); }
-    double logPdf(double x) const { return logFactor - std::abs(z(x)); }
-    double cdf(double x) const { return lowerTail(z(x)); }
-    double complementaryCdf(double x) const { return lowerTail(-z(x)); }
-    double inverseCdf(double p) const {
-        return p < 0.5 ? location + scale * std::log(2.0 * p) : location - scale * std::log(2.0 * (1.0 - p));
+    static double lowerTail(double z) {
+        const double nearer = 0.5 * expOfMinus(std::abs(z));
+        return z < 0.0 ? nearer : 1.0 - nearer;
     }
+    double logPdf(double x) const { return logFactor - std::abs(z(x)); }
+    auto cdfChain() const {
+        return Chain([own = *this](double x) { return own.z(x); }, [](double z) { return lowerTail(z); });
+    }
+    double cdf(double x) const { return cdfChain()(x); }
+    double complementaryCdf(double x) const { return lowerTail(-z(x)); }
+    auto quantileChain() const {
+        return Chain(
+            [](double p) {
+                const double rest = 1.0 - p, nearer = p < rest ? p : rest;
+                return std::copysign(fastLog(2.0 * nearer), p - 0.5);
+            },
+            [own = *this](double z) { return own.location + own.scale * z; });
+    }
+    double inverseCdf(double p) const { return quantileChain()(p); }
     Moments moments() const { return {location, 2.0 * scale * scale, 0.0, 3.0, location}; }
 
     static Parameters fit(const Sample& sample, const Parameters&) {
@@ -80,16 +92,23 @@ struct Logistic {
     Interval support() const { return {}; }
     double z(double x) const { return (x - location) / scale; }
     double logPdf(double x) const { return standardLogPdf(z(x)) - logScale; }
-    double cdf(double x) const { return standardCdf(z(x)); }
+    auto cdfChain() const {
+        return Chain([own = *this](double x) { return own.z(x); }, [](double z) { return standardCdf(z); });
+    }
+    double cdf(double x) const { return cdfChain()(x); }
     double complementaryCdf(double x) const { return standardCdf(-z(x)); }
-    double inverseCdf(double p) const { return location + scale * logit(p); }
+    auto quantileChain() const {
+        return Chain([](double p) { return logit(p); },
+                     [own = *this](double z) { return own.location + own.scale * z; });
+    }
+    double inverseCdf(double p) const { return quantileChain()(p); }
     Moments moments() const {
         constexpr double kVariance = std::numbers::pi * std::numbers::pi / 3.0;
         return {location, scale * scale * kVariance, 0.0, 1.2, location};
     }
 
     static double standardLogPdf(double z) { return -std::abs(z) - 2.0 * std::log1p(std::exp(-std::abs(z))); }
-    static double standardCdf(double z) { return 1.0 / (1.0 + std::exp(-z)); }
+    static double standardCdf(double z) { return 1.0 / (1.0 + fastExp(-z)); }
 
     static Parameters fit(const Sample& sample, const Parameters&) {
         std::vector<double> x = sample.transformed([](double value) { return value; });
@@ -117,14 +136,22 @@ struct LogLogistic {
 
     bool isValid() const { return isLocationScale(location, scale) && isPositive(shape); }
     Interval support() const { return {location, kInfinity}; }
-    double z(double x) const { return shape * std::log((x - location) / scale); }
+    double z(double x) const { return shape * fastLog((x - location) / scale); }
+    auto cdfChain() const {
+        return Chain([own = *this](double x) { return own.z(x); },
+                     [](double logOdds) { return Logistic::standardCdf(logOdds); });
+    }
+    auto quantileChain() const {
+        return Chain([own = *this](double p) { return logit(p) / own.shape; },
+                     [own = *this](double logRatio) { return own.location + own.scale * fastExp(logRatio); });
+    }
     double logPdf(double x) const {
         if (x == location) return shape < 1.0 ? kInfinity : shape > 1.0 ? -kInfinity : logFactor;
         return logFactor + Logistic::standardLogPdf(z(x)) - std::log((x - location) / scale);
     }
-    double cdf(double x) const { return Logistic::standardCdf(z(x)); }
-    double complementaryCdf(double x) const { return Logistic::standardCdf(-z(x)); }
-    double inverseCdf(double p) const { return location + scale * std::exp(logit(p) / shape); }
+    double cdf(double x) const { return x == location ? 0.0 : cdfChain()(x); }
+    double complementaryCdf(double x) const { return x == location ? 1.0 : Logistic::standardCdf(-z(x)); }
+    double inverseCdf(double p) const { return quantileChain()(p); }
     Moments moments() const;
 
     /// Scale and shape; the location stays as it is, because the likelihood of all three has no maximum (it

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "engine/dist/special_functions.h"
+#include "engine/dist/elementary.h"
 
 namespace Tessel::Engine::Dist {
 namespace {

@@ -8,6 +8,7 @@
 #include "engine/dist/family_frame.h"
 #include "engine/dist/likelihood.h"
 #include "engine/dist/special_functions.h"
+#include "engine/dist/tail_quantile.h"
 
 // The normal distribution and its relatives.
 
@@ -118,11 +119,19 @@ struct LogNormal {
     double logPdf(double x) const {
         return x == 0.0 ? -kInfinity : logarithm.logPdf(std::log(x)) - std::log(x);
     }
-    double cdf(double x) const { return x == 0.0 ? 0.0 : logarithm.cdf(std::log(x)); }
-    double complementaryCdf(double x) const {
-        return x == 0.0 ? 1.0 : logarithm.complementaryCdf(std::log(x));
+    auto cdfChain() const {
+        return Chain([](double x) { return fastLog(x); },
+                     [own = logarithm](double logX) { return own.cdf(logX); });
     }
-    double inverseCdf(double p) const { return std::exp(logarithm.inverseCdf(p)); }
+    auto quantileChain() const {
+        return Chain([own = logarithm](double p) { return own.inverseCdf(p); },
+                     [](double logX) { return fastExp(logX); });
+    }
+    double cdf(double x) const { return x == 0.0 ? 0.0 : cdfChain()(x); }
+    double complementaryCdf(double x) const {
+        return x == 0.0 ? 1.0 : logarithm.complementaryCdf(fastLog(x));
+    }
+    double inverseCdf(double p) const { return quantileChain()(p); }
     Moments moments() const {
         const double mean = logarithm.location, square = logarithm.scale * logarithm.scale;
         const double excess = std::expm1(square), w = excess + 1.0;
@@ -150,9 +159,10 @@ struct InvGauss {
         .parameters = {{{L"mean", 10.0}, {L"shape", 40.0}}},
         .numParameters = 2};
 
-    double mean, shape, logShape;
+    double mean, shape, logShape, factor;
 
-    explicit InvGauss(const Parameters& p) : mean(p[0]), shape(p[1]), logShape(std::log(shape)) {}
+    explicit InvGauss(const Parameters& p)
+        : mean(p[0]), shape(p[1]), logShape(std::log(shape)), factor(std::exp(2.0 * (shape / mean))) {}
 
     bool isValid() const { return isPositive(mean) && isPositive(shape); }
     Interval support() const { return kPositive; }
@@ -167,6 +177,7 @@ struct InvGauss {
     }
     double cdf(double x) const {
         if (x == 0.0) return 0.0;
+        if (z(x) > -2.0 && hasExactFactor()) return normalCdf(z(x)) + factor * normalCdf(-reflected(x));
         return z(x) < 0.0 ? exp(-z(x), millsRatio(-z(x)) + millsRatio(reflected(x)))
                           : normalCdf(z(x)) + exp(z(x), millsRatio(reflected(x)));
     }
@@ -175,19 +186,21 @@ struct InvGauss {
         return z(x) < 0.0 ? normalCdf(-z(x)) - exp(z(x), millsRatio(reflected(x)))
                           : exp(z(x), millsDrop(z(x), 2.0 * std::sqrt(shape / x)));
     }
-    /// G. Giner & G. Smyth, statmod: Probability Calculations for the Inverse Gaussian Distribution, The R
-    /// Journal 8 (2016), treat the tails on log scale too; here Newton's method takes log x as well.
     double inverseCdf(double p) const {
         const bool isLower = p < 0.5;
-        const double target = std::log(isLower ? p : 1.0 - p);
-        return positiveRoot(
-            [&](double x) {
-                const double tail = isLower ? cdf(x) : complementaryCdf(x);
-                const double sign = isLower ? -1.0 : 1.0;
-                if (tail <= 0.0) return ValueAndSlope{isLower ? kInfinity : -kInfinity, -1.0};
-                return ValueAndSlope{sign * (std::log(tail) - target), -std::exp(logPdf(x)) / tail};
-            },
-            moments().mode);
+        // x = mean y. Log y is nearly normal (G. Whitmore & M. Yalovsky, Technometrics 20, 1978) unless the
+        // ratio is small: then 1 / y has nearly a chi-square distribution, but for the far end.
+        const double ratio = shape / mean, root = std::sqrt(ratio);
+        const double start = ratio > 0.5 ? std::exp((normalQuantile(p) - 0.5 / root) / root)
+                                         : 1.0 / (std::pow(normalQuantile(0.5 * p), 2) / ratio + 0.1 * ratio);
+        const auto tailAt = [&](double y) {
+            const double x = mean * y, inverse = 1.0 / y;
+            return TailPoint{isLower ? cdf(x) : complementaryCdf(x), mean * std::exp(logPdf(x)),
+                             0.5 * (ratio * (inverse * inverse - 1.0) - 3.0 * inverse),
+                             inverse * inverse * (1.5 - ratio * inverse),
+                             inverse * inverse * inverse * (3.0 * ratio * inverse - 3.0)};
+        };
+        return mean * tailQuantile(tailAt, isLower, isLower ? p : 1.0 - p, start, 0.0, kInfinity);
     }
     Moments moments() const {
         const double ratio = mean / shape, half = 1.5 * ratio;
@@ -206,7 +219,9 @@ struct InvGauss {
     }
 
  private:
-    static double exp(double z, double factor) { return factor * std::exp(-0.5 * z * z - kHalfLogTwoPi); }
+    /// Whether exp(2 shape / mean) has as many digits as what it is multiplied by.
+    bool hasExactFactor() const { return factor < 1e7; }
+    static double exp(double z, double times) { return times * std::exp(-0.5 * z * z - kHalfLogTwoPi); }
 };
 
 struct Student {
@@ -327,8 +342,8 @@ struct Cauchy {
     double logPdf(double x) const {
         return -2.0 * std::log(std::hypot(1.0, z(x))) - std::log(std::numbers::pi * scale);
     }
-    double cdf(double x) const { return std::atan2(1.0, -z(x)) / std::numbers::pi; }
-    double complementaryCdf(double x) const { return std::atan2(1.0, z(x)) / std::numbers::pi; }
+    double cdf(double x) const { return lowerTail(z(x)); }
+    double complementaryCdf(double x) const { return lowerTail(-z(x)); }
     double inverseCdf(double p) const {
         const double q = p < 0.5 ? p : 1.0 - p;  // nearest tail
         const double distance =
@@ -349,6 +364,14 @@ struct Cauchy {
             return LogDensity{std::log(r), -2.0 * z * r, -2.0 * (1.0 - z * z) * r * r};
         });
         return {location, scale};
+    }
+
+ private:
+    static double lowerTail(double z) {
+        const double distance = std::abs(z), inverse = 1.0 / distance;
+        const double part = std::atan(distance > 1.0 ? inverse : distance) * std::numbers::inv_pi;
+        const double nearer = distance > 1.0 ? part : 0.5 - part;
+        return z < 0.0 ? nearer : 1.0 - nearer;
     }
 };
 

@@ -11,6 +11,8 @@
 #include <boost/math/special_functions/gamma.hpp>
 #include <boost/math/special_functions/trigamma.hpp>
 
+#include "engine/dist/tail_quantile.h"
+
 namespace Tessel::Engine::Dist {
 namespace {
 
@@ -82,18 +84,37 @@ double gammaUpperTail(double shape, double x) {
                                : gammaTailOfLargeShape(shape, x, 1.0);
 }
 
+namespace {
+
 /// From here on the error of the cube root of Wilson & Hilferty (1931) is below 1e-12 of x.
 constexpr double kNearlyNormalShape = 1e8;
 
-double gammaQuantile(double shape, double p) {
-    if (shape < kNearlyNormalShape) return boost::math::gamma_p_inv(shape, p, Quiet());
-    const double ninth = 1.0 / (9.0 * shape);
-    return shape * std::pow(1.0 - ninth + normalQuantile(p) * std::sqrt(ninth), 3.0);
+/// Their quantile, from that of the standard normal distribution.
+double cubeRootQuantile(double shape, double z) {
+    const double ninth = 1.0 / (9.0 * shape), root = 1.0 - ninth + z * std::sqrt(ninth);
+    return shape * root * root * root;
 }
-double gammaUpperQuantile(double shape, double q) {
-    if (shape < kNearlyNormalShape) return boost::math::gamma_q_inv(shape, q, Quiet());
-    const double ninth = 1.0 / (9.0 * shape);
-    return shape * std::pow(1.0 - ninth - normalQuantile(q) * std::sqrt(ninth), 3.0);
+
+}  // namespace
+
+double gammaTailQuantile(double shape, double logFactor, bool isLower, double target) {
+    const double z = isLower ? normalQuantile(target) : -normalQuantile(target);
+    double start = cubeRootQuantile(shape, z);
+    if (shape >= kNearlyNormalShape) return start;
+    if (isLower && start < 0.2 * shape) {
+        // Near 0 the chance is x^shape / Gamma(shape + 1) (1 - x shape / (shape + 1) + ...).
+        start = shape * std::exp((std::log(target * shape) - logFactor) / shape - 1.0);
+        if (start < 1e-20) return start;
+        start *= 1.0 + start / (shape + 1.0);
+    }
+    return tailQuantile(
+        [&](double x) {
+            const double inverse = 1.0 / x, slope = (shape - 1.0) * inverse;
+            return TailPoint{isLower ? gammaLowerTail(shape, x) : gammaUpperTail(shape, x),
+                             std::exp(logFactor - poissonDeviance(shape, x)) * inverse, slope - 1.0,
+                             -slope * inverse, 2.0 * slope * inverse * inverse};
+        },
+        isLower, target, start, 0.0, std::numeric_limits<double>::infinity());
 }
 
 namespace {
@@ -141,7 +162,7 @@ double betaFraction(double a, double b, double x, double y) {
     return 1.0 / value;
 }
 
-double normalCdf(double z) { return 0.5 * boost::math::erfc(-z / std::numbers::sqrt2, Quiet()); }
+double normalCdf(double z) { return 0.5 * std::erfc(-z / std::numbers::sqrt2); }
 double normalQuantile(double p) { return -std::numbers::sqrt2 * boost::math::erfc_inv(2.0 * p, Quiet()); }
 
 double digamma(double x) { return boost::math::digamma(x, Quiet()); }
@@ -158,10 +179,6 @@ double logLessDigamma(double x) {
                   r * (1.0 / 240.0 -
                        r * (1.0 / 132.0 - r * (691.0 / 32760.0 - r * (1.0 / 12.0 - r * 3617.0 / 8160.0))))));
     return 0.5 / x + r * series;
-}
-
-double logit(double p) {
-    return p > 0.25 && p < 0.75 ? std::log1p((2.0 * p - 1.0) / (1.0 - p)) : std::log(p / (1.0 - p));
 }
 
 }  // namespace Tessel::Engine::Dist

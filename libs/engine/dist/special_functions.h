@@ -26,13 +26,12 @@ double stirlingError(double x);
 /// x log(x / mean) + mean - x, to full relative precision also where x is near mean. @pre x >= 0, mean > 0
 double poissonDeviance(double x, double mean);
 
-/// The chances of the gamma distribution of scale 1 (regularised incomplete gamma functions) and their
-/// inverses. @pre shape > 0
+/// The chances of the gamma distribution of scale 1 (regularised incomplete gamma functions). @pre shape > 0
 double gammaLowerTail(double shape, double x);
 double gammaUpperTail(double shape, double x);
-double gammaQuantile(double shape, double p);
-/// The x with P(X > x) = q.
-double gammaUpperQuantile(double shape, double q);
+/// The x whose lower or upper tail is `target`. @pre 0 < target < 1
+/// @param logFactor  log(x density(x)) + poissonDeviance(shape, x), which is the same for all x.
+double gammaTailQuantile(double shape, double logFactor, bool isLower, double target);
 
 /// The chances of the beta distribution (regularised incomplete beta functions). The work grows with the root
 /// of the larger shape. @pre 0 < a <= kLargestShape, b > 0, 0 <= x <= 1
@@ -55,8 +54,5 @@ double trigamma(double x);
 double logGamma(double x);
 /// log x - digamma(x), to full relative precision also for large x. @pre x > 0
 double logLessDigamma(double x);
-
-/// log(p / (1 - p)), to full relative precision also where p is near 1/2.
-double logit(double p);
 
 }  // namespace Tessel::Engine::Dist

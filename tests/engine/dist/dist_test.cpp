@@ -131,6 +131,56 @@ TEST(Families, AnswersFitTogether) {
     EXPECT_EQ(CLaplaceDist().kurtosis(), 6.0);
 }
 
+// Shapes for which other approximations start the search of a quantile, or none does.
+TEST(Families, QuantilesOfUnusualShapes) {
+    const struct {
+        const wchar_t* name;
+        std::vector<std::vector<double>> parameters;
+    } cases[] = {
+        {L"LyrGamma", {{0.01, 1}, {0.3, 2}, {1, 1}, {37.5, 1}, {1e3, 1e-3}, {2e5, 1}, {5e7, 1}}},
+        {L"LyrPearson5", {{0.5, 1}, {300, 2}}},
+        {L"LyrInvNormal",
+         {{1000, 1}, {1, 0.01}, {1, 0.3}, {1, 0.7}, {2, 40}, {1, 1e3}, {5, 1e6}, {1e-3, 1e3}}},
+        {L"LyrWeibull", {{0.05, 1e3}, {25, 3}}},
+        {L"LyrLogLogistic", {{-1, 3, 0.05}, {0, 2, 40}}},
+        {L"LyrBeta",
+         {{1, 1},
+          {0.5, 0.5},
+          {0.11, 0.11},
+          {1, 5},
+          {0.2, 7},
+          {7, 0.2},
+          {1.01, 0.5},
+          {2, 300},
+          {300, 2},
+          {400, 500},
+          {30, 40},
+          {0.05, 3},
+          {700, 5000}}},
+        {L"LyrBinomial",
+         {{1, 0.3}, {10, 1e-9}, {10, 1 - 1e-9}, {1000, 0.3}, {300, 0.999}, {1e9, 0.5}, {5, 0}, {5, 1}}},
+        {L"LyrGeometric", {{1e-6}, {0.1}, {0.5}, {0.999}, {1}}},
+    };
+    for (const auto& [name, all] : cases)
+        for (const std::vector<double>& parameters : all) {
+            const auto dist = makeDist(name);
+            ASSERT_TRUE(dist->setParameters(parameters));
+            for (const double p : kChances) {
+                const double x = dist->inverseCdf(p), cdf = dist->cdf(x);
+                const std::string at =
+                    nameOf(name) + ' ' + std::to_string(parameters[0]) + ", p " + std::to_string(p);
+                if (!dist->isContinuous()) {
+                    EXPECT_TRUE(cdf >= p && dist->cdf(x - 1.0) < p) << at;
+                    EXPECT_TRUE(cdf == 1.0 || dist->inverseCdf(cdf) == x) << at;
+                } else if (x > 0.0) {  // else below the smallest number
+                    const double rounding = 2e-16 * std::abs(x) * dist->pdf(x);
+                    EXPECT_NEAR(cdf, p, 2e-13 * p + rounding) << at;
+                    EXPECT_NEAR(dist->complementaryCdf(x), 1.0 - p, 2e-13 * (1.0 - p) + rounding) << at;
+                }
+            }
+        }
+}
+
 TEST(Families, ShiftMovesEverything) {
     for (const Reference::Case& c : Reference::kCases) {
         const auto dist = distOf(c);

@@ -174,21 +174,44 @@ MersenneTwister::MersenneTwister(std::uint32_t seed) : seed_(seed), state_(state
 
 void MersenneTwister::refill() {
     constexpr std::size_t kShift = 397;
+    std::uint32_t signs = 0;
     const auto twist = [&](std::size_t i, std::size_t next, std::size_t other) {
         const std::uint32_t joined = (state_[i] & 0x80000000u) | (state_[next] & 0x7FFFFFFFu);
-        state_[i] = state_[other] ^ (joined >> 1) ^ ((0u - (joined & 1u)) & 0x9908B0DFu);
+        std::uint32_t word = state_[other] ^ (joined >> 1) ^ ((0u - (joined & 1u)) & 0x9908B0DFu);
+        state_[i] = word;
+        word ^= word >> 11;
+        word ^= (word << 7) & 0x9D2C5680u;
+        word ^= (word << 15) & 0xEFC60000u;
+        word ^= word >> 18;
+        words_[i] = word;
+        signs |= (word >> 6) - 1;  // negative when word < 64
     };
     for (std::size_t i = 0; i < kSize - kShift; ++i) twist(i, i + 1, i + kShift);
     for (std::size_t i = kSize - kShift; i + 1 < kSize; ++i) twist(i, i + 1, i - (kSize - kShift));
     twist(kSize - 1, 0, kShift - 1);
-    for (std::size_t i = 0; i < kSize; ++i) {
-        std::uint32_t word = state_[i];
-        word ^= word >> 11;
-        word ^= (word << 7) & 0x9D2C5680u;
-        word ^= (word << 15) & 0xEFC60000u;
-        words_[i] = word ^ (word >> 18);
-    }
+    hasSmallWords_ = (signs & 0x80000000u) != 0;
     used_ = 0;
+}
+
+void MersenneTwister::fill(std::span<double> result) {
+    for (std::size_t begin = 0; begin < result.size();) {
+        if (used_ == kSize) refill();
+        double* const out = result.data() + begin;
+        const std::size_t count = std::min((kSize - used_) / 2, result.size() - begin);
+        begin += count;
+        if (hasSmallWords_) {
+            std::generate_n(out, count, [this] { return next(); });
+            continue;
+        }
+        const std::uint32_t* const words = words_.data() + used_;
+        used_ += 2 * count;
+        for (std::size_t i = 0; i < count;
+             ++i) {  // signed numbers, which processors convert several of at once
+            const auto high = static_cast<std::int32_t>(words[2 * i] >> 5);
+            const auto low = static_cast<std::int32_t>(words[2 * i + 1] >> 6);
+            out[i] = (high * 67108864.0 + low) * 0x1p-53;
+        }
+    }
 }
 
 void MersenneTwister::advanceStreams(std::uint64_t count) {
@@ -240,7 +263,10 @@ RandomStream::RandomStream(RandomGeneratorType type, std::uint32_t seed)
 void RandomStream::fill(std::span<double> result) {
     std::visit(
         [&](auto& generator) {
-            for (double& number : result) number = generator.next();
+            if constexpr (requires { generator.fill(result); })
+                generator.fill(result);
+            else
+                for (double& number : result) number = generator.next();
         },
         generator_);
 }

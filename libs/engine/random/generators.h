@@ -101,6 +101,7 @@ class MersenneTwister {
             if ((high | low) != 0) return (high * 67108864.0 + low) * 0x1p-53;
         }
     }
+    void fill(std::span<double> result);
     void advanceStreams(std::uint64_t count);
 
  private:
@@ -109,7 +110,8 @@ class MersenneTwister {
     std::uint32_t seed_;
     std::uint32_t stream_ = 0;
     State state_;
-    State words_;  // the state tempered
+    State words_;                 // the state tempered
+    bool hasSmallWords_ = false;  // some word is below 64, so that a draw may be 0
     std::size_t used_ = kSize;
 };
 

@@ -1,9 +1,11 @@
 #include "engine/random/uniform_sample.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <limits>
 #include <numeric>
+#include <utility>
 #include <vector>
 
 #include <omp.h>
@@ -19,26 +21,36 @@ constexpr double kAboveZero = 0x1p-54, kBelowOne = 1.0 - 0x1p-53;
 constexpr std::size_t kParallelSize = 20000;
 
 /// @param parts  room for as many numbers as `result` has.
-void fillLatinHypercube(RandomStream& stream, std::span<double> result, std::span<std::uint32_t> parts) {
-    // One draw gives a step of the shuffle of Fisher and Yates by its leading digits, and a place within the
-    // part by those behind.
-    constexpr std::size_t kDrawsAtOnce = 512;
-    std::iota(parts.begin(), parts.end(), 0u);
+void fillLatinHypercube(RandomStream& stream, std::span<double> result, std::span<std::int32_t> parts) {
+    // One draw gives a step of the shuffle by its leading digits, and a place within the part by those
+    // behind. Steps are taken a block at a time, and so is the arithmetic before and behind them: processors
+    // do it for several numbers at once.
+    constexpr std::size_t kBlock = 512;
+    std::array<std::int32_t, kBlock> steps;
+    std::iota(parts.begin(), parts.end(), 0);
     const double width = 1.0 / static_cast<double>(result.size());
-    auto left = static_cast<std::int64_t>(result.size());
-    std::uint32_t* first = parts.data();  // of those left
-    for (std::size_t begin = 0; begin < result.size(); begin += kDrawsAtOnce) {
-        const std::span<double> draws = result.subspan(begin, std::min(kDrawsAtOnce, result.size() - begin));
-        stream.fill(draws);
-        for (double& number : draws) {
-            const double draw = number * static_cast<double>(left--);
-            const auto chosen = static_cast<std::int64_t>(draw);  // below `left`: so is the product, rounded
-            const std::uint32_t part = first[chosen];
-            first[chosen] = *first;
-            ++first;
-            const double place = part + (draw - static_cast<double>(chosen));
-            number = std::min(std::max(place * width, kAboveZero), kBelowOne);
+    const auto last = static_cast<std::int32_t>(result.size()) - 1;
+    for (std::size_t begin = 0; begin < result.size(); begin += kBlock) {
+        const std::size_t count = std::min(kBlock, result.size() - begin);
+        double* const numbers = result.data() + begin;
+        stream.fill({numbers, count});
+        const auto numLeft = static_cast<double>(result.size() - begin);
+        for (std::size_t i = 0; i < count; ++i) {
+            const double draw = numbers[i] * (numLeft - static_cast<std::int32_t>(i));
+            steps[i] = static_cast<std::int32_t>(draw);  // less than are left: so is the product, rounded
+            numbers[i] = draw - steps[i];
         }
+        std::int32_t* const left = parts.data() + begin;
+        for (std::size_t i = 0; i < count; ++i)
+            steps[i] = std::exchange(left[i + static_cast<std::size_t>(steps[i])], left[i]);
+        std::int32_t signs = 0;  // negative when the first or the last part is among them
+        for (std::size_t i = 0; i < count; ++i) {
+            numbers[i] = (steps[i] + numbers[i]) * width;
+            signs |= (steps[i] - 1) | (last - 1 - steps[i]);
+        }
+        if (signs < 0)
+            for (std::size_t i = 0; i < count; ++i)
+                numbers[i] = std::clamp(numbers[i], kAboveZero, kBelowOne);
     }
 }
 
@@ -79,7 +91,7 @@ bool uniformSample(RandomGenerator& generator, SamplingMethodType method,
     for (const std::span<double> row : result)
         if (row.size() != size) return false;
     if (method == SamplingMethodType::SOBOL_RQMC && result.size() > kMaxSobolVariables) return false;
-    if (size > std::numeric_limits<std::uint32_t>::max()) return false;
+    if (size > std::numeric_limits<std::int32_t>::max()) return false;
 
     generator.prepareStreams(result.size());
     const bool isParallel = !generator.hasSingleStream() && size * result.size() >= kParallelSize;
@@ -87,8 +99,8 @@ bool uniformSample(RandomGenerator& generator, SamplingMethodType method,
     if (method == SamplingMethodType::SOBOL_RQMC) {
         fillSobol(generator, result);
     } else if (method == SamplingMethodType::LATIN_HYPERCUBE) {
-        std::vector<std::vector<std::uint32_t>> parts(static_cast<std::size_t>(numThreads));
-        for (std::vector<std::uint32_t>& room : parts) room.resize(size);
+        std::vector<std::vector<std::int32_t>> parts(static_cast<std::size_t>(numThreads));
+        for (std::vector<std::int32_t>& room : parts) room.resize(size);
         fillRows(generator, result, numThreads, [&](RandomStream& stream, std::span<double> row) {
             fillLatinHypercube(stream, row, parts[static_cast<std::size_t>(omp_get_thread_num())]);
         });

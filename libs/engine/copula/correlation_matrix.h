@@ -21,10 +21,11 @@ std::vector<double> choleskyFactor(std::span<const double> matrix, std::size_t s
 bool isCorrelationMatrix(std::span<const double> matrix, std::size_t size);
 
 /// Makes sure that no eigenvalue is below `kSmallestEigenvalue`, up to rounding. A matrix that has one is
-/// replaced by the nearest correlation matrix, by alternating projections with Dykstra's correction (N.
-/// Higham, IMA Journal of Numerical Analysis 22 (2002) 329-343), whose eigenvalues are then lifted by
-/// dividing what is off the diagonal by 1 + 3e-8. Projections end when they move the matrix by less than
-/// 1e-8, or after 10 to 200 of them, fewer for large matrices.
+/// replaced by the nearest correlation matrix, whose eigenvalues are then lifted by dividing what is off the
+/// diagonal by 1 + 3e-8. The nearest matrix comes from Newton's method on its dual (H. Qi & D. Sun, SIAM
+/// Journal on Matrix Analysis and Applications 28 (2006) 360-385; R. Borsdorf & N. Higham, IMA Journal of
+/// Numerical Analysis 30 (2010) 94-107), which ends when the diagonal is 1 but for 1e-8, or after 40
+/// decompositions.
 /// @returns whether the matrix was replaced.
 bool repairCorrelation(std::vector<double>& matrix, std::size_t size);
 

@@ -70,8 +70,9 @@ struct MaxExtreme {
                      [](double hazard) { return expOfMinus(hazard); });
     }
     auto quantileChain() const {
-        return Chain([](double p) { return -fastLog(p); },
-                     [own = *this](double hazard) { return own.location - own.scale * fastLog(hazard); });
+        return Chain(
+            [](double p) { return -fastLogOfModerate(p); },
+            [own = *this](double hazard) { return own.location - own.scale * fastLogOfModerate(hazard); });
     }
     double cdf(double x) const { return cdfChain()(x); }
     double complementaryCdf(double x) const { return oneLessExp(fastExp(-z(x))); }
@@ -111,7 +112,9 @@ struct MinExtreme {
     }
     auto quantileChain() const {
         return Chain([](double p) { return -logOnePlus(-p); },
-                     [own = reflected](double hazard) { return own.scale * fastLog(hazard) - own.location; });
+                     [own = reflected](double hazard) {
+                         return own.scale * fastLogOfModerate(hazard) - own.location;
+                     });
     }
     double cdf(double x) const { return cdfChain()(x); }
     double complementaryCdf(double x) const { return reflected.cdf(-x); }
@@ -160,7 +163,7 @@ struct Weibull {
     }
     auto quantileChain() const {
         return Chain([](double p) { return -logOnePlus(-p); },
-                     [own = *this](double hazardOfX) { return fastLog(hazardOfX) / own.shape; },
+                     [own = *this](double hazardOfX) { return fastLogOfModerate(hazardOfX) / own.shape; },
                      [own = *this](double logRatio) { return own.scale * fastExp(logRatio); });
     }
     double cdf(double x) const { return x == 0.0 ? 0.0 : cdfChain()(x); }

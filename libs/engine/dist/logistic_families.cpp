@@ -59,7 +59,7 @@ struct Laplace {
         return Chain(
             [](double p) {
                 const double rest = 1.0 - p, nearer = p < rest ? p : rest;
-                return std::copysign(fastLog(2.0 * nearer), p - 0.5);
+                return std::copysign(fastLogOfModerate(2.0 * nearer), p - 0.5);
             },
             [own = *this](double z) { return own.location + own.scale * z; });
     }

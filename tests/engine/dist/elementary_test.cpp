@@ -31,7 +31,7 @@ TEST(Elementary, AgreesWithTheCLibrary) {
     for (double p = 1e-310; p < 0.5; p *= 1.31)
         for (const double t : {p, 0.5 - p, 1.0 - p}) {
             if (t == 1.0) continue;
-            expectNear(fastLog(t), std::log(t), t);
+            expectNear(fastLogOfModerate(t), std::log(t), t);
             expectNear(logOnePlus(-t), std::log1p(-t), t);
             expectNear(logOnePlus(t), std::log1p(t), t);
             const double exact = static_cast<double>(std::log(static_cast<long double>(t) / (1.0L - t)));

@@ -1,6 +1,7 @@
 #include "engine/random/generators.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "engine/random/well_jump.h"
 
@@ -139,20 +140,38 @@ void LecuyerCmrg::advanceStreams(std::uint64_t count) {
 
 Well1024a::Well1024a(std::uint32_t seed) : state_(stateFromSeed<32>(seed)) {}
 
-std::uint32_t Well1024a::nextWord() {
-    const auto word = [&](std::uint32_t offset) -> std::uint32_t& { return state_[(index_ + offset) % 32]; };
+inline std::uint32_t Well1024a::step(std::uint32_t index) {
+    const auto word = [&](std::uint32_t offset) -> std::uint32_t& { return state_[(index + offset) % 32]; };
     const std::uint32_t z0 = word(31);
     const std::uint32_t z1 = word(0) ^ word(3) ^ (word(3) >> 8);
     const std::uint32_t z2 = word(24) ^ (word(24) << 19) ^ word(10) ^ (word(10) << 14);
     word(0) = z1 ^ z2;
     word(31) = z0 ^ (z0 << 11) ^ z1 ^ (z1 << 7) ^ z2 ^ (z2 << 13);
-    index_ = (index_ + 31) % 32;
-    return state_[index_];
+    index_ = (index + 31) % 32;
+    return word(31);
 }
+
+std::uint32_t Well1024a::nextWord() { return step(index_); }
 
 double Well1024a::next() {
     for (;;)
         if (const std::uint32_t word = nextWord(); word != 0) return static_cast<double>(word) * kPerWord;
+}
+
+void Well1024a::fill(std::span<double> result) {
+    std::size_t i = 0;
+    for (; i < result.size() && index_ != 0; ++i) result[i] = next();
+    // All 32 steps in a row, so that the places in the state are known to the compiler.
+    for (; i + 32 <= result.size();) {
+        std::array<std::uint32_t, 32> words;
+        [&]<std::uint32_t... k>(std::integer_sequence<std::uint32_t, k...>) {
+            ((words[k] = step((32 - k) % 32)), ...);
+        }
+        (std::make_integer_sequence<std::uint32_t, 32>());
+        for (const std::uint32_t word : words)
+            if (word != 0) result[i++] = static_cast<double>(word) * kPerWord;
+    }
+    for (; i < result.size(); ++i) result[i] = next();
 }
 
 void Well1024a::advanceStreams(std::uint64_t count) {

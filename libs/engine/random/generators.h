@@ -79,9 +79,12 @@ class Well1024a {
     explicit Well1024a(std::uint32_t seed);
     std::uint32_t nextWord();
     double next();
+    void fill(std::span<double> result);
     void advanceStreams(std::uint64_t count);
 
  private:
+    std::uint32_t step(std::uint32_t index);
+
     std::array<std::uint32_t, 32> state_;
     std::uint32_t index_ = 0;
 };

@@ -154,7 +154,8 @@ struct Weibull {
     double hazard(double x) const { return x == 0.0 ? 0.0 : fastExp(shape * fastLog(x / scale)); }
     double logPdf(double x) const {
         if (x == 0.0 && shape == 1.0) return logFactor;
-        return logFactor + (shape - 1.0) * std::log(x / scale) - hazard(x);
+        const double logRatio = std::log(x / scale);
+        return logFactor + (shape - 1.0) * logRatio - std::exp(shape * logRatio);
     }
     auto cdfChain() const {
         return Chain([own = *this](double x) { return own.shape * fastLog(x / own.scale); },
@@ -252,6 +253,10 @@ struct Pareto {
     Interval support() const { return {smallest, kInfinity}; }
     /// log(x / smallest), also just above the smallest value.
     static double logRatio(double x, double smallest) {
+        return x < 2.0 * smallest ? std::log1p((x - smallest) / smallest) : std::log(x / smallest);
+    }
+    /// The same without branches.
+    double fastLogRatio(double x) const {
         const bool isNear = x < 2.0 * smallest;
         const double quotient = (isNear ? x - smallest : x) / smallest;
         const double ratio = isNear ? 1.0 + quotient : quotient;
@@ -259,7 +264,7 @@ struct Pareto {
     }
     double logPdf(double x) const { return logFactor - (shape + 1.0) * logRatio(x, smallest); }
     auto cdfChain() const {
-        return Chain([own = *this](double x) { return own.shape * logRatio(x, own.smallest); },
+        return Chain([own = *this](double x) { return own.shape * own.fastLogRatio(x); },
                      [](double hazard) { return oneLessExp(hazard); });
     }
     auto quantileChain() const {
@@ -267,7 +272,7 @@ struct Pareto {
                      [own = *this](double ratio) { return own.smallest * fastExp(ratio); });
     }
     double cdf(double x) const { return cdfChain()(x); }
-    double complementaryCdf(double x) const { return expOfMinus(shape * logRatio(x, smallest)); }
+    double complementaryCdf(double x) const { return expOfMinus(shape * fastLogRatio(x)); }
     double inverseCdf(double p) const { return quantileChain()(p); }
     Moments moments() const {
         const double a = shape, mean = smallest * a / (a - 1.0);

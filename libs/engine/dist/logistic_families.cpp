@@ -147,7 +147,8 @@ struct LogLogistic {
     }
     double logPdf(double x) const {
         if (x == location) return shape < 1.0 ? kInfinity : shape > 1.0 ? -kInfinity : logFactor;
-        return logFactor + Logistic::standardLogPdf(z(x)) - std::log((x - location) / scale);
+        const double logRatio = std::log((x - location) / scale);
+        return logFactor + Logistic::standardLogPdf(shape * logRatio) - logRatio;
     }
     double cdf(double x) const { return x == location ? 0.0 : cdfChain()(x); }
     double complementaryCdf(double x) const { return x == location ? 1.0 : Logistic::standardCdf(-z(x)); }

@@ -1,0 +1,127 @@
+#pragma once
+
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <vector>
+
+#include <omp.h>
+
+#include "engine/dt/feature_lists.h"
+#include "engine/dt/growth.h"
+#include "engine/dt/split_search.h"
+#include "engine/parallel.h"
+
+// The records of a growing tree: their order by node and by value, and the splits of nodes.
+
+namespace Tessel::Engine::DT {
+
+// Below this many cells a loop over features is not worth waking the threads.
+inline constexpr std::size_t kMinCellsInParallel = 20000;
+
+/// A node that may still be split. Its records are the range [begin, end) of every list.
+struct OpenNode {
+    std::int32_t node = 0;
+    std::uint32_t begin = 0, end = 0;
+    int level = 0;
+    std::uint64_t position = 0;  ///< names the way from the root; seeds the draw of features
+    std::shared_ptr<std::vector<double>> histograms = nullptr;  ///< of all features, see histogramBegins_
+
+    std::uint32_t size() const { return end - begin; }
+};
+
+/// The best split of a node, with its children measured and the node's records parted.
+struct Split {
+    Candidate candidate;
+    std::uint32_t middle = 0;
+    double gain = 0.0;
+    Node left, right;
+    std::vector<double> classWeights;  ///< of the left child, then of the right one
+
+    bool exists() const { return gain > 0.0; }
+};
+
+/// What is looked at to split a node: each drawn feature has its candidate.
+struct Search {
+    Totals totals;
+    std::vector<std::int32_t> features;
+    std::vector<Candidate> candidates;
+    bool makesHistograms = false;
+};
+
+/// Finds the splits of nodes and parts the records by them.
+class Splitter {
+ public:
+    Splitter(const TrainingData& data, const PreparedRecords& prepared, const Limits& limits);
+
+    const std::vector<std::uint32_t>& members() const { return members_; }
+    std::size_t numFeatures() const { return features_.size(); }
+    /// One for each thread that takes part.
+    std::vector<Scratch>& scratches() { return scratches_; }
+
+    bool isSplittable(const Tree& tree, const OpenNode& open) const;
+
+    /// @param own  the memory of the one thread that does it; null for all threads.
+    Split findSplit(const Tree& tree, OpenNode& open, Scratch* own);
+    void applySplit(Tree& tree, const OpenNode& open, Split& split, Scratch* own, OpenNode children[2]);
+
+    // The steps of these, for nodes that are split side by side. Until a split is chosen, its search refers
+    // to the tree, which must not grow.
+    Search beginSearch(const Tree& tree, OpenNode& open) const;
+    void searchCandidate(Search& search, std::size_t i, const OpenNode& open, Scratch& scratch) const;
+    Split chooseSplit(const Tree& tree, const OpenNode& open, Search& search, Scratch& scratch);
+    void addChildren(Tree& tree, const OpenNode& open, Split& split, OpenNode children[2]) const;
+    void makeChildHistograms(const Tree& tree, const OpenNode& open, OpenNode children[2], Scratch* own);
+    /// Parts the sorted list of a feature as the records of a split node were.
+    void partList(const Tree& tree, std::size_t feature, const OpenNode& open, const OpenNode children[2],
+                  Scratch& scratch);
+
+    /// Runs work(i, scratch) for i below n: by all threads when there is much to do and nobody gave memory of
+    /// their own (a thread that grows a subtree does so).
+    template <class Work>
+    void forEachFeature(std::size_t n, std::size_t numRecords, Scratch* own, Work&& work);
+
+ private:
+    void makeAllLists();
+    void planHistograms();
+    bool wantsHistograms(std::size_t numRecords) const { return numRecords >= minNumRecordsOfHistograms_; }
+    void addToHistogram(std::size_t feature, const OpenNode& open, std::vector<double>& histograms) const;
+    void makeHistograms(const OpenNode& parent, OpenNode& smaller, OpenNode& larger, Scratch* own);
+    std::vector<std::int32_t> drawFeatures(std::uint64_t position) const;
+    Candidate searchFeature(std::size_t feature, const OpenNode& open, const Totals& totals,
+                            Scratch& scratch) const;
+    double valueOf(std::uint32_t codeOrPosition, std::int32_t feature, const OpenNode& open) const;
+    std::uint32_t partRecords(const OpenNode& open, const Candidate& candidate, Scratch& scratch);
+    void partMembers(const OpenNode& open, std::uint32_t numLeft, std::vector<SortedRecord>& scratch);
+    double gainOf(const Node& node, const double* classWeights, const Split& split) const;
+
+    const TrainingData& data_;
+    const PreparedRecords& prepared_;
+    const Records& records_;
+    const Limits limits_;
+    const std::size_t numClasses_;
+    std::unique_ptr<SplitSearch> search_;
+    std::vector<FeatureLists> features_;
+    // Histograms of a node are kept where subtracting them makes those of a child: where sums are exact. By
+    // feature where its bins begin; the last is the size of them all.
+    std::vector<std::size_t> histogramBegins_;
+    std::size_t minNumRecordsOfHistograms_ = std::numeric_limits<std::size_t>::max();
+    std::vector<std::uint32_t> members_;  // the records of each node are a range, ascending
+    std::vector<std::uint8_t> goesLeft_;  // by record, in the split found last for its node
+    std::vector<Scratch> scratches_;      // by thread
+};
+
+template <class Work>
+void Splitter::forEachFeature(std::size_t n, std::size_t numRecords, Scratch* own, Work&& work) {
+    if (own || n < 2 || scratches_.size() == 1 || n * numRecords < kMinCellsInParallel) {
+        for (std::size_t i = 0; i < n; ++i) work(i, own ? *own : scratches_[0]);
+        return;
+    }
+    ExceptionCarrier carrier;
+#pragma omp parallel for schedule(dynamic) num_threads(static_cast <int>(scratches_.size()))
+    for (std::size_t i = 0; i < n; ++i)
+        carrier.run([&] { work(i, scratches_[static_cast<std::size_t>(omp_get_thread_num())]); });
+    carrier.rethrow();
+}
+
+}  // namespace Tessel::Engine::DT

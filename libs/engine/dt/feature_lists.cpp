@@ -7,9 +7,6 @@ namespace Tessel::Engine::DT {
 
 namespace {
 
-// Up to this many values a histogram is cheaper than a sorted list, whatever the size of the node.
-constexpr std::size_t kMaxNumBins = 256;
-
 /// Records by code, missing ones first, equal codes in the order of the records.
 template <class CodeOf>
 std::vector<SortedRecord> sortByCode(std::uint32_t numRecords, std::uint32_t numCodes, CodeOf codeOf) {
@@ -46,7 +43,7 @@ FeatureLists listNumbers(std::vector<SortedRecord> sorted, const TrainingFeature
     FeatureLists lists;
     lists.sorted = std::move(sorted);
     for (const SortedRecord entry : lists.sorted) lists.numCodes += entry.startsValue();
-    if (lists.numCodes > kMaxNumBins) return lists;
+    if (lists.numCodes > kMaxNumValuesInBins) return lists;
 
     lists.form = FeatureLists::Form::NUMBERS;
     lists.codes.resize(prepared.records.size);
@@ -62,22 +59,15 @@ FeatureLists listNumbers(std::vector<SortedRecord> sorted, const TrainingFeature
 
 }  // namespace
 
-std::vector<SortedRecord> sortRows(const TrainingFeature& feature, int numRows) {
-    if (feature.isCategorical()) return {};
-    return RecordSorter().sort(static_cast<std::uint32_t>(numRows),
-                               [&](std::uint32_t row) { return feature.numbers[feature.columnRow(row)]; });
-}
-
 FeatureLists takeLists(const TrainingFeature& feature, const PreparedRecords& prepared,
-                       const std::vector<SortedRecord>& sortedRows,
-                       const std::vector<std::uint32_t>& recordOf) {
+                       const SharedColumn& column, const std::vector<std::uint32_t>& recordOf) {
     if (feature.isCategorical()) return listCategories(feature, prepared);
-    if (recordOf.empty()) return listNumbers(sortedRows, feature, prepared);
+    if (recordOf.empty()) return listNumbers(column.rows, feature, prepared);
     // One entry more, where rows that are no record are written to and overwritten.
     std::vector<SortedRecord> sorted(prepared.records.size + 1);
     SortedRecord* next = sorted.data();
     std::uint32_t startsValue = 0;  // a value may start with a row that is no record
-    for (const SortedRecord entry : sortedRows) {
+    for (const SortedRecord entry : column.rows) {
         const std::uint32_t record = recordOf[entry.record()], isRecord = record != kNoRecord;
         startsValue |= entry.startsValue();
         *next = {record, startsValue};
@@ -88,13 +78,41 @@ FeatureLists takeLists(const TrainingFeature& feature, const PreparedRecords& pr
     return listNumbers(std::move(sorted), feature, prepared);
 }
 
+FeatureLists takeLists(const TrainingFeature& feature, const PreparedRecords& prepared,
+                       const SharedColumn& column, const std::vector<std::uint8_t>& markOf,
+                       const std::vector<std::uint32_t>& begins) {
+    if (column.hasFewValues) return listNumbers(column.rows, feature, prepared);
+    const auto numRecords = static_cast<std::uint32_t>(prepared.records.size);
+    // Records without a list are written to one entry more. A record starts a value of its node where its
+    // value is not the one of the record before it.
+    struct Place {
+        std::uint32_t next, step, value;
+    };
+    std::vector<Place> places;
+    for (const std::uint32_t begin : begins)
+        places.push_back(begin == kNoRecord ? Place{numRecords, 0, 0} : Place{begin, 1, 0});
+    FeatureLists lists;
+    lists.sorted.resize(std::size_t{numRecords} + 1);
+    std::uint32_t value = 0;
+    for (const SortedRecord entry : column.rows) {
+        Place& place = places[markOf[entry.record()]];
+        value += entry.startsValue();
+        lists.sorted[place.next] = {entry.record(), value != place.value};
+        place.next += place.step;
+        place.value = value;
+    }
+    return lists;
+}
+
 FeatureLists makeLists(const TrainingFeature& feature, const PreparedRecords& prepared, bool keepRanks) {
     if (feature.isCategorical()) return listCategories(feature, prepared);
     const auto numRecords = static_cast<std::uint32_t>(prepared.records.size);
     const auto rowOf = [&](std::uint32_t record) { return feature.columnRow(prepared.rowOf(record)); };
     const auto numberOf = [&](std::uint32_t record) { return feature.numbers[rowOf(record)]; };
-    if (!keepRanks && !feature.column->hasRankCodes())
-        return listNumbers(RecordSorter().sort(numRecords, numberOf), feature, prepared);
+    // Few records are sorted sooner than all ranks are counted.
+    const bool useRanks = keepRanks || (feature.column->hasRankCodes() &&
+                                        feature.column->rankCodes().numDistinct / 8 <= numRecords);
+    if (!useRanks) return listNumbers(RecordSorter().sort(numRecords, numberOf), feature, prepared);
     const RankCodes& ranks = feature.column->rankCodes();
     const auto codeOf = [&](std::uint32_t record) { return ranks.codes[rowOf(record)]; };
     return listNumbers(sortByCode(numRecords, ranks.numDistinct, codeOf), feature, prepared);

@@ -40,6 +40,12 @@ class Grower {
     void growBestFirst(Tree& tree, const OpenNode& root, std::int64_t maxNumSplits);
     void growWhole(Tree& tree, const OpenNode& root);
     std::vector<OpenNode> growLargeNodes(Tree& tree, const OpenNode& root, std::size_t minNumRecords);
+    std::vector<Search> searchLevel(const Tree& tree, std::vector<OpenNode>& level,
+                                    std::size_t minNumRecords);
+    std::vector<OpenNode> splitLevel(Tree& tree, std::vector<OpenNode> level, std::vector<Search>& searches,
+                                     std::size_t minNumRecords);
+    Tree growBelow(const Tree& tree, OpenNode open);
+    Tree growAlone(const OpenNode& open);
     void growDepthFirst(Tree& tree, const OpenNode& root, Scratch& scratch);
     void tell(std::size_t numRecords, bool isSettled);
 
@@ -73,9 +79,8 @@ Tree Grower::grow() {
     const OpenNode root{.end = static_cast<std::uint32_t>(records_.size),
                         .position = static_cast<std::uint64_t>(limits_.featureSelectionSeed)};
     if (!splitter_.isSplittable(tree, root)) return tree;
-    const auto maxNumSplits = std::min<std::int64_t>(limits_.maxNumSplits, (limits_.maxNumNodes - 1) / 2);
-    if (maxNumSplits < static_cast<std::int64_t>(records_.size) - 1)
-        growBestFirst(tree, root, maxNumSplits);
+    if (limits_.areBestFirst(records_.size))
+        growBestFirst(tree, root, limits_.numSplits());
     else
         growWhole(tree, root);
     return tree;
@@ -105,7 +110,9 @@ void Grower::growBestFirst(Tree& tree, const OpenNode& root, std::int64_t maxNum
 
 /// Large nodes first, level by level, each level by all threads; then the subtrees below, each by one.
 void Grower::growWhole(Tree& tree, const OpenNode& root) {
-    if (splitter_.scratches().size() == 1 || records_.size * splitter_.numFeatures() < kMinCellsInParallel) {
+    const bool isByOneThread =
+        splitter_.scratches().size() == 1 || records_.size * splitter_.numFeatures() < kMinCellsInParallel;
+    if (isByOneThread && !splitter_.usesBins()) {
         growDepthFirst(tree, root, splitter_.scratches()[0]);
         return;
     }
@@ -113,71 +120,118 @@ void Grower::growWhole(Tree& tree, const OpenNode& root) {
         tree, root, std::max<std::size_t>(64, records_.size / (4 * splitter_.scratches().size())));
     std::stable_sort(deferred.begin(), deferred.end(),
                      [](const OpenNode& a, const OpenNode& b) { return a.size() > b.size(); });
+    // Few records are sorted sooner than found among all.
+    constexpr std::size_t kMinShareToTake = 8;
+    std::size_t numDeferred = 0;
+    for (const OpenNode& open : deferred) numDeferred += open.size();
+    const bool areSorted = splitter_.usesBins() && numDeferred < records_.size / kMinShareToTake;
+    if (splitter_.usesBins() && !areSorted) splitter_.leaveBins(deferred);
     std::vector<Tree> subtrees(deferred.size());
     ExceptionCarrier carrier;
 #pragma omp parallel for schedule(dynamic) num_threads(static_cast <int>(splitter_.scratches().size()))
     for (std::size_t i = 0; i < deferred.size(); ++i)
-        carrier.run([&] {
-            OpenNode open = deferred[i];
-            subtrees[i].numClasses = tree.numClasses;
-            subtrees[i].nodes.push_back(tree.nodes[static_cast<std::size_t>(open.node)]);
-            const double* classWeights = tree.classWeightsOf(open.node);
-            subtrees[i].classWeights.assign(classWeights, classWeights + numClasses_);
-            open.node = 0;
-            growDepthFirst(subtrees[i], open,
-                           splitter_.scratches()[static_cast<std::size_t>(omp_get_thread_num())]);
-        });
+        carrier.run([&] { subtrees[i] = areSorted ? growAlone(deferred[i]) : growBelow(tree, deferred[i]); });
     carrier.rethrow();
     for (std::size_t i = 0; i < deferred.size(); ++i) graft(tree, deferred[i].node, subtrees[i]);
+}
+
+/// The tree below a node by the lists that are there.
+Tree Grower::growBelow(const Tree& tree, OpenNode open) {
+    Tree subtree;
+    subtree.numClasses = tree.numClasses;
+    subtree.nodes.push_back(tree.nodes[static_cast<std::size_t>(open.node)]);
+    const double* classWeights = tree.classWeightsOf(open.node);
+    subtree.classWeights.assign(classWeights, classWeights + numClasses_);
+    open.node = 0;
+    growDepthFirst(subtree, open, splitter_.scratches()[static_cast<std::size_t>(omp_get_thread_num())]);
+    return subtree;
+}
+
+/// The same tree as one of the records of the node, which are sorted for it. Each row is one record.
+Tree Grower::growAlone(const OpenNode& open) {
+    const std::span<const std::uint32_t> members = splitter_.membersOf(open);
+    PreparedRecords own;
+    own.tableRows.assign(members.begin(), members.end());
+    own.records.size = members.size();
+    for (const std::uint32_t member : members) own.records.targets.push_back(records_.targets[member]);
+    TrainingData data = data_;
+    data.sharedColumns = {};
+    data.watch = {};
+    Limits limits = limits_;
+    if (limits.maxNumLevels != Limits::kNone) limits.maxNumLevels -= open.level;
+    Tree subtree = Grower(data, own, limits).grow();
+    tell(open.size(), true);
+    return subtree;
 }
 
 /// Returns the nodes that are left. The threads wait for each other twice a level rather than twice a node:
 /// where others use the machine too, waiting is what takes the time.
 std::vector<OpenNode> Grower::growLargeNodes(Tree& tree, const OpenNode& root, std::size_t minNumRecords) {
-    const std::size_t numFeatures = splitter_.numFeatures();
     std::vector<OpenNode> left, level{root};
     while (!level.empty()) {
-        std::vector<Search> searches;
-        for (OpenNode& open : level) {
-            tell(open.size(), false);
-            searches.push_back(splitter_.beginSearch(tree, open));
-        }
-        const std::size_t numDrawn = searches[0].features.size();
-        splitter_.forEachFeature(
-            level.size() * numDrawn, minNumRecords, nullptr, [&](std::size_t i, Scratch& scratch) {
-                splitter_.searchCandidate(searches[i / numDrawn], i % numDrawn, level[i / numDrawn], scratch);
-            });
-        std::vector<OpenNode> parents, children;  // two children a parent
-        std::vector<Split> splits;
-        for (std::size_t i = 0; i < level.size(); ++i) {
-            Split split = splitter_.chooseSplit(tree, level[i], searches[i], splitter_.scratches()[0]);
-            if (split.exists()) {
-                parents.push_back(std::move(level[i]));
-                splits.push_back(std::move(split));
-            } else {
-                tell(level[i].size(), true);
-            }
-        }
-        children.resize(2 * parents.size());
-        for (std::size_t i = 0; i < parents.size(); ++i) {
-            splitter_.addChildren(tree, parents[i], splits[i], &children[2 * i]);
-            splitter_.makeChildHistograms(tree, parents[i], &children[2 * i], nullptr);
-        }
-        splitter_.forEachFeature(parents.size() * numFeatures, minNumRecords, nullptr,
-                                 [&](std::size_t i, Scratch& scratch) {
-                                     splitter_.partList(tree, i % numFeatures, parents[i / numFeatures],
-                                                        &children[2 * (i / numFeatures)], scratch);
-                                 });
+        std::vector<Search> searches = searchLevel(tree, level, minNumRecords);
+        const std::vector<OpenNode> children = splitLevel(tree, std::move(level), searches, minNumRecords);
         level.clear();
-        for (OpenNode& child : children) {
-            const std::size_t numRecords = child.size();
+        for (const OpenNode& child : children) {
+            const bool isLarge =
+                splitter_.usesBins() ? child.histograms != nullptr : child.size() >= minNumRecords;
             if (!splitter_.isSplittable(tree, child))
-                tell(numRecords, true);
+                tell(child.size(), true);
             else
-                (numRecords < minNumRecords ? left : level).push_back(std::move(child));
+                (isLarge ? level : left).push_back(child);
         }
+        if (splitter_.usesBins()) splitter_.mark(level);
     }
     return left;
+}
+
+std::vector<Search> Grower::searchLevel(const Tree& tree, std::vector<OpenNode>& level,
+                                        std::size_t minNumRecords) {
+    std::vector<Search> searches;
+    for (OpenNode& open : level) {
+        tell(open.size(), false);
+        searches.push_back(splitter_.beginSearch(tree, open, nullptr));
+    }
+    const std::size_t numDrawn = searches[0].features.size(), numSearches = level.size() * numDrawn;
+    splitter_.forEachFeature(numSearches, minNumRecords, nullptr, [&](std::size_t i, Scratch& scratch) {
+        splitter_.searchCandidate(searches[i / numDrawn], i % numDrawn, level[i / numDrawn], scratch);
+    });
+    if (!splitter_.usesBins()) return searches;
+    std::vector<double> bestScores;
+    for (const Search& search : searches) bestScores.push_back(search.bestScore());
+    splitter_.forEachFeature(numSearches, minNumRecords, nullptr, [&](std::size_t i, Scratch& scratch) {
+        splitter_.searchInsideBins(searches[i / numDrawn], bestScores[i / numDrawn], i % numDrawn,
+                                   level[i / numDrawn], scratch);
+    });
+    return searches;
+}
+
+/// Returns the children, two neighbours by each node that is split.
+std::vector<OpenNode> Grower::splitLevel(Tree& tree, std::vector<OpenNode> level,
+                                         std::vector<Search>& searches, std::size_t minNumRecords) {
+    std::vector<OpenNode> parents;
+    std::vector<Split> splits;
+    for (std::size_t i = 0; i < level.size(); ++i) {
+        Split split = splitter_.chooseSplit(tree, level[i], searches[i], splitter_.scratches()[0]);
+        if (split.exists()) {
+            parents.push_back(std::move(level[i]));
+            splits.push_back(std::move(split));
+        } else {
+            tell(level[i].size(), true);
+        }
+    }
+    std::vector<OpenNode> children(2 * parents.size());
+    for (std::size_t i = 0; i < parents.size(); ++i) {
+        splitter_.addChildren(tree, parents[i], splits[i], &children[2 * i]);
+        splitter_.makeChildHistograms(tree, parents[i], &children[2 * i], nullptr);
+    }
+    const std::size_t numFeatures = splitter_.numFeatures();
+    splitter_.forEachFeature(parents.size() * numFeatures, minNumRecords, nullptr,
+                             [&](std::size_t i, Scratch& scratch) {
+                                 splitter_.partList(tree, i % numFeatures, parents[i / numFeatures],
+                                                    &children[2 * (i / numFeatures)], scratch);
+                             });
+    return children;
 }
 
 void Grower::growDepthFirst(Tree& tree, const OpenNode& root, Scratch& scratch) {

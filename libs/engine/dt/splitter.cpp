@@ -27,60 +27,62 @@ Splitter::Splitter(const TrainingData& data, const PreparedRecords& prepared, co
       goesLeft_(records_.size),
       scratches_(static_cast<std::size_t>(omp_in_parallel() ? 1 : omp_get_max_threads())) {
     for (std::uint32_t record = 0; record < members_.size(); ++record) members_[record] = record;
+    bins_ = makeBinSearch();
     makeAllLists();
-    planHistograms();
+    histograms_ = std::make_unique<HistogramMaker>(records_, features_, bins_.get(), searchesAllFeatures());
+}
+
+bool Splitter::searchesAllFeatures() const {
+    return static_cast<std::size_t>(std::max(1, limits_.numSelectedFeatures)) >= features_.size();
+}
+
+/// For regression on all rows, where nodes are split level by level.
+std::unique_ptr<BinSearch> Splitter::makeBinSearch() const {
+    const bool haveBins = std::any_of(data_.sharedColumns.begin(), data_.sharedColumns.end(),
+                                      [](const SharedColumn& column) { return column.numBins() > 0; });
+    if (!haveBins || numClasses_ > 0 || !records_.isUnit() || !prepared_.tableRows.empty() ||
+        !searchesAllFeatures() || limits_.areBestFirst(records_.size))
+        return nullptr;
+    return std::make_unique<BinSearch>(data_.sharedColumns, records_.targets,
+                                       std::max(1, limits_.minNumRecordsInLeaves));
 }
 
 void Splitter::makeAllLists() {
     std::vector<std::uint32_t> recordOf;
-    if (!data_.sortedRows.empty() && !prepared_.tableRows.empty()) {
+    if (!data_.sharedColumns.empty() && !prepared_.tableRows.empty()) {
         recordOf.assign(static_cast<std::size_t>(data_.numRows), kNoRecord);
         for (std::uint32_t record = 0; record < records_.size; ++record)
             recordOf[prepared_.tableRows[record]] = record;
     }
     forEachFeature(features_.size(), records_.size, nullptr, [&](std::size_t i, Scratch&) {
-        features_[i] = data_.sortedRows.empty()
-                           ? makeLists(data_.features[i], prepared_, data_.keepRanks)
-                           : takeLists(data_.features[i], prepared_, data_.sortedRows[i], recordOf);
+        if (bins_ && bins_->numBins(i) > 0)
+            features_[i].form = FeatureLists::Form::SHARED;
+        else if (data_.sharedColumns.empty())
+            features_[i] = makeLists(data_.features[i], prepared_, data_.keepRanks);
+        else
+            features_[i] = takeLists(data_.features[i], prepared_, data_.sharedColumns[i], recordOf);
     });
 }
 
-void Splitter::planHistograms() {
-    // So many records a bin that subtracting takes a small part of the time of adding up, and all histograms
-    // that are kept at once take less memory than the codes of the features.
-    constexpr std::size_t kMinRecordsPerBin = 16;
-    std::size_t numBinned = 0, numBins = 0;
-    for (const FeatureLists& lists : features_) {
-        histogramBegins_.push_back(numBins * records_.numSums());
-        if (lists.numBins() > 0) ++numBinned;
-        numBins += lists.numBins();
+void Splitter::mark(std::span<OpenNode> nodes) {
+    bins_->clearMarks();
+    for (std::size_t i = 0; i < nodes.size(); ++i) {
+        nodes[i].mark = static_cast<std::uint8_t>(i);
+        bins_->setMark(membersOf(nodes[i]), nodes[i].mark);
     }
-    histogramBegins_.push_back(numBins * records_.numSums());
-    const bool areAllSearched =
-        static_cast<std::size_t>(std::max(1, limits_.numSelectedFeatures)) >= features_.size();
-    if (numBinned > 0 && areAllSearched && numClasses_ > 0 && records_.areExact())
-        minNumRecordsOfHistograms_ = kMinRecordsPerBin * (numBins / numBinned + 1) * records_.numSums() / 3;
 }
 
-void Splitter::addToHistogram(std::size_t feature, const OpenNode& open,
-                              std::vector<double>& histograms) const {
-    if (features_[feature].numBins() == 0) return;
-    addToBins(records_, std::span(members_).subspan(open.begin, open.size()), features_[feature].binned(),
-              histograms.data() + histogramBegins_[feature]);
-}
-
-/// From the histograms of a node, which become those of its larger child.
-void Splitter::makeHistograms(const OpenNode& parent, OpenNode& smaller, OpenNode& larger, Scratch* own) {
-    if (!parent.histograms || !wantsHistograms(larger.size())) return;
-    auto ofSmaller = std::make_shared<std::vector<double>>(parent.histograms->size(), 0.0);
-    larger.histograms = parent.histograms;
-    std::vector<double>& ofLarger = *larger.histograms;
-    forEachFeature(features_.size(), smaller.size(), own, [&](std::size_t feature, Scratch&) {
-        addToHistogram(feature, smaller, *ofSmaller);
-        for (std::size_t i = histogramBegins_[feature]; i < histogramBegins_[feature + 1]; ++i)
-            ofLarger[i] -= (*ofSmaller)[i];
-    });
-    if (wantsHistograms(smaller.size())) smaller.histograms = std::move(ofSmaller);
+void Splitter::leaveBins(std::span<OpenNode> nodes) {
+    mark(nodes);
+    std::vector<std::uint32_t> begins(BinSearch::kNoMark + 1, kNoRecord);
+    for (const OpenNode& open : nodes) begins[open.mark] = open.begin;
+    forEachFeature(
+        nodes.empty() ? 0 : features_.size(), records_.size, nullptr, [&](std::size_t i, Scratch&) {
+            if (features_[i].form == FeatureLists::Form::SHARED)
+                features_[i] =
+                    takeLists(data_.features[i], prepared_, data_.sharedColumns[i], bins_->marks(), begins);
+        });
+    bins_.reset();
 }
 
 bool Splitter::isSplittable(const Tree& tree, const OpenNode& open) const {
@@ -104,32 +106,47 @@ std::vector<std::int32_t> Splitter::drawFeatures(std::uint64_t position) const {
 }
 
 Split Splitter::findSplit(const Tree& tree, OpenNode& open, Scratch* own) {
-    Search search = beginSearch(tree, open);
+    Search search = beginSearch(tree, open, own);
     forEachFeature(search.features.size(), open.size(), own,
                    [&](std::size_t i, Scratch& scratch) { searchCandidate(search, i, open, scratch); });
     return chooseSplit(tree, open, search, own ? *own : scratches_[0]);
 }
 
-Search Splitter::beginSearch(const Tree& tree, OpenNode& open) const {
+Search Splitter::beginSearch(const Tree& tree, OpenNode& open, Scratch* own) {
+    if (!open.histograms && isForHistograms(open)) {
+        open.histograms = histograms_->make();
+        forEachFeature(histograms_->numParts(), open.size(), own, [&](std::size_t part, Scratch&) {
+            histograms_->addUp(part, membersOf(open), *open.histograms);
+        });
+    }
     const Node& node = tree.nodes[static_cast<std::size_t>(open.node)];
     Search search{.totals = {.numRecords = node.numRecords,
                              .weight = node.weight,
                              .mean = node.response,
                              .classWeights = tree.classWeightsOf(open.node)},
                   .features = drawFeatures(open.position),
-                  .candidates = {},
-                  .makesHistograms = !open.histograms && wantsHistograms(open.size())};
+                  .candidates = {}};
     search.candidates.resize(search.features.size());
-    if (search.makesHistograms)
-        open.histograms = std::make_shared<std::vector<double>>(histogramBegins_.back(), 0.0);
     return search;
 }
 
 void Splitter::searchCandidate(Search& search, std::size_t i, const OpenNode& open, Scratch& scratch) const {
-    if (search.makesHistograms) addToHistogram(i, open, *open.histograms);
     search.candidates[i] =
         searchFeature(static_cast<std::size_t>(search.features[i]), open, search.totals, scratch);
     search.candidates[i].feature = search.features[i];
+}
+
+double Search::bestScore() const {
+    double best = -1.0;
+    for (const Candidate& candidate : candidates) best = std::max(best, candidate.score);
+    return best;
+}
+
+void Splitter::searchInsideBins(Search& search, double least, std::size_t i, const OpenNode& open,
+                                Scratch& scratch) const {
+    const auto feature = static_cast<std::size_t>(search.features[i]);
+    if (features_[feature].form == FeatureLists::Form::SHARED)
+        bins_->searchInside(feature, binned(feature, open), least, scratch, search.candidates[i]);
 }
 
 Split Splitter::chooseSplit(const Tree& tree, const OpenNode& open, Search& search, Scratch& scratch) {
@@ -138,7 +155,8 @@ Split Splitter::chooseSplit(const Tree& tree, const OpenNode& open, Search& sear
         if (candidate.score > split.candidate.score) split.candidate = std::move(candidate);
     if (!split.candidate.exists()) return split;
 
-    split.middle = partRecords(open, split.candidate, scratch);
+    if (split.candidate.leftCategories.empty()) split.threshold = thresholdOf(split.candidate, open);
+    split.middle = partRecords(open, split, scratch);
     split.classWeights.resize(2 * numClasses_);
     const auto members = std::span<const std::uint32_t>(members_);
     summarizeChildren(records_, members.subspan(open.begin, split.middle - open.begin),
@@ -151,65 +169,82 @@ Split Splitter::chooseSplit(const Tree& tree, const OpenNode& open, Search& sear
 Candidate Splitter::searchFeature(std::size_t feature, const OpenNode& open, const Totals& totals,
                                   Scratch& scratch) const {
     const FeatureLists& lists = features_[feature];
-    const std::size_t numRecords = open.size();
+    if (lists.form == FeatureLists::Form::SHARED) return bins_->searchEnds(feature, binned(feature, open));
     if (lists.form == FeatureLists::Form::SORTED)
-        return search_->searchSorted(std::span(lists.sorted).subspan(open.begin, numRecords), totals,
+        return search_->searchSorted(std::span(lists.sorted).subspan(open.begin, open.size()), totals,
                                      scratch);
-    const auto members = std::span(members_).subspan(open.begin, numRecords);
-    const double* bins = open.histograms ? open.histograms->data() + histogramBegins_[feature] : nullptr;
+    const double* bins = open.histograms ? histograms_->classes(feature, *open.histograms) : nullptr;
     return lists.form == FeatureLists::Form::NUMBERS
-               ? search_->searchNumbers(members, lists.binned(bins), totals, scratch)
-               : search_->searchCategories(members, lists.binned(bins), totals, scratch);
+               ? search_->searchNumbers(membersOf(open), lists.binned(bins), totals, scratch)
+               : search_->searchCategories(membersOf(open), lists.binned(bins), totals, scratch);
 }
 
-/// One of the two values between which a candidate splits; 0 rather than -0.
-double Splitter::valueOf(std::uint32_t codeOrPosition, std::int32_t feature, const OpenNode& open) const {
-    const FeatureLists& lists = features_[static_cast<std::size_t>(feature)];
-    if (lists.form == FeatureLists::Form::NUMBERS) return lists.values[codeOrPosition] + 0.0;
-    const TrainingFeature& cells = data_.features[static_cast<std::size_t>(feature)];
-    const std::uint32_t record = lists.sorted[open.begin + codeOrPosition].record();
-    return cells.numbers[cells.columnRow(prepared_.rowOf(record))] + 0.0;
+/// Between the two values that a candidate parts; of 0 rather than -0.
+double Splitter::thresholdOf(const Candidate& candidate, const OpenNode& open) const {
+    const auto feature = static_cast<std::size_t>(candidate.feature);
+    const FeatureLists& lists = features_[feature];
+    if (lists.form == FeatureLists::Form::NUMBERS)
+        return thresholdBetween(lists.values[candidate.lower] + 0.0, lists.values[candidate.upper] + 0.0);
+    const TrainingFeature& cells = data_.features[feature];
+    const auto numberOf = [&](std::uint32_t record) {
+        return cells.numbers[cells.columnRow(prepared_.rowOf(record))] + 0.0;
+    };
+    if (lists.form == FeatureLists::Form::SHARED)
+        return thresholdBetween(numberOf(bins_->recordBefore(feature, candidate.lower, open.mark)),
+                                numberOf(bins_->recordAfter(feature, candidate.upper, open.mark)));
+    return thresholdBetween(numberOf(lists.sorted[open.begin + candidate.lower].record()),
+                            numberOf(lists.sorted[open.begin + candidate.upper].record()));
 }
 
-/// Marks the side of each record of the node and parts its range of members; returns where the right begins.
-std::uint32_t Splitter::partRecords(const OpenNode& open, const Candidate& candidate, Scratch& scratch) {
-    const FeatureLists& lists = features_[static_cast<std::size_t>(candidate.feature)];
-    std::uint32_t numLeft = candidate.lower + 1;  // of a sorted list
-    if (lists.form == FeatureLists::Form::SORTED) {
-        for (std::uint32_t i = open.begin; i < open.end; ++i)
-            goesLeft_[lists.sorted[i].record()] = i < open.begin + numLeft;
-    } else {
-        std::vector<std::uint8_t> codeGoesLeft(std::size_t{lists.numCodes} + 1, 0);
-        codeGoesLeft[lists.numCodes] = 1;
-        if (lists.form == FeatureLists::Form::NUMBERS)
-            std::fill_n(codeGoesLeft.begin(), candidate.lower + 1, std::uint8_t{1});
-        for (const std::int32_t category : candidate.leftCategories)
-            codeGoesLeft[static_cast<std::size_t>(category)] = 1;
-        numLeft = 0;
-        for (std::uint32_t i = open.begin; i < open.end; ++i) {
-            const std::uint8_t isLeft = codeGoesLeft[lists.codes[members_[i]]];
-            goesLeft_[members_[i]] = isLeft;
-            numLeft += isLeft;
-        }
+/// Parts the range of members of the node; returns where the right side begins.
+std::uint32_t Splitter::partRecords(const OpenNode& open, const Split& split, Scratch& scratch) {
+    const auto feature = static_cast<std::size_t>(split.candidate.feature);
+    if (features_[feature].form == FeatureLists::Form::SHARED) {
+        const TrainingFeature& cells = data_.features[feature];
+        return open.begin + partMembers(open, scratch.moved, [&](std::uint32_t member) {
+                   return !(cells.numbers[cells.columnRow(member)] >= split.threshold);
+               });
     }
-    partMembers(open, numLeft, scratch.moved);
-    return open.begin + numLeft;
+    markSides(open, split.candidate);
+    return open.begin +
+           partMembers(open, scratch.moved, [&](std::uint32_t member) { return goesLeft_[member]; });
 }
 
-/// Both sides keep their order.
-void Splitter::partMembers(const OpenNode& open, std::uint32_t numLeft, std::vector<SortedRecord>& scratch) {
-    const std::uint32_t numRight = open.size() - numLeft;
-    if (scratch.size() < numRight + 1) scratch.resize(numRight + 1);
+/// Marks the side of each record of the node.
+void Splitter::markSides(const OpenNode& open, const Candidate& candidate) {
+    const FeatureLists& lists = features_[static_cast<std::size_t>(candidate.feature)];
+    if (lists.form == FeatureLists::Form::SORTED) {
+        const std::uint32_t middle = open.begin + candidate.lower + 1;
+        for (std::uint32_t i = open.begin; i < open.end; ++i)
+            goesLeft_[lists.sorted[i].record()] = i < middle;
+        return;
+    }
+    std::vector<std::uint8_t> codeGoesLeft(std::size_t{lists.numCodes} + 1, 0);
+    codeGoesLeft[lists.numCodes] = 1;
+    if (lists.form == FeatureLists::Form::NUMBERS)
+        std::fill_n(codeGoesLeft.begin(), candidate.lower + 1, std::uint8_t{1});
+    for (const std::int32_t category : candidate.leftCategories)
+        codeGoesLeft[static_cast<std::size_t>(category)] = 1;
+    for (const std::uint32_t member : membersOf(open)) goesLeft_[member] = codeGoesLeft[lists.codes[member]];
+}
+
+/// Both sides keep their order; returns how many go left.
+template <class GoesLeft>
+std::uint32_t Splitter::partMembers(const OpenNode& open, std::vector<SortedRecord>& scratch,
+                                    GoesLeft&& goesLeft) {
+    if (scratch.size() <= open.size()) scratch.resize(open.size() + 1);
     std::uint32_t* left = members_.data() + open.begin;
     SortedRecord* right = scratch.data();
     for (std::uint32_t i = open.begin; i < open.end; ++i) {
-        const std::uint32_t member = members_[i], isLeft = goesLeft_[member];
+        const std::uint32_t member = members_[i], isLeft = goesLeft(member);
         *left = member;
         *right = {member, 0};
         left += isLeft;
         right += 1 - isLeft;
     }
-    for (std::uint32_t i = 0; i < numRight; ++i) left[i] = scratch[i].record();
+    const auto numLeft = static_cast<std::uint32_t>(left - members_.data()) - open.begin;
+    for (const SortedRecord* entry = scratch.data(); entry != right; ++entry) *left++ = entry->record();
+    return numLeft;
 }
 
 /// Of classes by the differences of their shares, which are exact zeros where the sides are alike.
@@ -249,8 +284,7 @@ void Splitter::addChildren(Tree& tree, const OpenNode& open, Split& split, OpenN
             node.categorySet = static_cast<std::int32_t>(tree.categorySets.size());
             tree.categorySets.push_back(std::move(split.candidate.leftCategories));
         } else {
-            node.threshold = thresholdBetween(valueOf(split.candidate.lower, node.feature, open),
-                                              valueOf(split.candidate.upper, node.feature, open));
+            node.threshold = split.threshold;
         }
     }
     split.left.parent = split.right.parent = open.node;
@@ -258,15 +292,32 @@ void Splitter::addChildren(Tree& tree, const OpenNode& open, Split& split, OpenN
     tree.nodes.push_back(split.right);
     tree.classWeights.insert(tree.classWeights.end(), split.classWeights.begin(), split.classWeights.end());
 
-    children[0] = {left, open.begin, split.middle, open.level + 1, childPosition(open.position, false)};
-    children[1] = {left + 1, split.middle, open.end, open.level + 1, childPosition(open.position, true)};
+    children[0] = {.node = left,
+                   .begin = open.begin,
+                   .end = split.middle,
+                   .level = open.level + 1,
+                   .position = childPosition(open.position, false)};
+    children[1] = {.node = left + 1,
+                   .begin = split.middle,
+                   .end = open.end,
+                   .level = open.level + 1,
+                   .position = childPosition(open.position, true)};
 }
 
+/// From the histograms of a node, which become those of its larger child.
 void Splitter::makeChildHistograms(const Tree& tree, const OpenNode& open, OpenNode children[2],
                                    Scratch* own) {
-    const std::size_t larger = children[0].size() < children[1].size() ? 1 : 0;
-    if (isSplittable(tree, children[larger]))
-        makeHistograms(open, children[1 - larger], children[larger], own);
+    const bool isLeftSmaller = children[0].size() < children[1].size();
+    OpenNode& smaller = children[isLeftSmaller ? 0 : 1];
+    OpenNode& larger = children[isLeftSmaller ? 1 : 0];
+    if (!open.histograms || !isSplittable(tree, larger) || !isForHistograms(larger)) return;
+    const std::shared_ptr<Histograms> ofSmaller = histograms_->make();
+    larger.histograms = open.histograms;
+    forEachFeature(histograms_->numParts(), smaller.size(), own, [&](std::size_t part, Scratch&) {
+        histograms_->addUp(part, membersOf(smaller), *ofSmaller);
+        histograms_->subtract(part, *ofSmaller, *larger.histograms);
+    });
+    if (isForHistograms(smaller)) smaller.histograms = ofSmaller;
 }
 
 void Splitter::partList(const Tree& tree, std::size_t feature, const OpenNode& open,

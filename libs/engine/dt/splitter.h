@@ -1,14 +1,16 @@
 #pragma once
 
 #include <cstdint>
-#include <limits>
 #include <memory>
+#include <span>
 #include <vector>
 
 #include <omp.h>
 
+#include "engine/dt/bin_search.h"
 #include "engine/dt/feature_lists.h"
 #include "engine/dt/growth.h"
+#include "engine/dt/histograms.h"
 #include "engine/dt/split_search.h"
 #include "engine/parallel.h"
 
@@ -25,7 +27,8 @@ struct OpenNode {
     std::uint32_t begin = 0, end = 0;
     int level = 0;
     std::uint64_t position = 0;  ///< names the way from the root; seeds the draw of features
-    std::shared_ptr<std::vector<double>> histograms = nullptr;  ///< of all features, see histogramBegins_
+    std::shared_ptr<Histograms> histograms = nullptr;
+    std::uint8_t mark = 0;  ///< of its records, while nodes are searched by shared columns
 
     std::uint32_t size() const { return end - begin; }
 };
@@ -33,6 +36,7 @@ struct OpenNode {
 /// The best split of a node, with its children measured and the node's records parted.
 struct Split {
     Candidate candidate;
+    double threshold = 0.0;  ///< of numbers
     std::uint32_t middle = 0;
     double gain = 0.0;
     Node left, right;
@@ -46,7 +50,8 @@ struct Search {
     Totals totals;
     std::vector<std::int32_t> features;
     std::vector<Candidate> candidates;
-    bool makesHistograms = false;
+
+    double bestScore() const;
 };
 
 /// Finds the splits of nodes and parts the records by them.
@@ -55,11 +60,21 @@ class Splitter {
     Splitter(const TrainingData& data, const PreparedRecords& prepared, const Limits& limits);
 
     const std::vector<std::uint32_t>& members() const { return members_; }
+    std::span<const std::uint32_t> membersOf(const OpenNode& open) const {
+        return std::span(members_).subspan(open.begin, open.size());
+    }
     std::size_t numFeatures() const { return features_.size(); }
     /// One for each thread that takes part.
     std::vector<Scratch>& scratches() { return scratches_; }
 
     bool isSplittable(const Tree& tree, const OpenNode& open) const;
+
+    /// Whether nodes are searched by the bins of shared columns, which is for nodes with histograms only.
+    bool usesBins() const { return bins_ != nullptr; }
+    /// Gives nodes that are searched by bins the marks of their records.
+    void mark(std::span<OpenNode> nodes);
+    /// From here on there are lists of these nodes, and no bins.
+    void leaveBins(std::span<OpenNode> nodes);
 
     /// @param own  the memory of the one thread that does it; null for all threads.
     Split findSplit(const Tree& tree, OpenNode& open, Scratch* own);
@@ -67,8 +82,11 @@ class Splitter {
 
     // The steps of these, for nodes that are split side by side. Until a split is chosen, its search refers
     // to the tree, which must not grow.
-    Search beginSearch(const Tree& tree, OpenNode& open) const;
+    Search beginSearch(const Tree& tree, OpenNode& open, Scratch* own);
     void searchCandidate(Search& search, std::size_t i, const OpenNode& open, Scratch& scratch) const;
+    /// What is left to search by bins when all candidates are searched.
+    void searchInsideBins(Search& search, double least, std::size_t i, const OpenNode& open,
+                          Scratch& scratch) const;
     Split chooseSplit(const Tree& tree, const OpenNode& open, Search& search, Scratch& scratch);
     void addChildren(Tree& tree, const OpenNode& open, Split& split, OpenNode children[2]) const;
     void makeChildHistograms(const Tree& tree, const OpenNode& open, OpenNode children[2], Scratch* own);
@@ -82,17 +100,21 @@ class Splitter {
     void forEachFeature(std::size_t n, std::size_t numRecords, Scratch* own, Work&& work);
 
  private:
+    bool searchesAllFeatures() const;
+    std::unique_ptr<BinSearch> makeBinSearch() const;
     void makeAllLists();
-    void planHistograms();
-    bool wantsHistograms(std::size_t numRecords) const { return numRecords >= minNumRecordsOfHistograms_; }
-    void addToHistogram(std::size_t feature, const OpenNode& open, std::vector<double>& histograms) const;
-    void makeHistograms(const OpenNode& parent, OpenNode& smaller, OpenNode& larger, Scratch* own);
+    bool isForHistograms(const OpenNode& open) const { return histograms_->isFor(open.size(), open.level); }
+    BinnedNode binned(std::size_t feature, const OpenNode& open) const {
+        return {histograms_->deviations(feature, *open.histograms), open.size(), open.mark};
+    }
     std::vector<std::int32_t> drawFeatures(std::uint64_t position) const;
     Candidate searchFeature(std::size_t feature, const OpenNode& open, const Totals& totals,
                             Scratch& scratch) const;
-    double valueOf(std::uint32_t codeOrPosition, std::int32_t feature, const OpenNode& open) const;
-    std::uint32_t partRecords(const OpenNode& open, const Candidate& candidate, Scratch& scratch);
-    void partMembers(const OpenNode& open, std::uint32_t numLeft, std::vector<SortedRecord>& scratch);
+    double thresholdOf(const Candidate& candidate, const OpenNode& open) const;
+    std::uint32_t partRecords(const OpenNode& open, const Split& split, Scratch& scratch);
+    void markSides(const OpenNode& open, const Candidate& candidate);
+    template <class GoesLeft>
+    std::uint32_t partMembers(const OpenNode& open, std::vector<SortedRecord>& scratch, GoesLeft&& goesLeft);
     double gainOf(const Node& node, const double* classWeights, const Split& split) const;
 
     const TrainingData& data_;
@@ -102,10 +124,8 @@ class Splitter {
     const std::size_t numClasses_;
     std::unique_ptr<SplitSearch> search_;
     std::vector<FeatureLists> features_;
-    // Histograms of a node are kept where subtracting them makes those of a child: where sums are exact. By
-    // feature where its bins begin; the last is the size of them all.
-    std::vector<std::size_t> histogramBegins_;
-    std::size_t minNumRecordsOfHistograms_ = std::numeric_limits<std::size_t>::max();
+    std::unique_ptr<BinSearch> bins_;
+    std::unique_ptr<HistogramMaker> histograms_;
     std::vector<std::uint32_t> members_;  // the records of each node are a range, ascending
     std::vector<std::uint8_t> goesLeft_;  // by record, in the split found last for its node
     std::vector<Scratch> scratches_;      // by thread

@@ -34,6 +34,26 @@ struct TrainingFeature {
     std::int32_t numCategories = 0;
 };
 
+/// What the fits of many trees share of a numeric feature; all empty for categories.
+struct SharedColumn {
+    struct Bin {
+        std::uint32_t begin = 0;     ///< in `rows`
+        bool hasManyValues = false;  ///< more than one
+    };
+
+    std::vector<SortedRecord> rows;  ///< of the table, by number
+    // Bins of neighbouring values, the first for missing cells, and the end of the last. Empty unless they
+    // were asked for.
+    std::vector<Bin> bins;
+    std::vector<std::uint16_t> codes;  ///< the bin of each row
+    bool hasFewValues = false;         ///< each has a bin of its own
+
+    std::size_t numBins() const { return bins.empty() ? 0 : bins.size() - 1; }
+};
+
+/// Takes 4 bytes a row, with bins 6.
+SharedColumn shareColumn(const TrainingFeature& feature, int numRows, bool withBins);
+
 /// What a tree is grown on. Everything is borrowed, nothing is copied, so that many trees share one table.
 struct TrainingData {
     std::vector<TrainingFeature> features;
@@ -46,9 +66,9 @@ struct TrainingData {
     /// One weight >= 0 a row of the table, empty for 1. A row of weight 0 is no record.
     std::span<const double> weights = {};
 
-    /// Per feature the rows of the whole table as `sortRows` gives them, none for categories; the lists of
-    /// the records are then taken out of these. Empty: each fit makes its own lists.
-    std::span<const std::vector<SortedRecord>> sortedRows = {};
+    /// Per feature the rows of the whole table as `shareColumn` gives them; the lists of the records are then
+    /// taken out of these. Empty: each fit makes its own lists.
+    std::span<const SharedColumn> sharedColumns = {};
 
     /// Whether columns that have no ranks yet are ranked and keep them, 4 bytes a cell, for the trees to
     /// come. Else each fit sorts such columns for itself.
@@ -58,10 +78,6 @@ struct TrainingData {
     /// that it grows.
     Watch watch = {};
 };
-
-/// The rows of the table by the feature's number: what the fits of many trees can share, 4 bytes a row. Empty
-/// for categories.
-std::vector<SortedRecord> sortRows(const TrainingFeature& feature, int numRows);
 
 /// The cells of a feature of records to score: numbers (NaN = missing), or codes (-1 = missing; any other
 /// code that training did not have is an unseen category).

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
@@ -18,6 +19,12 @@ struct Limits {
     int maxNumSplits = kNone;         ///< decision nodes of the tree
     int numSelectedFeatures = kNone;  ///< features drawn afresh for the split of each node
     int featureSelectionSeed = 12345;
+
+    /// Whether they may stop the growth of a tree before all its nodes are split.
+    bool areBestFirst(std::size_t numRecords) const {
+        return numSplits() < static_cast<std::int64_t>(numRecords) - 1;
+    }
+    std::int64_t numSplits() const { return std::min(maxNumSplits, (maxNumNodes - 1) / 2); }
 };
 
 /// One node. The children of a node are neighbours: the right child is `left + 1`.

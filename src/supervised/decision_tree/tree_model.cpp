@@ -80,7 +80,7 @@ bool hasInfinite(const ColumnCells& cells) {
 }
 
 struct SortedTable : Supervised::Preparation {
-    std::vector<std::vector<SortedRecord>> rows;  ///< by feature
+    std::vector<Engine::DT::SharedColumn> columns;  ///< by feature
 };
 
 Vector vectorOf(const std::vector<double>& numbers) { return Vector(numbers.begin(), numbers.end()); }
@@ -94,7 +94,7 @@ Engine::DT::TrainingData trainingData(const TrainingFeatures& features, const Ve
     data.multiplicities = multiplicities;
     data.numRows = features.schema.numRows;
     data.keepRanks = false;
-    if (preparation) data.sortedRows = static_cast<const SortedTable&>(*preparation).rows;
+    if (preparation) data.sharedColumns = static_cast<const SortedTable&>(*preparation).columns;
     data.weights = {weights.data(), weights.size()};
     for (std::size_t i = 0; i < features.columns.size(); ++i) {
         const FeatureColumn& column = features.columns[i];
@@ -113,16 +113,19 @@ Engine::DT::TrainingData trainingData(const TrainingFeatures& features, const Ve
 }
 
 std::unique_ptr<Supervised::Preparation> sortTable(const TrainingFeatures& features, bool useAllRows) {
-    constexpr int kMaxNumRowsOfResamples = 1 << 18;
+    constexpr int kMaxNumRowsOfResamples = 1 << 18, kMinNumRowsOfBins = 1 << 12;
     const int numRows = features.schema.numRows;
     if (numRows > kMaxNumRowsOfResamples && !useAllRows) return nullptr;
     const std::vector<Engine::DT::TrainingFeature> columns = trainingData(features, {}, {}, nullptr).features;
     auto table = std::make_unique<SortedTable>();
-    table->rows.resize(columns.size());
+    table->columns.resize(columns.size());
     Engine::ExceptionCarrier carrier;
 #pragma omp parallel for schedule(dynamic)
     for (std::size_t i = 0; i < columns.size(); ++i)
-        carrier.run([&] { table->rows[i] = Engine::DT::sortRows(columns[i], numRows); });
+        carrier.run([&] {
+            table->columns[i] =
+                Engine::DT::shareColumn(columns[i], numRows, useAllRows && numRows >= kMinNumRowsOfBins);
+        });
     carrier.rethrow();
     return table;
 }

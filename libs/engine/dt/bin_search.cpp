@@ -1,0 +1,178 @@
+#include "engine/dt/bin_search.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cmath>
+
+namespace Tessel::Engine::DT {
+
+/// The left side of a split: its records, and its sum of deviations from the mean of the whole table.
+struct BinSearch::Rating {
+    const double unit, mean, numRecords;  // of the node
+    std::int64_t deviations = 0, count = 0;
+
+    void add(std::int64_t sum, std::int64_t number) {
+        deviations += sum;
+        count += number;
+    }
+    /// Of the deviations from the mean of the node. Rounding is monotone here and below, so that a bound is
+    /// one to the last bit.
+    double sumOf(std::int64_t sum, double number) const {
+        return static_cast<double>(sum) * unit - number * mean;
+    }
+    double product(double number) const { return number * (numRecords - number); }
+    bool reaches(double score) const {
+        const double sum = sumOf(deviations, static_cast<double>(count));
+        return sum * sum >= score * product(static_cast<double>(count)) * kBelowOne;
+    }
+    /// As of MeanSide.
+    double score() const {
+        const double sum = sumOf(deviations, static_cast<double>(count));
+        return sum * sum / product(static_cast<double>(count));
+    }
+    /// False only where no split with `rise` or less and `-fall` or more added to the deviations, and from
+    /// `fewest` to `most` records, reaches a score.
+    bool mayReach(double score, std::int64_t rise, std::int64_t fall, std::int64_t fewest,
+                  std::int64_t most) const {
+        const auto from = static_cast<double>(fewest), to = static_cast<double>(most);
+        const double highest = std::max(sumOf(deviations + rise, from), sumOf(deviations + rise, to));
+        const double lowest = std::min(sumOf(deviations - fall, from), sumOf(deviations - fall, to));
+        return std::max(highest * highest, lowest * lowest) >=
+               score * std::min(product(from), product(to)) * kBelowOne;
+    }
+};
+
+BinSearch::BinSearch(std::span<const SharedColumn> columns, std::span<const double> targets,
+                     std::int64_t minNumRecords)
+    : columns_(columns), minNumRecords_(minNumRecords), records_(targets.size()), marks_(targets.size(), 0) {
+    double mean = 0.0, largest = 0.0;
+    for (const double target : targets) mean += target;
+    mean /= static_cast<double>(targets.size());
+    for (const double target : targets) largest = std::max(largest, std::abs(target - mean));
+    // So many bits that all deviations together have 62, and rounded up to units that hold a count have 63.
+    const auto countBits = static_cast<int>(std::bit_width(targets.size()));
+    countMask_ = (std::int64_t{1} << countBits) - 1;
+    const int exponent = largest > 0.0 ? 61 - countBits - std::ilogb(largest) : 0;
+    unit_ = std::ldexp(1.0, -exponent);
+    const double scale = std::ldexp(1.0, exponent);
+    for (std::size_t i = 0; i < targets.size(); ++i) {
+        const std::int64_t deviation = std::llrint((targets[i] - mean) * scale);
+        records_[i] = {deviation, (std::abs(deviation) | countMask_) + 1 + 1};
+    }
+}
+
+BinSearch::Rating BinSearch::begin(std::size_t feature, const BinnedNode& node) const {
+    std::int64_t total = 0;
+    for (std::size_t bin = 0; bin < columns_[feature].numBins(); ++bin) total += node.bins[bin].deviations;
+    const auto numRecords = static_cast<double>(node.numRecords);
+    return {unit_, static_cast<double>(total) * unit_ / numRecords, numRecords};
+}
+
+/// Several features at once, which share the reading of the members.
+template <std::size_t N>
+void BinSearch::addUp(const std::size_t* features, std::span<const std::uint32_t> members,
+                      BinSum* const* bins) const {
+    std::array<const std::uint16_t*, N> codes;
+    std::array<BinSum*, N> sums;
+    for (std::size_t i = 0; i < N; ++i) {
+        codes[i] = columns_[features[i]].codes.data();
+        sums[i] = bins[i];
+    }
+    for (const std::uint32_t member : members) {
+        const BinSum record = records_[member];
+        for (std::size_t i = 0; i < N; ++i) sums[i][codes[i][member]] += record;
+    }
+}
+
+void BinSearch::addUp(std::span<const std::size_t> features, std::span<const std::uint32_t> members,
+                      std::span<BinSum* const> bins) const {
+    constexpr std::size_t kAtOnce = 4;
+    std::size_t i = 0;
+    for (; i + kAtOnce <= features.size(); i += kAtOnce) addUp<kAtOnce>(&features[i], members, &bins[i]);
+    for (; i < features.size(); ++i) addUp<1>(&features[i], members, &bins[i]);
+}
+
+Candidate BinSearch::searchEnds(std::size_t feature, const BinnedNode& node) const {
+    const std::vector<SharedColumn::Bin>& bins = columns_[feature].bins;
+    Rating left = begin(feature, node);
+    left.add(node.bins[0].deviations, count(node.bins[0]));
+    Candidate best;
+    bool isFirst = true;
+    for (std::size_t bin = 1; bin + 1 < bins.size(); ++bin) {
+        const std::int64_t number = count(node.bins[bin]);
+        if (number == 0) continue;
+        if (!isFirst && left.count >= minNumRecords_ && node.numRecords - left.count >= minNumRecords_ &&
+            left.reaches(best.score) && left.score() > best.score) {
+            best.score = left.score();
+            best.lower = best.upper = bins[bin].begin;
+        }
+        isFirst = false;
+        left.add(node.bins[bin].deviations, number);
+    }
+    return best;
+}
+
+void BinSearch::searchInside(std::size_t feature, const BinnedNode& node, double least, Scratch& scratch,
+                             Candidate& best) const {
+    const std::vector<SharedColumn::Bin>& bins = columns_[feature].bins;
+    Rating left = begin(feature, node);
+    for (std::size_t bin = 0; bin + 1 < bins.size(); ++bin) {
+        const BinSum& sum = node.bins[bin];
+        const std::int64_t number = count(sum);
+        const std::int64_t fewest = std::max(left.count + 1, minNumRecords_);
+        const std::int64_t most = std::min(left.count + number - 1, node.numRecords - minNumRecords_);
+        if (number > 1 && bins[bin].hasManyValues && fewest <= most &&
+            left.mayReach(std::max(least, best.score), (sizes(sum) + sum.deviations) / 2,
+                          (sizes(sum) - sum.deviations) / 2, fewest, most))
+            walk(feature, bin, left, node, least, scratch, best);
+        left.add(sum.deviations, number);
+    }
+}
+
+void BinSearch::walk(std::size_t feature, std::size_t bin, const Rating& atBegin, const BinnedNode& node,
+                     double least, Scratch& scratch, Candidate& best) const {
+    const SharedColumn& column = columns_[feature];
+    const std::uint32_t begin = column.bins[bin].begin, end = column.bins[bin + 1].begin;
+    if (scratch.moved.size() <= end - begin) scratch.moved.resize(end - begin + 1);
+    // Positions of the node's records; a value starts with the next of them.
+    SortedRecord* member = scratch.moved.data();
+    std::uint32_t startsValue = 0;
+    for (std::uint32_t position = begin; position < end; ++position) {
+        const SortedRecord entry = column.rows[position];
+        const std::uint32_t isMember = marks_[entry.record()] == node.mark;
+        startsValue |= entry.startsValue();
+        *member = {position, startsValue};
+        member += isMember;
+        startsValue &= 1 - isMember;
+    }
+    Rating left = atBegin;
+    const std::span<const SortedRecord> members(scratch.moved.data(), member);
+    for (const SortedRecord& entry : members) {
+        const std::uint32_t position = entry.record();
+        if (entry.startsValue() && &entry != members.data() && left.reaches(std::max(least, best.score)) &&
+            left.count >= minNumRecords_ && node.numRecords - left.count >= minNumRecords_) {
+            const double score = left.score();
+            if (score >= least && (score > best.score || (score == best.score && position < best.lower))) {
+                best.score = score;
+                best.lower = best.upper = position;
+            }
+        }
+        left.add(records_[column.rows[position].record()].deviations, 1);
+    }
+}
+
+std::uint32_t BinSearch::recordBefore(std::size_t feature, std::uint32_t position, std::uint8_t mark) const {
+    const std::vector<SortedRecord>& rows = columns_[feature].rows;
+    while (marks_[rows[--position].record()] != mark) {
+    }
+    return rows[position].record();
+}
+
+std::uint32_t BinSearch::recordAfter(std::size_t feature, std::uint32_t position, std::uint8_t mark) const {
+    const std::vector<SortedRecord>& rows = columns_[feature].rows;
+    while (marks_[rows[position].record()] != mark) ++position;
+    return rows[position].record();
+}
+
+}  // namespace Tessel::Engine::DT

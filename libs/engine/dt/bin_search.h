@@ -1,0 +1,101 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "engine/dt/split_search.h"
+#include "engine/dt/training_data.h"
+
+// The exact best split of a large node by sums over bins, where many regression trees share one table.
+//
+// The rows stand in bins of neighbouring values. The sums of a node by bin rate its splits between bins, and
+// bound those inside a bin: on the way through it the sum of the deviations rises by no more than the
+// positive ones and falls by no more than the negative ones. Only the few bins whose bound reaches the best
+// split that is known are walked through value by value. The bounds are of the kind of branch and bound; that
+// histograms of a node come from those of its parent and its sibling is known from histogram methods, see
+// Ke et al., LightGBM: a highly efficient gradient boosting decision tree, NIPS 2017.
+//
+// Targets are deviations from their mean in fixed point, so that sums are exact in any order: 61 bits less
+// those of the number of records for the greatest deviation, where running sums of doubles have lost as many.
+// Splits that part the records alike then have the same score; the first feature counts.
+
+namespace Tessel::Engine::DT {
+
+/// Of the records in a bin.
+struct BinSum {
+    std::int64_t deviations = 0;
+    /// Of each the absolute deviation, rounded up so that the last bits are free, and there 1.
+    std::int64_t sizesAndCount = 0;
+
+    BinSum& operator+=(const BinSum& other) {
+        deviations += other.deviations;
+        sizesAndCount += other.sizesAndCount;
+        return *this;
+    }
+    BinSum& operator-=(const BinSum& other) {
+        deviations -= other.deviations;
+        sizesAndCount -= other.sizesAndCount;
+        return *this;
+    }
+};
+
+/// A node as the search by bins sees it. Its records are marked with `mark`, see `setMark`.
+struct BinnedNode {
+    const BinSum* bins = nullptr;  ///< of one feature
+    std::int64_t numRecords = 0;
+    std::uint8_t mark = 0;
+};
+
+/// Each row of the table is one record of weight 1.
+class BinSearch {
+ public:
+    BinSearch(std::span<const SharedColumn> columns, std::span<const double> targets,
+              std::int64_t minNumRecords);
+
+    std::size_t numBins(std::size_t feature) const { return columns_[feature].numBins(); }
+
+    /// Adds the members of a node to its bins of some features.
+    /// @param bins  by feature.
+    void addUp(std::span<const std::size_t> features, std::span<const std::uint32_t> members,
+               std::span<BinSum* const> bins) const;
+
+    /// The best split between bins. `lower` and `upper` are the same number: how many of the sorted rows come
+    /// before the split.
+    Candidate searchEnds(std::size_t feature, const BinnedNode& node) const;
+
+    /// Takes a split inside a bin if it is better, and not worse than `least`.
+    void searchInside(std::size_t feature, const BinnedNode& node, double least, Scratch& scratch,
+                      Candidate& best) const;
+
+    /// The records of a node before and after a split.
+    std::uint32_t recordBefore(std::size_t feature, std::uint32_t position, std::uint8_t mark) const;
+    std::uint32_t recordAfter(std::size_t feature, std::uint32_t position, std::uint8_t mark) const;
+
+    static constexpr std::uint8_t kNoMark = 255;
+    const std::vector<std::uint8_t>& marks() const { return marks_; }
+    void clearMarks() { marks_.assign(marks_.size(), kNoMark); }
+    void setMark(std::span<const std::uint32_t> members, std::uint8_t mark) {
+        for (const std::uint32_t member : members) marks_[member] = mark;
+    }
+
+ private:
+    struct Rating;
+    template <std::size_t N>
+    void addUp(const std::size_t* features, std::span<const std::uint32_t> members,
+               BinSum* const* bins) const;
+    void walk(std::size_t feature, std::size_t bin, const Rating& atBegin, const BinnedNode& node,
+              double least, Scratch& scratch, Candidate& best) const;
+    Rating begin(std::size_t feature, const BinnedNode& node) const;
+    std::int64_t count(const BinSum& bin) const { return bin.sizesAndCount & countMask_; }
+    std::int64_t sizes(const BinSum& bin) const { return bin.sizesAndCount & ~countMask_; }
+
+    std::span<const SharedColumn> columns_;
+    const std::int64_t minNumRecords_;
+    std::int64_t countMask_ = 0;
+    double unit_ = 1.0;                // of the deviations
+    std::vector<BinSum> records_;      // each record as if it were a bin
+    std::vector<std::uint8_t> marks_;  // by record
+};
+
+}  // namespace Tessel::Engine::DT

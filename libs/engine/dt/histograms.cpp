@@ -1,0 +1,70 @@
+#include "engine/dt/histograms.h"
+
+#include <algorithm>
+#include <array>
+#include <limits>
+
+namespace Tessel::Engine::DT {
+
+HistogramMaker::HistogramMaker(const Records& records, std::span<const FeatureLists> features,
+                               const BinSearch* bins, bool areAllSearched)
+    : records_(records),
+      features_(features),
+      bins_(bins),
+      minNumRecords_(std::numeric_limits<std::size_t>::max()),
+      numLevels_(std::numeric_limits<int>::max()) {
+    std::size_t size = 0;
+    for (std::size_t feature = 0; feature < features.size(); ++feature) {
+        begins_.push_back(size);
+        const std::size_t added =
+            bins ? bins->numBins(feature) : features[feature].numBins() * records.numSums();
+        size += added;
+        if (added > 0) binned_.push_back(feature);
+    }
+    begins_.push_back(size);
+    if (bins) {
+        // Below, the few records of a node in a bin are looked for among too many others.
+        constexpr int kNumLevels = 5;
+        numLevels_ = kNumLevels;
+        minNumRecords_ = size / binned_.size();
+    } else if (!binned_.empty() && areAllSearched && records.numClasses > 0 && records.areExact()) {
+        // So many records a bin that subtracting takes a small part of the time of adding up, and all
+        // histograms that are kept at once take less memory than the codes of the features.
+        constexpr std::size_t kMinRecordsPerBin = 16;
+        minNumRecords_ = kMinRecordsPerBin * (size / binned_.size() + records.numSums()) / 3;
+    }
+}
+
+std::shared_ptr<Histograms> HistogramMaker::make() const {
+    auto histograms = std::make_shared<Histograms>();
+    if (bins_)
+        histograms->deviations.resize(begins_.back());
+    else
+        histograms->classes.resize(begins_.back());
+    return histograms;
+}
+
+void HistogramMaker::addUp(std::size_t part, std::span<const std::uint32_t> members,
+                           Histograms& histograms) const {
+    if (bins_) {
+        std::array<BinSum*, kNumFeaturesInPart> sums{};
+        const std::span<const std::size_t> features = featuresOf(part);
+        for (std::size_t i = 0; i < features.size(); ++i)
+            sums[i] = histograms.deviations.data() + begins_[features[i]];
+        return bins_->addUp(features, members, sums);
+    }
+    for (const std::size_t feature : featuresOf(part))
+        addToBins(records_, members, features_[feature].binned(),
+                  histograms.classes.data() + begins_[feature]);
+}
+
+void HistogramMaker::subtract(std::size_t part, const Histograms& smaller, Histograms& larger) const {
+    for (const std::size_t feature : featuresOf(part))
+        for (std::size_t i = begins_[feature]; i < begins_[feature + 1]; ++i)
+            if (bins_)
+                larger.deviations[i] -= smaller.deviations[i];
+            else
+                larger.classes[i] -= smaller.classes[i];
+}
+
+}  // namespace Tessel::Engine::DT

@@ -46,14 +46,13 @@ struct BinSearch::Rating {
 BinSearch::BinSearch(std::span<const SharedColumn> columns, std::span<const double> targets,
                      std::int64_t minNumRecords)
     : columns_(columns), minNumRecords_(minNumRecords), records_(targets.size()), marks_(targets.size(), 0) {
-    double mean = 0.0, largest = 0.0;
+    double mean = 0.0, size = 0.0;
     for (const double target : targets) mean += target;
     mean /= static_cast<double>(targets.size());
-    for (const double target : targets) largest = std::max(largest, std::abs(target - mean));
-    // So many bits that all deviations together have 62, and rounded up to units that hold a count have 63.
-    const auto countBits = static_cast<int>(std::bit_width(targets.size()));
-    countMask_ = (std::int64_t{1} << countBits) - 1;
-    const int exponent = largest > 0.0 ? 61 - countBits - std::ilogb(largest) : 0;
+    for (const double target : targets) size += std::abs(target - mean);
+    // All absolute deviations add up to 2^61 or less, and rounded up to where a count ends, to 2^63 or less.
+    countMask_ = (std::int64_t{1} << std::bit_width(targets.size())) - 1;
+    const int exponent = size > 0.0 ? 60 - std::ilogb(size) : 0;
     unit_ = std::ldexp(1.0, -exponent);
     const double scale = std::ldexp(1.0, exponent);
     for (std::size_t i = 0; i < targets.size(); ++i) {
@@ -99,7 +98,7 @@ Candidate BinSearch::searchEnds(std::size_t feature, const BinnedNode& node) con
     left.add(node.bins[0].deviations, count(node.bins[0]));
     Candidate best;
     bool isFirst = true;
-    for (std::size_t bin = 1; bin + 1 < bins.size(); ++bin) {
+    for (std::size_t bin = 1; bin < columns_[feature].numBins(); ++bin) {
         const std::int64_t number = count(node.bins[bin]);
         if (number == 0) continue;
         if (!isFirst && left.count >= minNumRecords_ && node.numRecords - left.count >= minNumRecords_ &&
@@ -117,7 +116,7 @@ void BinSearch::searchInside(std::size_t feature, const BinnedNode& node, double
                              Candidate& best) const {
     const std::vector<SharedColumn::Bin>& bins = columns_[feature].bins;
     Rating left = begin(feature, node);
-    for (std::size_t bin = 0; bin + 1 < bins.size(); ++bin) {
+    for (std::size_t bin = 0; bin < columns_[feature].numBins(); ++bin) {
         const BinSum& sum = node.bins[bin];
         const std::int64_t number = count(sum);
         const std::int64_t fewest = std::max(left.count + 1, minNumRecords_);

@@ -12,13 +12,15 @@
 // The rows stand in bins of neighbouring values. The sums of a node by bin rate its splits between bins, and
 // bound those inside a bin: on the way through it the sum of the deviations rises by no more than the
 // positive ones and falls by no more than the negative ones. Only the few bins whose bound reaches the best
-// split that is known are walked through value by value. The bounds are of the kind of branch and bound; that
-// histograms of a node come from those of its parent and its sibling is known from histogram methods, see
-// Ke et al., LightGBM: a highly efficient gradient boosting decision tree, NIPS 2017.
+// split that is known are walked through value by value (after Alsabti, Ranka & Singh, CLOUDS: a decision
+// tree classifier for large datasets, KDD 1998, who estimate such bounds of Gini's index).
 //
-// Targets are deviations from their mean in fixed point, so that sums are exact in any order: 61 bits less
-// those of the number of records for the greatest deviation, where running sums of doubles have lost as many.
-// Splits that part the records alike then have the same score; the first feature counts.
+// Targets are deviations from their mean in fixed point, so that sums are exact in any order and those of a
+// child come from its parent and its sibling. Of n records with a mean absolute deviation d the unit is
+// d n / 2^60 or less, and a node is searched so where its standard deviation is 2^28 units and more. Splits
+// by features that order the records alike have the same score, and the first feature counts.
+//
+// Takes 17 bytes a record, and 16 a bin of each feature for every node that is open.
 
 namespace Tessel::Engine::DT {
 
@@ -53,6 +55,11 @@ class BinSearch {
     BinSearch(std::span<const SharedColumn> columns, std::span<const double> targets,
               std::int64_t minNumRecords);
 
+    /// Whether sums in units are as good as sums of doubles for a node of this variance.
+    bool isFineFor(double variance) const {
+        constexpr double kMinDeviationInUnits = 0x1p28;
+        return variance >= kMinDeviationInUnits * unit_ * (kMinDeviationInUnits * unit_);
+    }
     std::size_t numBins(std::size_t feature) const { return columns_[feature].numBins(); }
 
     /// Adds the members of a node to its bins of some features.

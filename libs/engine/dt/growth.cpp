@@ -120,6 +120,7 @@ void Grower::growWhole(Tree& tree, const OpenNode& root) {
         tree, root, std::max<std::size_t>(64, records_.size / (4 * splitter_.scratches().size())));
     std::stable_sort(deferred.begin(), deferred.end(),
                      [](const OpenNode& a, const OpenNode& b) { return a.size() > b.size(); });
+    if (deferred.empty()) return;
     // Few records are sorted sooner than found among all.
     constexpr std::size_t kMinShareToTake = 8;
     std::size_t numDeferred = 0;
@@ -193,15 +194,15 @@ std::vector<Search> Grower::searchLevel(const Tree& tree, std::vector<OpenNode>&
         searches.push_back(splitter_.beginSearch(tree, open, nullptr));
     }
     const std::size_t numDrawn = searches[0].features.size(), numSearches = level.size() * numDrawn;
-    splitter_.forEachFeature(numSearches, minNumRecords, nullptr, [&](std::size_t i, Scratch& scratch) {
+    splitter_.forEach(numSearches, minNumRecords, nullptr, [&](std::size_t i, Scratch& scratch) {
         splitter_.searchCandidate(searches[i / numDrawn], i % numDrawn, level[i / numDrawn], scratch);
     });
     if (!splitter_.usesBins()) return searches;
-    std::vector<double> bestScores;
-    for (const Search& search : searches) bestScores.push_back(search.bestScore());
-    splitter_.forEachFeature(numSearches, minNumRecords, nullptr, [&](std::size_t i, Scratch& scratch) {
-        splitter_.searchInsideBins(searches[i / numDrawn], bestScores[i / numDrawn], i % numDrawn,
-                                   level[i / numDrawn], scratch);
+    std::vector<std::atomic<double>> bestScores(level.size());
+    for (std::size_t i = 0; i < level.size(); ++i) bestScores[i] = searches[i].bestScore();
+    splitter_.forEach(numSearches, minNumRecords, nullptr, [&](std::size_t i, Scratch& scratch) {
+        splitter_.searchInsideBins(searches[i / numDrawn], i % numDrawn, level[i / numDrawn],
+                                   bestScores[i / numDrawn], scratch);
     });
     return searches;
 }
@@ -209,28 +210,31 @@ std::vector<Search> Grower::searchLevel(const Tree& tree, std::vector<OpenNode>&
 /// Returns the children, two neighbours by each node that is split.
 std::vector<OpenNode> Grower::splitLevel(Tree& tree, std::vector<OpenNode> level,
                                          std::vector<Search>& searches, std::size_t minNumRecords) {
+    std::vector<Split> found(level.size());
+    splitter_.forEach(level.size(), minNumRecords, nullptr, [&](std::size_t i, Scratch& scratch) {
+        found[i] = splitter_.chooseSplit(tree, level[i], searches[i], scratch);
+    });
     std::vector<OpenNode> parents;
     std::vector<Split> splits;
     for (std::size_t i = 0; i < level.size(); ++i) {
-        Split split = splitter_.chooseSplit(tree, level[i], searches[i], splitter_.scratches()[0]);
-        if (split.exists()) {
+        if (found[i].exists()) {
             parents.push_back(std::move(level[i]));
-            splits.push_back(std::move(split));
+            splits.push_back(std::move(found[i]));
         } else {
             tell(level[i].size(), true);
         }
     }
     std::vector<OpenNode> children(2 * parents.size());
-    for (std::size_t i = 0; i < parents.size(); ++i) {
+    for (std::size_t i = 0; i < parents.size(); ++i)
         splitter_.addChildren(tree, parents[i], splits[i], &children[2 * i]);
-        splitter_.makeChildHistograms(tree, parents[i], &children[2 * i], nullptr);
-    }
+    splitter_.makeChildHistograms(tree, parents, children, nullptr);
+    if (splitter_.usesBins()) return children;
     const std::size_t numFeatures = splitter_.numFeatures();
-    splitter_.forEachFeature(parents.size() * numFeatures, minNumRecords, nullptr,
-                             [&](std::size_t i, Scratch& scratch) {
-                                 splitter_.partList(tree, i % numFeatures, parents[i / numFeatures],
-                                                    &children[2 * (i / numFeatures)], scratch);
-                             });
+    splitter_.forEach(parents.size() * numFeatures, minNumRecords, nullptr,
+                      [&](std::size_t i, Scratch& scratch) {
+                          splitter_.partList(tree, i % numFeatures, parents[i / numFeatures],
+                                             &children[2 * (i / numFeatures)], scratch);
+                      });
     return children;
 }
 

@@ -23,10 +23,11 @@ HistogramMaker::HistogramMaker(const Records& records, std::span<const FeatureLi
     }
     begins_.push_back(size);
     if (bins) {
-        // Below, the few records of a node in a bin are looked for among too many others.
+        // Below, the few records of a node in a bin are looked for among too many others; and the nodes of a
+        // level have marks of a byte.
         constexpr int kNumLevels = 5;
         numLevels_ = kNumLevels;
-        minNumRecords_ = size / binned_.size();
+        minNumRecords_ = std::min(records.size, size / binned_.size());
     } else if (!binned_.empty() && areAllSearched && records.numClasses > 0 && records.areExact()) {
         // So many records a bin that subtracting takes a small part of the time of adding up, and all
         // histograms that are kept at once take less memory than the codes of the features.

@@ -64,8 +64,12 @@ PreparedRecords prepareRecords(const TrainingData& data, std::size_t numTargets)
         if (!(weight >= 0.0) || std::isinf(weight))
             throw ConstraintViolation("weights", "must be finite and not negative");
 
-    const std::vector<std::uint32_t> counts = countRecords(data);
     PreparedRecords prepared;
+    if (data.rows.empty() && data.multiplicities.empty() && data.weights.empty()) {
+        prepared.records.size = numRows;
+        return prepared;
+    }
+    const std::vector<std::uint32_t> counts = countRecords(data);
     bool isUnit = true;
     std::size_t numRecords = 0;
     double largestWeight = 0.0;

@@ -12,10 +12,14 @@ void makeBins(SharedColumn& column) {
     std::size_t numValues = 0;
     for (const SortedRecord entry : column.rows) numValues += entry.startsValue();
     column.hasFewValues = numValues <= kMaxNumValuesInBins;
-    // In a bin the deviations of n / b records add up to some n / b, and those of all vary by some n^(1/2):
-    // with this many bins the ones stay below the other, and bounds of bins are of use.
+    // In each of b bins the absolute deviations of n records add up to n / b standard deviations or less,
+    // while sums of random deviations come to n^(1/2): so many bins keep the bounds near what they bound.
+    // Codes have 16 bits.
     const auto numRows = static_cast<double>(column.rows.size());
-    const auto minSize = column.hasFewValues ? 1 : static_cast<std::uint32_t>(0.8 * std::sqrt(numRows));
+    const auto minSize =
+        column.hasFewValues
+            ? 1
+            : static_cast<std::uint32_t>(std::max(0.5 * std::sqrt(numRows), numRows / 65000.0));
     column.bins.push_back({0, false});
     column.codes.resize(column.rows.size());
     const auto size = static_cast<std::uint32_t>(column.rows.size());

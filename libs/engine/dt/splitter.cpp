@@ -54,7 +54,7 @@ void Splitter::makeAllLists() {
         for (std::uint32_t record = 0; record < records_.size; ++record)
             recordOf[prepared_.tableRows[record]] = record;
     }
-    forEachFeature(features_.size(), records_.size, nullptr, [&](std::size_t i, Scratch&) {
+    forEach(features_.size(), records_.size, nullptr, [&](std::size_t i, Scratch&) {
         if (bins_ && bins_->numBins(i) > 0)
             features_[i].form = FeatureLists::Form::SHARED;
         else if (data_.sharedColumns.empty())
@@ -76,13 +76,19 @@ void Splitter::leaveBins(std::span<OpenNode> nodes) {
     mark(nodes);
     std::vector<std::uint32_t> begins(BinSearch::kNoMark + 1, kNoRecord);
     for (const OpenNode& open : nodes) begins[open.mark] = open.begin;
-    forEachFeature(
-        nodes.empty() ? 0 : features_.size(), records_.size, nullptr, [&](std::size_t i, Scratch&) {
-            if (features_[i].form == FeatureLists::Form::SHARED)
-                features_[i] =
-                    takeLists(data_.features[i], prepared_, data_.sharedColumns[i], bins_->marks(), begins);
-        });
+    forEach(nodes.empty() ? 0 : features_.size(), records_.size, nullptr, [&](std::size_t i, Scratch&) {
+        if (features_[i].form == FeatureLists::Form::SHARED)
+            features_[i] =
+                takeLists(data_.features[i], prepared_, data_.sharedColumns[i], bins_->marks(), begins);
+    });
     bins_.reset();
+    histograms_ = std::make_unique<HistogramMaker>(records_, features_, nullptr, searchesAllFeatures());
+}
+
+bool Splitter::isForHistograms(const Tree& tree, const OpenNode& open) const {
+    if (!histograms_->isFor(open.size(), open.level)) return false;
+    const Node& node = tree.nodes[static_cast<std::size_t>(open.node)];
+    return !bins_ || bins_->isFineFor(node.impurity / node.weight);
 }
 
 bool Splitter::isSplittable(const Tree& tree, const OpenNode& open) const {
@@ -107,15 +113,15 @@ std::vector<std::int32_t> Splitter::drawFeatures(std::uint64_t position) const {
 
 Split Splitter::findSplit(const Tree& tree, OpenNode& open, Scratch* own) {
     Search search = beginSearch(tree, open, own);
-    forEachFeature(search.features.size(), open.size(), own,
-                   [&](std::size_t i, Scratch& scratch) { searchCandidate(search, i, open, scratch); });
+    forEach(search.features.size(), open.size(), own,
+            [&](std::size_t i, Scratch& scratch) { searchCandidate(search, i, open, scratch); });
     return chooseSplit(tree, open, search, own ? *own : scratches_[0]);
 }
 
 Search Splitter::beginSearch(const Tree& tree, OpenNode& open, Scratch* own) {
-    if (!open.histograms && isForHistograms(open)) {
+    if (!open.histograms && isForHistograms(tree, open)) {
         open.histograms = histograms_->make();
-        forEachFeature(histograms_->numParts(), open.size(), own, [&](std::size_t part, Scratch&) {
+        forEach(histograms_->numParts(), open.size(), own, [&](std::size_t part, Scratch&) {
             histograms_->addUp(part, membersOf(open), *open.histograms);
         });
     }
@@ -142,11 +148,15 @@ double Search::bestScore() const {
     return best;
 }
 
-void Splitter::searchInsideBins(Search& search, double least, std::size_t i, const OpenNode& open,
-                                Scratch& scratch) const {
+void Splitter::searchInsideBins(Search& search, std::size_t i, const OpenNode& open,
+                                std::atomic<double>& bestScore, Scratch& scratch) const {
     const auto feature = static_cast<std::size_t>(search.features[i]);
-    if (features_[feature].form == FeatureLists::Form::SHARED)
-        bins_->searchInside(feature, binned(feature, open), least, scratch, search.candidates[i]);
+    if (features_[feature].form != FeatureLists::Form::SHARED) return;
+    Candidate& candidate = search.candidates[i];
+    double best = bestScore;
+    bins_->searchInside(feature, binned(feature, open), best, scratch, candidate);
+    while (candidate.score > best && !bestScore.compare_exchange_weak(best, candidate.score)) {
+    }
 }
 
 Split Splitter::chooseSplit(const Tree& tree, const OpenNode& open, Search& search, Scratch& scratch) {
@@ -266,10 +276,9 @@ void Splitter::applySplit(Tree& tree, const OpenNode& open, Split& split, Scratc
                           OpenNode children[2]) {
     addChildren(tree, open, split, children);
     if (!isSplittable(tree, children[0]) && !isSplittable(tree, children[1])) return;
-    makeChildHistograms(tree, open, children, own);
-    forEachFeature(features_.size(), open.size(), own, [&](std::size_t feature, Scratch& scratch) {
-        partList(tree, feature, open, children, scratch);
-    });
+    makeChildHistograms(tree, std::span(&open, 1), std::span(children, 2), own);
+    forEach(features_.size(), open.size(), own,
+            [&](std::size_t feature, Scratch& scratch) { partList(tree, feature, open, children, scratch); });
 }
 
 void Splitter::addChildren(Tree& tree, const OpenNode& open, Split& split, OpenNode children[2]) const {
@@ -304,20 +313,32 @@ void Splitter::addChildren(Tree& tree, const OpenNode& open, Split& split, OpenN
                    .position = childPosition(open.position, true)};
 }
 
-/// From the histograms of a node, which become those of its larger child.
-void Splitter::makeChildHistograms(const Tree& tree, const OpenNode& open, OpenNode children[2],
-                                   Scratch* own) {
-    const bool isLeftSmaller = children[0].size() < children[1].size();
-    OpenNode& smaller = children[isLeftSmaller ? 0 : 1];
-    OpenNode& larger = children[isLeftSmaller ? 1 : 0];
-    if (!open.histograms || !isSplittable(tree, larger) || !isForHistograms(larger)) return;
-    const std::shared_ptr<Histograms> ofSmaller = histograms_->make();
-    larger.histograms = open.histograms;
-    forEachFeature(histograms_->numParts(), smaller.size(), own, [&](std::size_t part, Scratch&) {
-        histograms_->addUp(part, membersOf(smaller), *ofSmaller);
-        histograms_->subtract(part, *ofSmaller, *larger.histograms);
+/// The histograms of a node become those of its larger child.
+void Splitter::makeChildHistograms(const Tree& tree, std::span<const OpenNode> parents,
+                                   std::span<OpenNode> children, Scratch* own) {
+    struct Task {
+        const OpenNode& smaller;
+        std::shared_ptr<Histograms> ofSmaller, ofLarger;
+    };
+    std::vector<Task> tasks;
+    std::size_t numRecords = 0;
+    for (std::size_t i = 0; i < parents.size(); ++i) {
+        const bool isLeftSmaller = children[2 * i].size() < children[2 * i + 1].size();
+        OpenNode& smaller = children[2 * i + (isLeftSmaller ? 0 : 1)];
+        OpenNode& larger = children[2 * i + (isLeftSmaller ? 1 : 0)];
+        if (!parents[i].histograms || !isSplittable(tree, larger) || !isForHistograms(tree, larger)) continue;
+        tasks.push_back({smaller, histograms_->make(), parents[i].histograms});
+        larger.histograms = tasks.back().ofLarger;
+        if (isForHistograms(tree, smaller)) smaller.histograms = tasks.back().ofSmaller;
+        numRecords += smaller.size();
+    }
+    if (tasks.empty()) return;
+    const std::size_t numParts = histograms_->numParts();
+    forEach(tasks.size() * numParts, numRecords / tasks.size(), own, [&](std::size_t i, Scratch&) {
+        const Task& task = tasks[i / numParts];
+        histograms_->addUp(i % numParts, membersOf(task.smaller), *task.ofSmaller);
+        histograms_->subtract(i % numParts, *task.ofSmaller, *task.ofLarger);
     });
-    if (isForHistograms(smaller)) smaller.histograms = ofSmaller;
 }
 
 void Splitter::partList(const Tree& tree, std::size_t feature, const OpenNode& open,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -85,11 +86,15 @@ class Splitter {
     Search beginSearch(const Tree& tree, OpenNode& open, Scratch* own);
     void searchCandidate(Search& search, std::size_t i, const OpenNode& open, Scratch& scratch) const;
     /// What is left to search by bins when all candidates are searched.
-    void searchInsideBins(Search& search, double least, std::size_t i, const OpenNode& open,
+    /// @param bestScore  of the node, which is raised. Who raises it first makes no difference: only what is
+    ///                   worse is left out.
+    void searchInsideBins(Search& search, std::size_t i, const OpenNode& open, std::atomic<double>& bestScore,
                           Scratch& scratch) const;
     Split chooseSplit(const Tree& tree, const OpenNode& open, Search& search, Scratch& scratch);
     void addChildren(Tree& tree, const OpenNode& open, Split& split, OpenNode children[2]) const;
-    void makeChildHistograms(const Tree& tree, const OpenNode& open, OpenNode children[2], Scratch* own);
+    /// @param children  two neighbours by each of the parents, whose histograms they may take.
+    void makeChildHistograms(const Tree& tree, std::span<const OpenNode> parents,
+                             std::span<OpenNode> children, Scratch* own);
     /// Parts the sorted list of a feature as the records of a split node were.
     void partList(const Tree& tree, std::size_t feature, const OpenNode& open, const OpenNode children[2],
                   Scratch& scratch);
@@ -97,13 +102,13 @@ class Splitter {
     /// Runs work(i, scratch) for i below n: by all threads when there is much to do and nobody gave memory of
     /// their own (a thread that grows a subtree does so).
     template <class Work>
-    void forEachFeature(std::size_t n, std::size_t numRecords, Scratch* own, Work&& work);
+    void forEach(std::size_t n, std::size_t numRecords, Scratch* own, Work&& work);
 
  private:
     bool searchesAllFeatures() const;
     std::unique_ptr<BinSearch> makeBinSearch() const;
     void makeAllLists();
-    bool isForHistograms(const OpenNode& open) const { return histograms_->isFor(open.size(), open.level); }
+    bool isForHistograms(const Tree& tree, const OpenNode& open) const;
     BinnedNode binned(std::size_t feature, const OpenNode& open) const {
         return {histograms_->deviations(feature, *open.histograms), open.size(), open.mark};
     }
@@ -132,7 +137,7 @@ class Splitter {
 };
 
 template <class Work>
-void Splitter::forEachFeature(std::size_t n, std::size_t numRecords, Scratch* own, Work&& work) {
+void Splitter::forEach(std::size_t n, std::size_t numRecords, Scratch* own, Work&& work) {
     if (own || n < 2 || scratches_.size() == 1 || n * numRecords < kMinCellsInParallel) {
         for (std::size_t i = 0; i < n; ++i) work(i, own ? *own : scratches_[0]);
         return;

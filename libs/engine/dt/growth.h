@@ -17,12 +17,15 @@
 // split, and the larger has what they leave of its parent's sums, to the last bit. (Targets count by their
 // deviations from the mean of the node, and fractions are no exact sums: neither can be subtracted.)
 //
+// Where many regression trees share the columns of one table, their large nodes, which are those of the first
+// levels, are searched by bins of the columns (see BinSearch), and lists are taken of what is left below.
+//
 // O(n p) a level of the tree, and 4 bytes a cell for the lists or the codes: a fit of numbers needs half as
 // much memory as the table, and 11 bytes a record besides its response and up to 4 by each thread. Where
 // columns keep their ranks for more trees, that is 4 bytes a cell more.
 //
 // The tree does not depend on the number of threads: the split of a node depends on its records alone, and
-// sums run in the order of the records or of their values.
+// sums run in the order of the records or of their values, or are exact.
 
 namespace Tessel::Engine::DT {
 

@@ -32,21 +32,23 @@ void describeClasses(const Records& records, const double* classWeights, Node& n
 /// Two passes, the second about the mean; a node of equal targets has impurity 0 exactly.
 void summarizeTargets(const Records& records, std::span<const std::uint32_t> members, Node& node) {
     const double origin = records.targets[members.front()];
-    double sum = 0.0;
+    double weight = 0.0, sum = 0.0, squares = 0.0;
     bool isConstant = true;
     for (const std::uint32_t member : members) {
         const double deviation = records.targets[member] - origin;
-        isConstant = isConstant && deviation == 0.0;
-        node.weight += records.weight(member);
+        isConstant &= deviation == 0.0;
+        weight += records.weight(member);
         sum += records.weight(member) * deviation;
     }
-    node.response = origin + sum / node.weight;
+    const double mean = origin + sum / weight;
+    node.weight = weight;
+    node.response = mean;
     if (isConstant) return;
     for (const std::uint32_t member : members) {
-        const double deviation = records.targets[member] - node.response;
-        node.impurity += records.weight(member) * deviation * deviation;
+        const double deviation = records.targets[member] - mean;
+        squares += records.weight(member) * deviation * deviation;
     }
-    node.error = node.impurity;
+    node.impurity = node.error = squares;
 }
 
 }  // namespace

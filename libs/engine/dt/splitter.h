@@ -29,7 +29,7 @@ struct OpenNode {
     int level = 0;
     std::uint64_t position = 0;  ///< names the way from the root; seeds the draw of features
     std::shared_ptr<Histograms> histograms = nullptr;
-    std::uint8_t mark = 0;  ///< of its records, while nodes are searched by shared columns
+    std::uint8_t mark = 0;  ///< of its records, while nodes are searched by bins
 
     std::uint32_t size() const { return end - begin; }
 };
@@ -74,7 +74,7 @@ class Splitter {
     bool usesBins() const { return bins_ != nullptr; }
     /// Gives nodes that are searched by bins the marks of their records.
     void mark(std::span<OpenNode> nodes);
-    /// From here on there are lists of these nodes, and no bins.
+    /// Makes the lists of these nodes; from here on there are no bins.
     void leaveBins(std::span<OpenNode> nodes);
 
     /// @param own  the memory of the one thread that does it; null for all threads.

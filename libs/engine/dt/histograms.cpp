@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <limits>
 
 namespace Tessel::Engine::DT {
@@ -23,11 +24,14 @@ HistogramMaker::HistogramMaker(const Records& records, std::span<const FeatureLi
     }
     begins_.push_back(size);
     if (bins) {
-        // Below, the few records of a node in a bin are looked for among too many others; and the nodes of a
-        // level have marks of a byte.
-        constexpr int kNumLevels = 5;
-        numLevels_ = kNumLevels;
-        minNumRecords_ = std::min(records.size, size / binned_.size());
+        // Levels down to where nodes have on average so many records a bin: below, the few of a node in a bin
+        // are looked for among too many others. And the nodes of a level have marks of a byte.
+        constexpr std::size_t kMinRecordsPerBin = 4;
+        constexpr int kMaxNumLevels = 7;
+        const std::size_t numBins = size / binned_.size();
+        numLevels_ = std::clamp(
+            static_cast<int>(std::bit_width(records.size / (kMinRecordsPerBin * numBins))), 1, kMaxNumLevels);
+        minNumRecords_ = std::min(records.size, numBins);
     } else if (!binned_.empty() && areAllSearched && records.numClasses > 0 && records.areExact()) {
         // So many records a bin that subtracting takes a small part of the time of adding up, and all
         // histograms that are kept at once take less memory than the codes of the features.

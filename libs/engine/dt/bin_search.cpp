@@ -46,7 +46,10 @@ struct BinSearch::Rating {
 
 BinSearch::BinSearch(std::span<const SharedColumn> columns, std::span<const double> targets,
                      std::int64_t minNumRecords)
-    : columns_(columns), minNumRecords_(minNumRecords), records_(targets.size()), marks_(targets.size(), 0) {
+    : columns_(columns),
+      minNumRecords_(minNumRecords),
+      deviations_(targets.size()),
+      marks_(targets.size(), 0) {
     double mean = 0.0, size = 0.0;
     for (const double target : targets) mean += target;
     mean /= static_cast<double>(targets.size());
@@ -57,8 +60,7 @@ BinSearch::BinSearch(std::span<const SharedColumn> columns, std::span<const doub
     unit_ = std::ldexp(1.0, -exponent);
     const double scale = std::ldexp(1.0, exponent);
     for (std::size_t i = 0; i < targets.size(); ++i) {
-        const std::int64_t deviation = std::llrint((targets[i] - mean) * scale);
-        records_[i] = {deviation, (std::abs(deviation) | countMask_) + 1 + 1};
+        deviations_[i] = std::llrint((targets[i] - mean) * scale);
     }
 }
 
@@ -80,7 +82,7 @@ void BinSearch::addUp(const std::size_t* features, std::span<const std::uint32_t
         sums[i] = bins[i];
     }
     for (const std::uint32_t member : members) {
-        const BinSum record = records_[member];
+        const BinSum record = binOf(member);
         for (std::size_t i = 0; i < N; ++i) sums[i][codes[i][member]] += record;
     }
 }
@@ -158,7 +160,7 @@ void BinSearch::walk(std::size_t feature, std::size_t bin, const Rating& atBegin
                 best.lower = best.upper = position;
             }
         }
-        left.add(records_[column.rows[position].record()].deviations, 1);
+        left.add(deviations_[column.rows[position].record()], 1);
     }
 }
 

@@ -140,7 +140,7 @@ std::vector<std::int32_t> ClassificationModel::predict(std::span<const Cells> fe
     checkCells(features, numRecords);
     std::vector<std::int32_t> predicted(numRecords);
     scorer().findAnswers(
-        features, [&](std::int32_t node) { return classOf(node); }, predicted);
+        features, [&](std::int32_t node) { return classOf(node); }, std::span(predicted));
     return predicted;
 }
 

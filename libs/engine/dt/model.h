@@ -213,6 +213,7 @@ class RegressionModel : public Model {
     void fit(const TrainingData& data, std::span<const double> targets);
     void prune(std::span<const Cells> features, std::span<const double> targets);
 
+    void predict(std::span<const Cells> features, std::span<double> predictions) const;
     std::vector<double> predict(std::span<const Cells> features, std::size_t numRecords) const;
     /// Complexity and validation mean squared error of each pruned tree.
     struct Cost {

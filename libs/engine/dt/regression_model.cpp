@@ -88,12 +88,18 @@ void RegressionModel::prune(std::span<const Cells> features, std::span<const dou
                  std::move(numRecords));
 }
 
+void RegressionModel::predict(std::span<const Cells> features, std::span<double> predictions) const {
+    checkCells(features, predictions.size());
+    const auto responseOf = [&](std::int32_t node) {
+        return tree().nodes[static_cast<std::size_t>(node)].response;
+    };
+    scorer().findAnswers(features, responseOf, predictions);
+}
+
 std::vector<double> RegressionModel::predict(std::span<const Cells> features, std::size_t numRecords) const {
-    std::vector<double> predicted;
-    predicted.reserve(numRecords);
-    for (const std::int32_t leaf : findNodes(features, numRecords))
-        predicted.push_back(tree().nodes[static_cast<std::size_t>(leaf)].response);
-    return predicted;
+    std::vector<double> predictions(numRecords);
+    predict(features, predictions);
+    return predictions;
 }
 
 std::vector<RegressionModel::Cost> RegressionModel::complexityLog() const {

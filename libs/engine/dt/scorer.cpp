@@ -58,9 +58,9 @@ bool Scorer::goesRight(const PackedSet& set, std::int32_t code) const {
 }
 
 /// Takes `Width` neighbouring records down to their leaves, a level at a time, and tells what stands there.
-template <bool HasSets, std::size_t Width>
-void Scorer::descend(std::span<const Cells> features, std::size_t first, const std::int32_t* byNode,
-                     std::int32_t* answers) const {
+template <bool HasSets, std::size_t Width, class Answer>
+void Scorer::descend(std::span<const Cells> features, std::size_t first, const Answer* byNode,
+                     Answer* answers) const {
     const PackedNode* const nodes = nodes_.data();
     std::int32_t at[Width] = {};
     for (bool isMoving = true; isMoving;) {
@@ -85,9 +85,9 @@ void Scorer::descend(std::span<const Cells> features, std::size_t first, const s
     for (std::size_t i = 0; i < Width; ++i) answers[i] = byNode[at[i]];
 }
 
-template <bool HasSets>
-void Scorer::findRange(std::span<const Cells> features, std::size_t first, const std::int32_t* byNode,
-                       std::span<std::int32_t> answers) const {
+template <bool HasSets, class Answer>
+void Scorer::findRange(std::span<const Cells> features, std::size_t first, const Answer* byNode,
+                       std::span<Answer> answers) const {
     constexpr std::size_t kWidth = 16, kAhead = 64;
     std::size_t i = 0;
     for (; i + kWidth <= answers.size(); i += kWidth) {
@@ -108,8 +108,8 @@ void Scorer::findLeaves(std::span<const Cells> features, std::span<std::int32_t>
     find(features, treeNodes_.data(), leaves);
 }
 
-void Scorer::find(std::span<const Cells> features, const std::int32_t* byNode,
-                  std::span<std::int32_t> answers) const {
+template <class Answer>
+void Scorer::find(std::span<const Cells> features, const Answer* byNode, std::span<Answer> answers) const {
     if (nodes_.size() == 1) {
         std::fill(answers.begin(), answers.end(), byNode[0]);
         return;
@@ -126,6 +126,9 @@ void Scorer::find(std::span<const Cells> features, const std::int32_t* byNode,
             findRange<true>(features, first, byNode, range);
     }
 }
+
+template void Scorer::find(std::span<const Cells>, const std::int32_t*, std::span<std::int32_t>) const;
+template void Scorer::find(std::span<const Cells>, const double*, std::span<double>) const;
 
 std::int32_t Scorer::findLeaf(std::span<const Cells> features, std::size_t record) const {
     if (nodes_.size() == 1) return treeNodes_.front();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -24,15 +25,16 @@ class Scorer {
     /// are many. @pre cells of each feature that the tree asks for, as many as `leaves`.
     void findLeaves(std::span<const Cells> features, std::span<std::int32_t> leaves) const;
     /// The same, but tells of each record `answerOf(node)`.
-    template <class AnswerOf>
-    void findAnswers(std::span<const Cells> features, AnswerOf answerOf,
-                     std::span<std::int32_t> answers) const {
+    /// @tparam Answer  std::int32_t or double
+    template <class Answer, class AnswerOf>
+    void findAnswers(std::span<const Cells> features, AnswerOf answerOf, std::span<Answer> answers) const {
         if (answers.size() < treeNodes_.size()) {
-            findLeaves(features, answers);
-            for (std::int32_t& answer : answers) answer = answerOf(answer);
+            std::vector<std::int32_t> leaves(answers.size());
+            findLeaves(features, leaves);
+            std::transform(leaves.begin(), leaves.end(), answers.begin(), answerOf);
             return;
         }
-        std::vector<std::int32_t> byNode;
+        std::vector<Answer> byNode;
         byNode.reserve(treeNodes_.size());
         for (const std::int32_t node : treeNodes_) byNode.push_back(answerOf(node));
         find(features, byNode.data(), answers);
@@ -51,14 +53,14 @@ class Scorer {
         std::size_t firstWord;
     };
 
-    template <bool HasSets, std::size_t Width>
-    void descend(std::span<const Cells> features, std::size_t first, const std::int32_t* byNode,
-                 std::int32_t* answers) const;
-    template <bool HasSets>
-    void findRange(std::span<const Cells> features, std::size_t first, const std::int32_t* byNode,
-                   std::span<std::int32_t> answers) const;
-    void find(std::span<const Cells> features, const std::int32_t* byNode,
-              std::span<std::int32_t> answers) const;
+    template <bool HasSets, std::size_t Width, class Answer>
+    void descend(std::span<const Cells> features, std::size_t first, const Answer* byNode,
+                 Answer* answers) const;
+    template <bool HasSets, class Answer>
+    void findRange(std::span<const Cells> features, std::size_t first, const Answer* byNode,
+                   std::span<Answer> answers) const;
+    template <class Answer>
+    void find(std::span<const Cells> features, const Answer* byNode, std::span<Answer> answers) const;
     bool goesRight(const PackedSet& set, std::int32_t code) const;
 
     std::vector<PackedNode> nodes_;

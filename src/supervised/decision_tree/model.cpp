@@ -95,8 +95,7 @@ WString IModel::responseText(std::int32_t node) const {
 }
 
 void IModel::score(const std::vector<FeatureColumn>& columns, std::span<double> predictions) const {
-    const std::vector<double> predicted = tree_.predict(cellsOf(columns), predictions.size());
-    std::copy(predicted.begin(), predicted.end(), predictions.begin());
+    tree_.predict(cellsOf(columns), predictions);
 }
 
 }  // namespace Regression::DecisionTree

@@ -36,6 +36,12 @@ class IFacade : public IIdentifiable {
     std::shared_ptr<const Loaded> model_;
 };
 
+/// A facade from a document, which hosts cannot give it.
+template <class Facade>
+struct FromDocument : Facade {
+    explicit FromDocument(const PMML::Document& document) { this->template as<IFacade>().fromPMML(document); }
+};
+
 class IPredictor : public IFacade {
  public:
     IPredictor() : IFacade(Audience::PREDICTOR) {}

@@ -1,3 +1,5 @@
+#include <optional>
+
 #include <tessel/data/convert.h>
 #include <tessel/data/data_frame.h>
 #include <tessel/framework/errors.h>
@@ -5,9 +7,11 @@
 #include <tessel/scoring/facades.h>
 #include <tessel/scoring/fitted_model.h>
 
+#include "scoring/facades.h"
 #include "scoring/model_info.h"
 #include "scoring/text_data.h"
 #include "serialization/json/read.h"
+#include "serialization/pmml/read.h"
 
 namespace Tessel::Scoring {
 namespace {
@@ -27,27 +31,50 @@ void adopt(FittedModel& model, ModelInfo info) {
     model.targetName = std::move(info.targetName);
 }
 
-template <class Facade>
-Facade loaded(const FittedModel& model, const WString& text) {
-    Facade facade;
-    model.format == L"PMML" ? facade.fromPMMLString(text) : facade.fromJSONString(text);
-    return facade;
-}
+/// A model text, parsed once for what it tells and for the facade that scores with it.
+struct ModelText {
+    const WString& text;
+    ModelInfo info = {};
+    std::optional<PMML::Document> document = {};  ///< of PMML
 
-DataFrame predictions(const FittedModel& model, const WString& text, const DataFrame& table,
-                      bool withPosteriors) {
-    if (!withPosteriors || model.type != Ladon::TaskKind::CLASSIFICATION)
-        return loaded<Predictor>(model, text).predict(table);
-    const Classifier classifier = loaded<Classifier>(model, text);
+    /// Tries PMML first and JSON second. @throws FailedToExtractFittedModelInfo
+    void parse() {
+        try {
+            document = PMML::translatingErrors([&] { return PMML::parsed(text); });
+            info = PMML::translatingErrors([&] { return ModelInfo::ofPMML(*document); });
+            return;
+        } catch (const std::exception&) {
+            document.reset();
+        }
+        try {
+            info = ModelInfo::ofJSON(text);
+        } catch (const std::exception&) {
+            throw FailedToExtractFittedModelInfo();
+        }
+    }
+
+    template <class Facade>
+    Facade load() const {
+        if (document) return FromDocument<Facade>(*document);
+        Facade facade;
+        facade.fromJSONString(text);
+        return facade;
+    }
+};
+
+DataFrame predictions(const ModelText& model, const DataFrame& table, bool withPosteriors) {
+    if (!withPosteriors || model.info.kind != Ladon::TaskKind::CLASSIFICATION)
+        return model.load<Predictor>().predict(table);
+    const auto classifier = model.load<Classifier>();
     DataFrame result = classifier.predict(table);
     result.append(classifier.posteriorProbability(table));
     return result;
 }
 
-DataFrame forecasts(const FittedModel& model, const WString& text, DataFrame table, int horizon) {
+DataFrame forecasts(const ModelText& model, DataFrame table, int horizon) {
     table.setIndexedColNames({kTimeVariable});
     const DataFrameColumn series = Convert::toTimeSeries(table);
-    Forecaster forecaster = loaded<Forecaster>(model, text);
+    auto forecaster = model.load<Forecaster>();
     forecaster.setNumForecasts(horizon);
     const DataFrame result = forecaster.forecast(series);
     return result(Util::all, IntVector{0});  // limits of confidence stand behind it
@@ -79,43 +106,28 @@ FittedModel& FittedModel::operator=(FittedModel&&) noexcept = default;
 FittedModel::~FittedModel() = default;
 
 void FittedModel::parse(const WString& modelText) {
-    if (!parsePMML(modelText) && !parseJSON(modelText)) throw FailedToExtractFittedModelInfo();
-}
-
-bool FittedModel::parsePMML(const WString& modelText) noexcept {
-    try {
-        adopt(*this, ModelInfo::ofPMML(modelText));
-        return true;
-    } catch (...) {
-        return false;
-    }
-}
-
-bool FittedModel::parseJSON(const WString& modelText) noexcept {
-    try {
-        adopt(*this, ModelInfo::ofJSON(modelText));
-        return true;
-    } catch (...) {
-        return false;
-    }
+    ModelText model{modelText};
+    model.parse();
+    adopt(*this, std::move(model.info));
 }
 
 WString FittedModel::score(const WString& modelText, const WString& data, int horizon,
                            bool withPosteriors) const {
-    const FittedModel model(modelText);
-    StringVector names = model.variableNames, types = model.variableTypes;
-    const bool isSeries = model.type == Ladon::TaskKind::TIME_SERIES;
+    ModelText model{modelText};
+    model.parse();
+    const WString& kind = model.info.kind;
+    StringVector names = model.info.variableNames, types = model.info.variableTypes;
+    const bool isSeries = kind == Ladon::TaskKind::TIME_SERIES;
     if (isSeries) {
         names.insert(0, kTimeVariable);
         types.insert(0, kCategorical);
     }
     const DataFrame table = readTextData(data, names, types);
-    if (isSeries) return forecasts(model, modelText, table, horizon).toJson();
-    if (model.type == Ladon::TaskKind::CLASSIFICATION || model.type == Ladon::TaskKind::REGRESSION)
-        return predictions(model, modelText, table, withPosteriors).toJson();
-    if (model.type == Ladon::TaskKind::CLUSTERING)
-        return loaded<Clusterizer>(model, modelText).predict(table).toJson();
-    return loaded<Transformer>(model, modelText).transform(table).toJson();
+    if (isSeries) return forecasts(model, table, horizon).toJson();
+    if (kind == Ladon::TaskKind::CLASSIFICATION || kind == Ladon::TaskKind::REGRESSION)
+        return predictions(model, table, withPosteriors).toJson();
+    if (kind == Ladon::TaskKind::CLUSTERING) return model.load<Clusterizer>().predict(table).toJson();
+    return model.load<Transformer>().transform(table).toJson();
 }
 
 WString FittedModel::toJSON() const {

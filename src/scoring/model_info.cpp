@@ -63,10 +63,6 @@ ModelInfo ModelInfo::ofPMML(const PMML::Document& document) {
     return info;
 }
 
-ModelInfo ModelInfo::ofPMML(const WString& text) {
-    return PMML::translatingErrors([&] { return ofPMML(PMML::parsed(text)); });
-}
-
 ModelInfo ModelInfo::ofJSON(const WString& text) {
     return JSONModel::translatingErrors([&] {
         const web::json::value value = JSON::parse(text);

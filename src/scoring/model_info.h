@@ -17,9 +17,8 @@ struct ModelInfo {
     StringVector variableTypes;  ///< "continuous" or "categorical", one per variable
     WString targetName;          ///< empty when there is no target
 
+    /// @throws UnsupportedPMMLFormat and what readers of its parts throw, see PMML::translatingErrors
     static ModelInfo ofPMML(const PMML::Document& document);
-    /// @throws MalformedPMML, UnsupportedPMMLFormat
-    static ModelInfo ofPMML(const WString& text);
     /// @throws UnsupportedJSONModel
     static ModelInfo ofJSON(const WString& text);
 };

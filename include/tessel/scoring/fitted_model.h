@@ -63,10 +63,6 @@ class TESSEL_API FittedModel : public virtual StringExportable {
     /// @throws FailedToExtractFittedModelInfo also without any model
     WString generateScoringModel(const WString& name, const WString& dataSourceType,
                                  const WString& connection, const WString& modelText) const;
-
- private:
-    bool parsePMML(const WString& modelText) noexcept;
-    bool parseJSON(const WString& modelText) noexcept;
 };
 
 }  // namespace Tessel::Scoring

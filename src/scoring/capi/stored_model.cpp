@@ -14,14 +14,6 @@ namespace {
 
 constexpr std::size_t kMaxModels = 8, kMaxBytes = std::size_t{256} << 20;
 
-/// A facade from a document, which hosts cannot give it.
-template <class Facade>
-struct FromDocument : Facade {
-    explicit FromDocument(const PMML::Document& document) {
-        this->template as<Scoring::IFacade>().fromPMML(document);
-    }
-};
-
 std::size_t bytesOf(const StoredModel& model) { return model.text().size() * sizeof(wchar_t); }
 
 }  // namespace
@@ -29,7 +21,7 @@ std::size_t bytesOf(const StoredModel& model) { return model.text().size() * siz
 template <class Facade>
 void StoredModel::tryLoading(const Lazy<Facade>& facade, const PMML::Document& document) {
     try {
-        facade.get([&]() -> Facade { return FromDocument<Facade>(document); });
+        facade.get([&]() -> Facade { return Scoring::FromDocument<Facade>(document); });
     } catch (const UnsupportedPMMLFormat&) {  // who wants to score will be told
     }
 }

@@ -1,5 +1,6 @@
 #include "terminal.h"
 
+#include <atomic>
 #include <chrono>
 #include <csignal>
 #include <filesystem>
@@ -27,10 +28,11 @@ std::filesystem::path pathOf(const std::string& path) {
     return std::filesystem::path(std::u8string(path.begin(), path.end()));
 }
 
-volatile std::sig_atomic_t interrupted = 0;
+std::atomic<bool> interrupted = false;  // the fit asks in another thread than the one that is interrupted
+static_assert(std::atomic<bool>::is_always_lock_free);
 
 void noteInterrupt(int) {
-    interrupted = 1;
+    interrupted = true;
     std::signal(SIGINT, SIG_DFL);
 }
 
@@ -86,12 +88,14 @@ void writeBytes(const std::string& bytes, const std::string& path) {
     throw Failure(path + ": cannot be written");
 }
 
-InterruptNote::InterruptNote() {
-    interrupted = 0;
-    std::signal(SIGINT, noteInterrupt);
+InterruptNote::InterruptNote() : before_(std::signal(SIGINT, noteInterrupt)) {
+    interrupted = false;
+    if (before_ == SIG_IGN) std::signal(SIGINT, SIG_IGN);  // as shells have it in the background
 }
-InterruptNote::~InterruptNote() { std::signal(SIGINT, SIG_DFL); }
-bool InterruptNote::isInterrupted() const { return interrupted != 0; }
+InterruptNote::~InterruptNote() {
+    if (before_ != SIG_ERR) std::signal(SIGINT, before_);
+}
+bool InterruptNote::isInterrupted() const { return interrupted; }
 
 Progress::Progress(std::string text) : text_(std::move(text)) {
     if (isErrorStreamTerminal()) thread_ = std::thread([this] { run(); });

@@ -27,8 +27,8 @@ std::string readStandardInput();
 /// complete. @throws Failure
 void writeBytes(const std::string& bytes, const std::string& path);
 
-/// Notes an interrupt from the keyboard while it exists, where it would have ended the program. The next one
-/// ends it.
+/// Notes an interrupt from the keyboard while it exists, where it would have ended the program; the next one
+/// ends it. Interrupts that were ignored stay so.
 class InterruptNote {
  public:
     InterruptNote();
@@ -37,6 +37,9 @@ class InterruptNote {
     InterruptNote& operator=(const InterruptNote&) = delete;
 
     bool isInterrupted() const;
+
+ private:
+    void (*before_)(int);  // what an interrupt did before
 };
 
 /// Tells on a terminal what takes long: a line "text ... 40 % (activity) 5 s", from the first second on and

@@ -78,6 +78,9 @@ TEST(EnsembleTexts, SearchesKeepTheirModelsAndTheirChoice) {
     EXPECT_EQ(read.getNumModels(), 2);
     EXPECT_EQ(read.getMetrics().toJson(), model.getMetrics().toJson());
     EXPECT_EQ(read.toString(), model.toString());
+    WString odd = model.toJSON();  // a model with another class than the search
+    odd.replace(odd.find(L"\"class 1\"", odd.find(L"\"learners\"")), 9, L"\"no class\"");
+    EXPECT_THROW(read.fromJSONString(odd), UnsupportedJSONModel);
     const WString text = model.toJSON();
     for (const auto& [from, to] :
          {std::pair(L"\"metrics\":[", L"\"metrics\":[3,"),

@@ -187,8 +187,12 @@ double Beta::inverseCdf(double p) const {
         const double x = tailQuantile(tailAt, isNearTail, target, start, 0.0, 1.0);
         if (x >= 0.0) return isFromZero ? x : 1.0 - x;
     }
-    return isLower ? boost::math::ibeta_inv(a, b, target, Quiet())
-                   : boost::math::ibetac_inv(a, b, target, Quiet());
+    try {
+        return isLower ? boost::math::ibeta_inv(a, b, target, Quiet())
+                       : boost::math::ibetac_inv(a, b, target, Quiet());
+    } catch (const boost::math::evaluation_error&) {  // the search within knows no policy
+        return std::numeric_limits<double>::quiet_NaN();
+    }
 }
 
 struct BetaGeneral {

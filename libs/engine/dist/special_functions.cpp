@@ -101,11 +101,14 @@ double gammaTailQuantile(double shape, double logFactor, bool isLower, double ta
     const double z = isLower ? normalQuantile(target) : -normalQuantile(target);
     double start = cubeRootQuantile(shape, z);
     if (shape >= kNearlyNormalShape) return start;
-    if (isLower && start < 0.2 * shape) {
-        // Near 0 the chance is x^shape / Gamma(shape + 1) (1 - x shape / (shape + 1) + ...).
-        start = shape * std::exp((std::log(target * shape) - logFactor) / shape - 1.0);
-        if (start < 1e-20) return start;
-        start *= 1.0 + start / (shape + 1.0);
+    // Near 0 the chance is x^shape / Gamma(shape + 1) (1 - x shape / (shape + 1) + ...).
+    if ((isLower && start < 0.2 * shape) || (!isLower && shape < 1.0)) {
+        const double near =
+            isLower ? shape * std::exp((std::log(target * shape) - logFactor) / shape - 1.0)
+                    : std::exp((std::log1p(-target) + std::log1p(boost::math::tgamma1pm1(shape, Quiet()))) /
+                               shape);
+        if (near < 1e-20) return near;
+        if (isLower || near < 0.2 * shape) start = near * (1.0 + near / (shape + 1.0));
     }
     return tailQuantile(
         [&](double x) {

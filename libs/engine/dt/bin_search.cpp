@@ -50,17 +50,19 @@ BinSearch::BinSearch(std::span<const SharedColumn> columns, std::span<const doub
       minNumRecords_(minNumRecords),
       deviations_(targets.size()),
       marks_(targets.size(), 0) {
+    // From one of the targets, as a sum of numbers that are all far from 0 is not their mean.
+    const double origin = targets[0];
     double mean = 0.0, size = 0.0;
-    for (const double target : targets) mean += target;
+    for (const double target : targets) mean += target - origin;
     mean /= static_cast<double>(targets.size());
-    for (const double target : targets) size += std::abs(target - mean);
+    for (const double target : targets) size += std::abs((target - origin) - mean);
     // All absolute deviations add up to 2^61 or less, and rounded up to where a count ends, to 2^63 or less.
     countMask_ = (std::int64_t{1} << std::bit_width(targets.size())) - 1;
     const int exponent = size > 0.0 ? 60 - std::ilogb(size) : 0;
     unit_ = std::ldexp(1.0, -exponent);
     const double scale = std::ldexp(1.0, exponent);
     for (std::size_t i = 0; i < targets.size(); ++i) {
-        deviations_[i] = std::llrint((targets[i] - mean) * scale);
+        deviations_[i] = std::llrint(((targets[i] - origin) - mean) * scale);
     }
 }
 

@@ -8,7 +8,8 @@
 #include "engine/dt/split_search.h"
 #include "engine/dt/training_data.h"
 
-// The exact best split of a large node by sums over bins, where many regression trees share one table.
+// The best split of a large node by sums over bins, where many regression trees share one table: the best of
+// all splits, of targets that are rounded to 2^-29 of their deviation.
 //
 // The rows stand in bins of neighbouring values. The sums of a node by bin rate its splits between bins, and
 // bound those inside a bin: on the way through it the sum of the deviations rises by no more than the
@@ -56,7 +57,7 @@ class BinSearch {
     BinSearch(std::span<const SharedColumn> columns, std::span<const double> targets,
               std::int64_t minNumRecords);
 
-    /// Whether sums in units are as good as sums of doubles for a node of this variance.
+    /// Whether the unit is small enough for a node of this variance.
     bool isFineFor(double variance) const {
         constexpr double kMinDeviationInUnits = 0x1p28;
         return variance >= kMinDeviationInUnits * unit_ * (kMinDeviationInUnits * unit_);

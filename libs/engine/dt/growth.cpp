@@ -38,7 +38,7 @@ class Grower {
 
  private:
     void growBestFirst(Tree& tree, const OpenNode& root, std::int64_t maxNumSplits);
-    void growWhole(Tree& tree, const OpenNode& root);
+    void growWhole(Tree& tree, OpenNode root);
     std::vector<OpenNode> growLargeNodes(Tree& tree, const OpenNode& root, std::size_t minNumRecords);
     std::vector<Search> searchLevel(const Tree& tree, std::vector<OpenNode>& level,
                                     std::size_t minNumRecords);
@@ -109,7 +109,9 @@ void Grower::growBestFirst(Tree& tree, const OpenNode& root, std::int64_t maxNum
 }
 
 /// Large nodes first, level by level, each level by all threads; then the subtrees below, each by one.
-void Grower::growWhole(Tree& tree, const OpenNode& root) {
+void Grower::growWhole(Tree& tree, OpenNode root) {
+    if (splitter_.usesBins() && !splitter_.isForHistograms(tree, root))
+        splitter_.leaveBins(std::span(&root, 1));
     const bool isByOneThread =
         splitter_.scratches().size() == 1 || records_.size * splitter_.numFeatures() < kMinCellsInParallel;
     if (isByOneThread && !splitter_.usesBins()) {

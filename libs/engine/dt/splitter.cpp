@@ -38,9 +38,13 @@ bool Splitter::searchesAllFeatures() const {
 
 /// For regression on all rows, where nodes are split level by level.
 std::unique_ptr<BinSearch> Splitter::makeBinSearch() const {
-    const bool haveBins = std::any_of(data_.sharedColumns.begin(), data_.sharedColumns.end(),
+    const auto& columns = data_.sharedColumns;
+    const bool haveBins = std::any_of(columns.begin(), columns.end(),
                                       [](const SharedColumn& column) { return column.numBins() > 0; });
-    if (!haveBins || numClasses_ > 0 || !records_.isUnit() || !prepared_.tableRows.empty() ||
+    const bool haveAllBins = std::all_of(columns.begin(), columns.end(), [](const SharedColumn& column) {
+        return column.rows.empty() || column.numBins() > 0;
+    });
+    if (!haveBins || !haveAllBins || numClasses_ > 0 || !records_.isUnit() || !prepared_.tableRows.empty() ||
         !searchesAllFeatures() || limits_.areBestFirst(records_.size))
         return nullptr;
     return std::make_unique<BinSearch>(data_.sharedColumns, records_.targets,

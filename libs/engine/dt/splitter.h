@@ -70,6 +70,8 @@ class Splitter {
 
     bool isSplittable(const Tree& tree, const OpenNode& open) const;
 
+    /// Whether a node is large enough for histograms, and by bins spread enough.
+    bool isForHistograms(const Tree& tree, const OpenNode& open) const;
     /// Whether nodes are searched by the bins of shared columns, which is for nodes with histograms only.
     bool usesBins() const { return bins_ != nullptr; }
     /// Gives nodes that are searched by bins the marks of their records.
@@ -108,7 +110,6 @@ class Splitter {
     bool searchesAllFeatures() const;
     std::unique_ptr<BinSearch> makeBinSearch() const;
     void makeAllLists();
-    bool isForHistograms(const Tree& tree, const OpenNode& open) const;
     BinnedNode binned(std::size_t feature, const OpenNode& open) const {
         return {histograms_->deviations(feature, *open.histograms), open.size(), open.mark};
     }

@@ -33,7 +33,9 @@ void Classification::FindBestModel::IModel::readBody(const JSON::Members& model)
             const auto* const family = LearnerCatalog::findClassifier(algorithm);
             return family ? family->makeBlank() : nullptr;
         });
-    if (classSchema.classes.empty() && !models.empty()) throw TooFewClassLabels();
+    for (const auto& [type, learner] : models)
+        if (learner->classSchema.classes != classSchema.classes)
+            throw ConstraintViolation("learners", "They have the classes of the search.");
     metric = static_cast<ClassificationMetricType>(read);
     if (!metricNames().contains(metric)) throw ConstraintViolation("metric", "Unknown metric.");
 }

@@ -137,7 +137,17 @@ TEST(Families, QuantilesOfUnusualShapes) {
         const wchar_t* name;
         std::vector<std::vector<double>> parameters;
     } cases[] = {
-        {L"LyrGamma", {{0.01, 1}, {0.3, 2}, {1, 1}, {37.5, 1}, {1e3, 1e-3}, {2e5, 1}, {5e7, 1}}},
+        {L"LyrGamma",
+         {{1e-8, 1},
+          {0.001, 1},
+          {0.00267, 1},
+          {0.01, 1},
+          {0.3, 2},
+          {1, 1},
+          {37.5, 1},
+          {1e3, 1e-3},
+          {2e5, 1},
+          {5e7, 1}}},
         {L"LyrPearson5", {{0.5, 1}, {300, 2}}},
         {L"LyrInvNormal",
          {{1000, 1}, {1, 0.01}, {1, 0.3}, {1, 0.7}, {2, 40}, {1, 1e3}, {5, 1e6}, {1e-3, 1e3}}},
@@ -169,6 +179,7 @@ TEST(Families, QuantilesOfUnusualShapes) {
                 const double x = dist->inverseCdf(p), cdf = dist->cdf(x);
                 const std::string at =
                     nameOf(name) + ' ' + std::to_string(parameters[0]) + ", p " + std::to_string(p);
+                ASSERT_FALSE(std::isnan(x)) << at;
                 if (!dist->isContinuous()) {
                     EXPECT_TRUE(cdf >= p && dist->cdf(x - 1.0) < p) << at;
                     EXPECT_TRUE(cdf == 1.0 || dist->inverseCdf(cdf) == x) << at;

@@ -99,6 +99,20 @@ TEST(BinSearch, TreesAreThoseOfSortedLists) {
     }
 }
 
+TEST(BinSearch, TargetsFarFromZeroAreSplitAsThoseNearIt) {
+    Problem problem({.name = "", .numRows = 20000, .limits = {}});
+    for (double& target : problem.targets) target = std::round(1000.0 * target);
+    const DT::Limits limits{.maxNumLevels = 3};
+    const DT::Tree near = problem.grow(limits, true);
+    for (double& target : problem.targets) target += 0x1p52;
+    const DT::Tree far = problem.grow(limits, true);
+    ASSERT_EQ(far.nodes.size(), near.nodes.size());
+    for (std::size_t i = 0; i < near.nodes.size(); ++i) {
+        EXPECT_EQ(far.nodes[i].feature, near.nodes[i].feature) << i;
+        EXPECT_EQ(far.nodes[i].threshold, near.nodes[i].threshold) << i;
+    }
+}
+
 TEST(BinSearch, FindsTheBestOfAllSplitsOfANode) {
     for (const Case& how : kCases) {
         if (how.outlier != 0.0) continue;  // its nodes are not searched by bins

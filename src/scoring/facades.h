@@ -28,8 +28,8 @@ class IFacade : public IIdentifiable {
     const Loaded& model() const;
 
  private:
-    void fromJSON(const web::json::value& value);
-    void fromLadon(const web::json::value& value);
+    using ReadValue = void (IPortableModel::*)(const web::json::value&);
+    void load(const web::json::value& value, ReadValue read);
     void adopt(const CatalogRow& row, std::shared_ptr<IPortableModel> implementation);
 
     Audience audience_;

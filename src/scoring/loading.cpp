@@ -55,28 +55,20 @@ void IFacade::fromPMML(const PMML::Document& document) {
     });
 }
 
-void IFacade::fromJSON(const web::json::value& value) {
-    const JSON::Members model(value, "A model");
-    const CatalogRow& row = rowOfJSON(audience_, memberText(model, "type"), memberText(model, "algorithm"));
-    const auto implementation = row.makeBlank();
-    implementation->fromJSONValue(value);
-    adopt(row, implementation);
-}
-
-void IFacade::fromLadon(const web::json::value& value) {
-    const JSON::Members object(value, "A Ladon description");
+void IFacade::load(const web::json::value& value, ReadValue read) {
+    const JSON::Members object(value, "A model");
     const CatalogRow& row = rowOfJSON(audience_, memberText(object, "type"), memberText(object, "algorithm"));
     const auto implementation = row.makeBlank();
-    implementation->fromLadonValue(value);
+    (*implementation.*read)(value);
     adopt(row, implementation);
 }
 
 void IFacade::fromJSONString(const WString& text) {
-    JSONModel::translatingErrors([&] { fromJSON(JSON::parse(text)); });
+    JSONModel::translatingErrors([&] { load(JSON::parse(text), &IPortableModel::fromJSONValue); });
 }
 
 void IFacade::fromLadonString(const WString& text) {
-    JSONModel::translatingErrors([&] { fromLadon(JSON::parse(text)); });
+    JSONModel::translatingErrors([&] { load(JSON::parse(text), &IPortableModel::fromLadonValue); });
 }
 
 void IFacade::fromString(WString text) {
@@ -85,7 +77,7 @@ void IFacade::fromString(WString text) {
     JSONModel::translatingErrors([&] {
         const web::json::value value = JSON::parse(text);
         const bool isLadon = JSON::Members(value, "A model").find("fittedModel") != nullptr;
-        isLadon ? fromLadon(value) : fromJSON(value);
+        load(value, isLadon ? &IPortableModel::fromLadonValue : &IPortableModel::fromJSONValue);
     });
 }
 

@@ -1,7 +1,6 @@
 #include "engine/copula/correlation_matrix.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <limits>
 #include <utility>
@@ -9,6 +8,7 @@
 #include <lapacke.h>
 
 #include "data/io/parallel.h"
+#include "data/util/interleaved_sum.h"
 
 namespace Tessel::Engine::Copula {
 
@@ -16,14 +16,8 @@ namespace {
 
 using Matrix = std::vector<double>;
 
-/// The sum of products, in four interleaved sums.
 double product(const double* x, const double* y, std::size_t size) {
-    std::array<double, 4> lanes{};
-    std::size_t i = 0;
-    for (; i + 4 <= size; i += 4)
-        for (std::size_t lane = 0; lane < 4; ++lane) lanes[lane] += x[i + lane] * y[i + lane];
-    for (; i < size; ++i) lanes[0] += x[i] * y[i];
-    return (lanes[0] + lanes[1]) + (lanes[2] + lanes[3]);
+    return Numeric::interleavedSum<4>(size, [&](std::size_t i) { return x[i] * y[i]; });
 }
 
 /// The eigenvalues of a symmetric matrix, ascending, and the eigenvectors of one sign: that of fewer of them.

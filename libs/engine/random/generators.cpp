@@ -224,8 +224,8 @@ void MersenneTwister::fill(std::span<double> result) {
         }
         const std::uint32_t* const words = words_.data() + used_;
         used_ += 2 * count;
-        for (std::size_t i = 0; i < count;
-             ++i) {  // signed numbers, which processors convert several of at once
+        // Signed numbers, which processors convert several of at once.
+        for (std::size_t i = 0; i < count; ++i) {
             const auto high = static_cast<std::int32_t>(words[2 * i] >> 5);
             const auto low = static_cast<std::int32_t>(words[2 * i + 1] >> 6);
             out[i] = (high * 67108864.0 + low) * 0x1p-53;

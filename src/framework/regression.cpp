@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include <tessel/data/convert.h>
 
@@ -56,16 +57,20 @@ std::shared_ptr<IModelable> IEstimator::fitResample(const TrainingFeatures& feat
                                                     std::span<const double> target,
                                                     const Supervised::Resample& resample,
                                                     const Supervised::Preparation* preparation,
-                                                    const Progress& progress) const {
+                                                    const Progress& progress,
+                                                    std::span<double> fitted) const {
     std::shared_ptr<IModelable> model;
     if (resample.rows.empty() || takesMultiplicities()) {
-        model = fitEngine({features, target, resample.multiplicities, preparation, progress});
+        TrainingSet data{features, target, resample.multiplicities, preparation, progress};
+        if (!fitted.empty() && fillsFitted(data)) data.fitted = std::exchange(fitted, {});
+        model = fitEngine(data);
     } else {
         std::vector<double> drawn;
         drawn.reserve(resample.rows.size());
         for (const std::int32_t row : resample.rows) drawn.push_back(target[static_cast<std::size_t>(row)]);
         model = fitEngine({selectRows(features, resample.rows), drawn, {}, nullptr, progress});
     }
+    if (!fitted.empty()) model->score(features.columns, fitted);
     model->setName(getName());
     model->schema = features.schema;
     model->schema.rowNames = nullptr;  // the records are no rows of the table

@@ -35,6 +35,8 @@ struct TrainingSet {
     std::span<const std::int32_t> multiplicities = {};
     const Supervised::Preparation* preparation = nullptr;  ///< of the family itself, or null
     Progress progress = {};
+    /// Receives what the model predicts of each row; empty for no interest.
+    std::span<double> fitted = {};
 };
 
 /// The implementation of a regressor's estimator: the checks of the data in their order, and the frame of the
@@ -54,15 +56,19 @@ class IEstimator : public Supervised::IEstimator {
     }
     /// Fits on a resample of data that were checked for this learner, as an ensemble does.
     /// @param preparation  what `prepare` made of the features, or null.
+    /// @param fitted       receives what the model predicts of each row of the table; empty for no interest.
     std::shared_ptr<IModelable> fitResample(const TrainingFeatures& features, std::span<const double> target,
                                             const Supervised::Resample& resample,
                                             const Supervised::Preparation* preparation,
-                                            const Progress& progress) const;
+                                            const Progress& progress, std::span<double> fitted = {}) const;
 
  protected:
     /// Fits the family's engine. Infinite numbers among the features are still in the data: the family
     /// refuses them by `requireFinite`. The framework adds the schema to the model that it returns.
     virtual std::shared_ptr<IModelable> fitEngine(const TrainingSet& data) const = 0;
+    /// For families that know what they predict of the training rows without scoring them: whether the fit on
+    /// these data fills `fitted`.
+    virtual bool fillsFitted(const TrainingSet& /*data*/) const { return false; }
 
  private:
     TrainingFeatures checkedData(const DataFrame& features, const DataFrameColumn& target) const;

@@ -45,25 +45,28 @@ struct BinSearch::Rating {
 };
 
 BinSearch::BinSearch(std::span<const SharedColumn> columns, std::span<const double> targets,
-                     std::int64_t minNumRecords)
-    : columns_(columns),
-      minNumRecords_(minNumRecords),
-      deviations_(targets.size()),
-      marks_(targets.size(), 0) {
+                     std::int64_t minNumRecords, BinnedRecords& records, Crew* crew)
+    : columns_(columns), minNumRecords_(minNumRecords), records_(records) {
     // From one of the targets, as a sum of numbers that are all far from 0 is not their mean.
+    const std::size_t numRecords = targets.size();
     const double origin = targets[0];
-    double mean = 0.0, size = 0.0;
-    for (const double target : targets) mean += target - origin;
-    mean /= static_cast<double>(targets.size());
-    for (const double target : targets) size += std::abs((target - origin) - mean);
+    const double mean =
+        sumByStretches(crew, numRecords, [&](std::size_t i) { return targets[i] - origin; }) /
+        static_cast<double>(numRecords);
+    const double size = sumByStretches(
+        crew, numRecords, [&](std::size_t i) { return std::abs((targets[i] - origin) - mean); });
     // All absolute deviations add up to 2^61 or less, and rounded up to where a count ends, to 2^63 or less.
-    countMask_ = (std::int64_t{1} << std::bit_width(targets.size())) - 1;
+    countMask_ = (std::int64_t{1} << std::bit_width(numRecords)) - 1;
     const int exponent = size > 0.0 ? 60 - std::ilogb(size) : 0;
     unit_ = std::ldexp(1.0, -exponent);
     const double scale = std::ldexp(1.0, exponent);
-    for (std::size_t i = 0; i < targets.size(); ++i) {
-        deviations_[i] = std::llrint(((targets[i] - origin) - mean) * scale);
-    }
+    records_.deviations.resize(numRecords);
+    records_.marks.resize(numRecords);
+    forEachStretch(crew, numRecords, [&](std::size_t begin, std::size_t end) {
+        for (std::size_t i = begin; i < end; ++i)
+            records_.deviations[i] = std::llrint(((targets[i] - origin) - mean) * scale);
+        std::fill(records_.marks.data() + begin, records_.marks.data() + end, std::uint8_t{0});
+    });
 }
 
 BinSearch::Rating BinSearch::begin(std::size_t feature, const BinnedNode& node) const {
@@ -144,7 +147,7 @@ void BinSearch::walk(std::size_t feature, std::size_t bin, const Rating& atBegin
     std::uint32_t startsValue = 0;
     for (std::uint32_t position = begin; position < end; ++position) {
         const SortedRecord entry = column.rows[position];
-        const std::uint32_t isMember = marks_[entry.record()] == node.mark;
+        const std::uint32_t isMember = records_.marks[entry.record()] == node.mark;
         startsValue |= entry.startsValue();
         *member = {position, startsValue};
         member += isMember;
@@ -162,20 +165,20 @@ void BinSearch::walk(std::size_t feature, std::size_t bin, const Rating& atBegin
                 best.lower = best.upper = position;
             }
         }
-        left.add(deviations_[column.rows[position].record()], 1);
+        left.add(records_.deviations[column.rows[position].record()], 1);
     }
 }
 
 std::uint32_t BinSearch::recordBefore(std::size_t feature, std::uint32_t position, std::uint8_t mark) const {
     const std::vector<SortedRecord>& rows = columns_[feature].rows;
-    while (marks_[rows[--position].record()] != mark) {
+    while (records_.marks[rows[--position].record()] != mark) {
     }
     return rows[position].record();
 }
 
 std::uint32_t BinSearch::recordAfter(std::size_t feature, std::uint32_t position, std::uint8_t mark) const {
     const std::vector<SortedRecord>& rows = columns_[feature].rows;
-    while (marks_[rows[position].record()] != mark) ++position;
+    while (records_.marks[rows[position].record()] != mark) ++position;
     return rows[position].record();
 }
 

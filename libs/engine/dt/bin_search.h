@@ -1,10 +1,12 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <span>
 #include <vector>
 
+#include "engine/crew.h"
 #include "engine/dt/split_search.h"
 #include "engine/dt/training_data.h"
 
@@ -51,11 +53,19 @@ struct BinnedNode {
     std::uint8_t mark = 0;
 };
 
+/// What the search knows of each record.
+struct BinnedRecords {
+    std::vector<std::int64_t> deviations;
+    std::vector<std::uint8_t> marks;  ///< of its node
+};
+
 /// Each row of the table is one record of weight 1.
 class BinSearch {
  public:
+    /// @param records  filled by the search, all with mark 0.
+    /// @param crew     may be null
     BinSearch(std::span<const SharedColumn> columns, std::span<const double> targets,
-              std::int64_t minNumRecords);
+              std::int64_t minNumRecords, BinnedRecords& records, Crew* crew);
 
     /// Whether the unit is small enough for a node of this variance.
     bool isFineFor(double variance) const {
@@ -82,10 +92,11 @@ class BinSearch {
     std::uint32_t recordAfter(std::size_t feature, std::uint32_t position, std::uint8_t mark) const;
 
     static constexpr std::uint8_t kNoMark = 255;
-    const std::vector<std::uint8_t>& marks() const { return marks_; }
-    void clearMarks() { marks_.assign(marks_.size(), kNoMark); }
+    const std::vector<std::uint8_t>& marks() const { return records_.marks; }
+    void clearMarks() { std::fill(records_.marks.begin(), records_.marks.end(), kNoMark); }
     void setMark(std::span<const std::uint32_t> members, std::uint8_t mark) {
-        for (const std::uint32_t member : members) marks_[member] = mark;
+        std::uint8_t* const marks = records_.marks.data();
+        for (const std::uint32_t member : members) marks[member] = mark;
     }
 
  private:
@@ -98,7 +109,7 @@ class BinSearch {
     Rating begin(std::size_t feature, const BinnedNode& node) const;
     /// A record as if it were a bin.
     BinSum binOf(std::uint32_t record) const {
-        const std::int64_t deviation = deviations_[record];
+        const std::int64_t deviation = records_.deviations[record];
         return {deviation, (std::abs(deviation) | countMask_) + 1 + 1};
     }
     std::int64_t count(const BinSum& bin) const { return bin.sizesAndCount & countMask_; }
@@ -107,9 +118,8 @@ class BinSearch {
     std::span<const SharedColumn> columns_;
     const std::int64_t minNumRecords_;
     std::int64_t countMask_ = 0;
-    double unit_ = 1.0;                     // of the deviations
-    std::vector<std::int64_t> deviations_;  // by record
-    std::vector<std::uint8_t> marks_;       // by record
+    double unit_ = 1.0;  // of the deviations
+    BinnedRecords& records_;
 };
 
 }  // namespace Tessel::Engine::DT

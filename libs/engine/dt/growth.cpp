@@ -2,12 +2,10 @@
 
 #include <algorithm>
 #include <atomic>
+#include <thread>
 #include <vector>
 
-#include <omp.h>
-
 #include "engine/dt/splitter.h"
-#include "engine/parallel.h"
 
 namespace Tessel::Engine::DT {
 
@@ -28,13 +26,17 @@ struct LesserGain {
 /// The order in which nodes are split.
 class Grower {
  public:
-    Grower(const TrainingData& data, const PreparedRecords& prepared, const Limits& limits)
+    Grower(const TrainingData& data, const PreparedRecords& prepared, const Limits& limits,
+           GrowthMemory& memory)
         : data_(data),
+          prepared_(prepared),
           records_(prepared.records),
           limits_(limits),
+          memory_(memory),
           numClasses_(static_cast<std::size_t>(prepared.records.numClasses)),
-          splitter_(data, prepared, limits) {}
-    Tree grow();
+          splitter_(data, prepared, limits, memory) {}
+    /// @param known  what is known of the root; null: it is looked at.
+    Tree grow(const Node* known = nullptr);
 
  private:
     void growBestFirst(Tree& tree, const OpenNode& root, std::int64_t maxNumSplits);
@@ -44,42 +46,60 @@ class Grower {
                                     std::size_t minNumRecords);
     std::vector<OpenNode> splitLevel(Tree& tree, std::vector<OpenNode> level, std::vector<Search>& searches,
                                      std::size_t minNumRecords);
-    Tree growBelow(const Tree& tree, OpenNode open);
-    Tree growAlone(const OpenNode& open);
+    Tree growBelow(const Tree& tree, OpenNode open, Scratch& scratch);
+    Tree growAlone(const Tree& tree, const OpenNode& open);
     void growDepthFirst(Tree& tree, const OpenNode& root, Scratch& scratch);
+    void settle(const Tree& tree, const OpenNode& leaf);
     void tell(std::size_t numRecords, bool isSettled);
 
     const TrainingData& data_;
+    const PreparedRecords& prepared_;
     const Records& records_;
     const Limits limits_;
+    GrowthMemory& memory_;
     const std::size_t numClasses_;
     Splitter splitter_;
     std::atomic<std::size_t> numSettled_{0};  // records in nodes that stay leaves
+    const std::thread::id caller_ = std::this_thread::get_id();
     std::size_t numTold_ = 0;                 // of these when the watch was told last
 };
+
+/// A node stays a leaf.
+void Grower::settle(const Tree& tree, const OpenNode& leaf) {
+    if (!data_.fitted.empty()) {
+        const double response = tree.nodes[static_cast<std::size_t>(leaf.node)].response;
+        for (const std::uint32_t member : splitter_.membersOf(leaf))
+            data_.fitted[prepared_.rowOf(member)] = response;
+    }
+    tell(leaf.size(), true);
+}
 
 /// Tells the watch of a node that is looked at or that stays a leaf: of large ones, and each time that
 /// another hundredth of the records is settled.
 void Grower::tell(std::size_t numRecords, bool isSettled) {
     if (!data_.watch) return;
     const std::size_t numSettled = isSettled ? numSettled_ += numRecords : numSettled_.load();
-    if (omp_get_thread_num() != 0) return;
+    if (std::this_thread::get_id() != caller_) return;
     const std::size_t hundredth = records_.size / 100;
     if (numRecords < hundredth && numSettled < numTold_ + hundredth) return;
     numTold_ = std::max(numTold_, numSettled);
     data_.watch(static_cast<double>(numTold_) / static_cast<double>(records_.size));
 }
 
-Tree Grower::grow() {
+Tree Grower::grow(const Node* known) {
     Tree tree;
     tree.numClasses = records_.numClasses;
     tree.nodes.emplace_back();
     tree.classWeights.resize(numClasses_);
-    summarize(records_, splitter_.members(), tree.nodes[0], tree.classWeights.data());
     const OpenNode root{.end = static_cast<std::uint32_t>(records_.size),
                         .position = static_cast<std::uint64_t>(limits_.featureSelectionSeed)};
-    if (!splitter_.isSplittable(tree, root)) return tree;
-    if (limits_.areBestFirst(records_.size))
+    if (known)
+        tree.nodes[0] = *known;
+    else
+        summarize(records_, splitter_.membersOf(root), tree.nodes[0], tree.classWeights.data());
+    if (!splitter_.isSplittable(tree, root))
+        settle(tree, root);
+    else if (limits_.areBestFirst(records_.size))
         growBestFirst(tree, root, limits_.numSplits());
     else
         growWhole(tree, root);
@@ -89,23 +109,32 @@ Tree Grower::grow() {
 void Grower::growBestFirst(Tree& tree, const OpenNode& root, std::int64_t maxNumSplits) {
     std::vector<PendingSplit> pending;
     const auto consider = [&](OpenNode open) {
+        if (!splitter_.isSplittable(tree, open)) return settle(tree, open);
         tell(open.size(), false);
         Split split = splitter_.findSplit(tree, open, nullptr);
-        if (!split.exists()) return;
+        if (!split.exists()) return settle(tree, open);
         pending.push_back({std::move(open), std::move(split)});
         std::push_heap(pending.begin(), pending.end(), LesserGain());
     };
-    if (maxNumSplits > 0) consider(root);
+    if (maxNumSplits > 0)
+        consider(root);
+    else
+        settle(tree, root);
     for (std::int64_t numSplits = 0; numSplits < maxNumSplits && !pending.empty();) {
         std::pop_heap(pending.begin(), pending.end(), LesserGain());
         PendingSplit next = std::move(pending.back());
         pending.pop_back();
         OpenNode children[2];
         splitter_.applySplit(tree, next.open, next.split, nullptr, children);
-        if (++numSplits == maxNumSplits) break;
-        for (const OpenNode& child : children)
-            if (splitter_.isSplittable(tree, child)) consider(child);
+        ++numSplits;
+        for (const OpenNode& child : children) {
+            if (numSplits < maxNumSplits)
+                consider(child);
+            else
+                settle(tree, child);
+        }
     }
+    for (const PendingSplit& left : pending) settle(tree, left.open);
 }
 
 /// Large nodes first, level by level, each level by all threads; then the subtrees below, each by one.
@@ -113,13 +142,13 @@ void Grower::growWhole(Tree& tree, OpenNode root) {
     if (splitter_.usesBins() && !splitter_.isForHistograms(tree, root))
         splitter_.leaveBins(std::span(&root, 1));
     const bool isByOneThread =
-        splitter_.scratches().size() == 1 || records_.size * splitter_.numFeatures() < kMinCellsInParallel;
+        splitter_.numThreads() == 1 || records_.size * splitter_.numFeatures() < kMinCellsInParallel;
     if (isByOneThread && !splitter_.usesBins()) {
-        growDepthFirst(tree, root, splitter_.scratches()[0]);
+        growDepthFirst(tree, root, memory_.scratches[0]);
         return;
     }
     std::vector<OpenNode> deferred = growLargeNodes(
-        tree, root, std::max<std::size_t>(64, records_.size / (4 * splitter_.scratches().size())));
+        tree, root, std::max<std::size_t>(64, records_.size / (4 * splitter_.numThreads())));
     std::stable_sort(deferred.begin(), deferred.end(),
                      [](const OpenNode& a, const OpenNode& b) { return a.size() > b.size(); });
     if (deferred.empty()) return;
@@ -130,39 +159,40 @@ void Grower::growWhole(Tree& tree, OpenNode root) {
     const bool areSorted = splitter_.usesBins() && numDeferred < records_.size / kMinShareToTake;
     if (splitter_.usesBins() && !areSorted) splitter_.leaveBins(deferred);
     std::vector<Tree> subtrees(deferred.size());
-    ExceptionCarrier carrier;
-#pragma omp parallel for schedule(dynamic) num_threads(static_cast <int>(splitter_.scratches().size()))
-    for (std::size_t i = 0; i < deferred.size(); ++i)
-        carrier.run([&] { subtrees[i] = areSorted ? growAlone(deferred[i]) : growBelow(tree, deferred[i]); });
-    carrier.rethrow();
+    splitter_.forEach(deferred.size(), numDeferred, nullptr, [&](std::size_t i, Scratch& scratch) {
+        subtrees[i] = areSorted ? growAlone(tree, deferred[i]) : growBelow(tree, deferred[i], scratch);
+    });
     for (std::size_t i = 0; i < deferred.size(); ++i) graft(tree, deferred[i].node, subtrees[i]);
 }
 
 /// The tree below a node by the lists that are there.
-Tree Grower::growBelow(const Tree& tree, OpenNode open) {
+Tree Grower::growBelow(const Tree& tree, OpenNode open, Scratch& scratch) {
     Tree subtree;
     subtree.numClasses = tree.numClasses;
     subtree.nodes.push_back(tree.nodes[static_cast<std::size_t>(open.node)]);
     const double* classWeights = tree.classWeightsOf(open.node);
     subtree.classWeights.assign(classWeights, classWeights + numClasses_);
     open.node = 0;
-    growDepthFirst(subtree, open, splitter_.scratches()[static_cast<std::size_t>(omp_get_thread_num())]);
+    growDepthFirst(subtree, open, scratch);
     return subtree;
 }
 
-/// The same tree as one of the records of the node, which are sorted for it. Each row is one record.
-Tree Grower::growAlone(const OpenNode& open) {
+/// The tree below a node of records that are sorted for it. Each row is one record.
+Tree Grower::growAlone(const Tree& tree, const OpenNode& open) {
     const std::span<const std::uint32_t> members = splitter_.membersOf(open);
     PreparedRecords own;
     own.tableRows.assign(members.begin(), members.end());
     own.records.size = members.size();
-    for (const std::uint32_t member : members) own.records.targets.push_back(records_.targets[member]);
+    own.targets.reserve(members.size());
+    for (const std::uint32_t member : members) own.targets.push_back(records_.targets[member]);
+    own.records.targets = own.targets;
     TrainingData data = data_;
     data.sharedColumns = {};
     data.watch = {};
     Limits limits = limits_;
     if (limits.maxNumLevels != Limits::kNone) limits.maxNumLevels -= open.level;
-    Tree subtree = Grower(data, own, limits).grow();
+    GrowthMemory memory;
+    Tree subtree = Grower(data, own, limits, memory).grow(&tree.nodes[static_cast<std::size_t>(open.node)]);
     tell(open.size(), true);
     return subtree;
 }
@@ -173,17 +203,21 @@ std::vector<OpenNode> Grower::growLargeNodes(Tree& tree, const OpenNode& root, s
     std::vector<OpenNode> left, level{root};
     while (!level.empty()) {
         std::vector<Search> searches = searchLevel(tree, level, minNumRecords);
-        const std::vector<OpenNode> children = splitLevel(tree, std::move(level), searches, minNumRecords);
+        std::vector<OpenNode> children = splitLevel(tree, std::move(level), searches, minNumRecords);
         level.clear();
-        for (const OpenNode& child : children) {
+        for (OpenNode& child : children) {
             const bool isLarge =
                 splitter_.usesBins() ? child.histograms != nullptr : child.size() >= minNumRecords;
-            if (!splitter_.isSplittable(tree, child))
-                tell(child.size(), true);
-            else
-                (isLarge ? level : left).push_back(child);
+            child.mark = BinSearch::kNoMark;
+            if (!splitter_.isSplittable(tree, child)) continue;
+            if (isLarge) child.mark = static_cast<std::uint8_t>(level.size());
+            (isLarge ? level : left).push_back(child);
         }
-        if (splitter_.usesBins()) splitter_.mark(level);
+        const bool areMarked = splitter_.usesBins() && !level.empty();
+        splitter_.forEach(children.size(), minNumRecords, nullptr, [&](std::size_t i, Scratch&) {
+            if (!splitter_.isSplittable(tree, children[i])) settle(tree, children[i]);
+            if (areMarked) splitter_.mark(children[i]);
+        });
     }
     return left;
 }
@@ -213,9 +247,7 @@ std::vector<Search> Grower::searchLevel(const Tree& tree, std::vector<OpenNode>&
 std::vector<OpenNode> Grower::splitLevel(Tree& tree, std::vector<OpenNode> level,
                                          std::vector<Search>& searches, std::size_t minNumRecords) {
     std::vector<Split> found(level.size());
-    splitter_.forEach(level.size(), minNumRecords, nullptr, [&](std::size_t i, Scratch& scratch) {
-        found[i] = splitter_.chooseSplit(tree, level[i], searches[i], scratch);
-    });
+    splitter_.chooseSplits(tree, level, searches, found, nullptr);
     std::vector<OpenNode> parents;
     std::vector<Split> splits;
     for (std::size_t i = 0; i < level.size(); ++i) {
@@ -223,7 +255,7 @@ std::vector<OpenNode> Grower::splitLevel(Tree& tree, std::vector<OpenNode> level
             parents.push_back(std::move(level[i]));
             splits.push_back(std::move(found[i]));
         } else {
-            tell(level[i].size(), true);
+            settle(tree, level[i]);
         }
     }
     std::vector<OpenNode> children(2 * parents.size());
@@ -248,7 +280,7 @@ void Grower::growDepthFirst(Tree& tree, const OpenNode& root, Scratch& scratch) 
         tell(open.size(), false);
         Split split = splitter_.findSplit(tree, open, &scratch);
         if (!split.exists()) {
-            tell(open.size(), true);
+            settle(tree, open);
             continue;
         }
         OpenNode children[2];
@@ -258,7 +290,7 @@ void Grower::growDepthFirst(Tree& tree, const OpenNode& root, Scratch& scratch) 
             if (splitter_.isSplittable(tree, child))
                 stack.push_back(child);
             else
-                tell(child.size(), true);
+                settle(tree, child);
         }
     }
 }
@@ -266,7 +298,14 @@ void Grower::growDepthFirst(Tree& tree, const OpenNode& root, Scratch& scratch) 
 }  // namespace
 
 Tree grow(const TrainingData& data, const PreparedRecords& prepared, const Limits& limits) {
-    return inLevelOrder(Grower(data, prepared, limits).grow());
+    auto memory = data.memories ? data.memories->take() : std::make_unique<GrowthMemory>();
+    if (numThreads() == 1)
+        memory->crew = nullptr;
+    else if (!memory->crew || memory->crew->size() != numThreads())
+        memory->crew = std::make_unique<Crew>(numThreads());
+    Tree tree = inLevelOrder(Grower(data, prepared, limits, *memory).grow());
+    if (data.memories) data.memories->giveBack(std::move(memory));
+    return tree;
 }
 
 }  // namespace Tessel::Engine::DT

@@ -32,6 +32,7 @@ namespace Tessel::Engine::DT {
 /// The records of a fit and the row of the table that each came from.
 struct PreparedRecords {
     Records records;
+    std::vector<double> targets;           ///< of the records, where they are not those that were given
     int weightExponent = 0;                ///< of the power of two that weights were divided by
     std::vector<std::uint32_t> tableRows;  ///< by record, ascending; empty when each row is one record
 

@@ -8,10 +8,12 @@
 namespace Tessel::Engine::DT {
 
 HistogramMaker::HistogramMaker(const Records& records, std::span<const FeatureLists> features,
-                               const BinSearch* bins, bool areAllSearched)
+                               const BinSearch* bins, bool areAllSearched,
+                               std::vector<std::shared_ptr<Histograms>>& kept)
     : records_(records),
       features_(features),
       bins_(bins),
+      kept_(kept),
       minNumRecords_(std::numeric_limits<std::size_t>::max()),
       numLevels_(std::numeric_limits<int>::max()) {
     std::size_t size = 0;
@@ -23,6 +25,7 @@ HistogramMaker::HistogramMaker(const Records& records, std::span<const FeatureLi
         if (added > 0) binned_.push_back(feature);
     }
     begins_.push_back(size);
+    makeParts();
     if (bins) {
         // Levels down to where nodes have on average so many records a bin: below, the few of a node in a bin
         // are looked for among too many others. And the nodes of a level have marks of a byte.
@@ -40,13 +43,25 @@ HistogramMaker::HistogramMaker(const Records& records, std::span<const FeatureLi
     }
 }
 
+/// The last parts are smaller, so that threads end together.
+void HistogramMaker::makeParts() {
+    for (std::size_t begin = 0; begin < binned_.size(); begin += parts_.back().size) {
+        const std::size_t left = binned_.size() - begin;
+        parts_.push_back({begin, left > kNumFeaturesInPart ? kNumFeaturesInPart : (left + 1) / 2});
+    }
+}
+
 std::shared_ptr<Histograms> HistogramMaker::make() const {
-    auto histograms = std::make_shared<Histograms>();
-    if (bins_)
-        histograms->deviations.resize(begins_.back());
-    else
+    if (!bins_) {
+        auto histograms = std::make_shared<Histograms>();
         histograms->classes.resize(begins_.back());
-    return histograms;
+        return histograms;
+    }
+    auto idle = std::find_if(kept_.begin(), kept_.end(),
+                             [](const auto& histograms) { return histograms.use_count() == 1; });
+    if (idle == kept_.end()) idle = kept_.insert(idle, std::make_shared<Histograms>());
+    (*idle)->deviations.resize(begins_.back());
+    return *idle;
 }
 
 void HistogramMaker::addUp(std::size_t part, std::span<const std::uint32_t> members,
@@ -54,8 +69,10 @@ void HistogramMaker::addUp(std::size_t part, std::span<const std::uint32_t> memb
     if (bins_) {
         std::array<BinSum*, kNumFeaturesInPart> sums{};
         const std::span<const std::size_t> features = featuresOf(part);
-        for (std::size_t i = 0; i < features.size(); ++i)
+        for (std::size_t i = 0; i < features.size(); ++i) {
             sums[i] = histograms.deviations.data() + begins_[features[i]];
+            std::fill_n(sums[i], begins_[features[i] + 1] - begins_[features[i]], BinSum{});
+        }
         return bins_->addUp(features, members, sums);
     }
     for (const std::size_t feature : featuresOf(part))

@@ -23,16 +23,18 @@ class HistogramMaker {
  public:
     /// Of no node, if not all features are searched.
     /// @param bins  null: there are no shared columns.
+    /// @param kept  histograms by bins of shared columns, which are used again when nobody holds them.
     HistogramMaker(const Records& records, std::span<const FeatureLists> features, const BinSearch* bins,
-                   bool areAllSearched);
+                   bool areAllSearched, std::vector<std::shared_ptr<Histograms>>& kept);
 
     /// Whether a node is to have histograms.
     bool isFor(std::size_t numRecords, int level) const {
         return numRecords >= minNumRecords_ && level < numLevels_;
     }
+    /// Of a node, to be added up.
     std::shared_ptr<Histograms> make() const;
     /// Histograms are made in so many parts, each of some features.
-    std::size_t numParts() const { return (binned_.size() + kNumFeaturesInPart - 1) / kNumFeaturesInPart; }
+    std::size_t numParts() const { return parts_.size(); }
     void addUp(std::size_t part, std::span<const std::uint32_t> members, Histograms& histograms) const;
     /// What the smaller child leaves of the sums of its parent.
     void subtract(std::size_t part, const Histograms& smaller, Histograms& larger) const;
@@ -47,15 +49,20 @@ class HistogramMaker {
 
  private:
     static constexpr std::size_t kNumFeaturesInPart = 4;
+    void makeParts();
     std::span<const std::size_t> featuresOf(std::size_t part) const {
-        const std::size_t begin = part * kNumFeaturesInPart;
-        return std::span(binned_).subspan(begin, std::min(kNumFeaturesInPart, binned_.size() - begin));
+        return std::span(binned_).subspan(parts_[part].begin, parts_[part].size);
     }
 
     const Records& records_;
     const std::span<const FeatureLists> features_;
     const BinSearch* const bins_;
+    std::vector<std::shared_ptr<Histograms>>& kept_;
     std::vector<std::size_t> binned_;  // features with bins
+    struct Part {
+        std::size_t begin, size;  // in `binned_`
+    };
+    std::vector<Part> parts_;
     std::vector<std::size_t> begins_;  // by feature; the last is the size of them all
     std::size_t minNumRecords_;
     int numLevels_;

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "data/util/interleaved_sum.h"
+
 namespace Tessel::Engine::DT {
 
 namespace {
@@ -31,24 +33,26 @@ void describeClasses(const Records& records, const double* classWeights, Node& n
 
 /// Two passes, the second about the mean; a node of equal targets has impurity 0 exactly.
 void summarizeTargets(const Records& records, std::span<const std::uint32_t> members, Node& node) {
+    constexpr std::size_t kNumParts = 8;
+    const auto sumOf = [&](auto&& term) {
+        return Numeric::interleavedSum<kNumParts>(members.size(),
+                                                  [&](std::size_t i) { return term(members[i]); });
+    };
     const double origin = records.targets[members.front()];
-    double weight = 0.0, sum = 0.0, squares = 0.0;
-    bool isConstant = true;
-    for (const std::uint32_t member : members) {
+    std::size_t numDifferent = 0;
+    const double sum = sumOf([&](std::uint32_t member) {
         const double deviation = records.targets[member] - origin;
-        isConstant &= deviation == 0.0;
-        weight += records.weight(member);
-        sum += records.weight(member) * deviation;
-    }
-    const double mean = origin + sum / weight;
-    node.weight = weight;
-    node.response = mean;
-    if (isConstant) return;
-    for (const std::uint32_t member : members) {
+        numDifferent += deviation != 0.0;
+        return records.weight(member) * deviation;
+    });
+    node.weight = records.isUnit() ? static_cast<double>(members.size())
+                                   : sumOf([&](std::uint32_t member) { return records.weights[member]; });
+    const double mean = node.response = origin + sum / node.weight;
+    if (numDifferent == 0) return;
+    node.impurity = node.error = sumOf([&](std::uint32_t member) {
         const double deviation = records.targets[member] - mean;
-        squares += records.weight(member) * deviation * deviation;
-    }
-    node.impurity = node.error = squares;
+        return records.weight(member) * deviation * deviation;
+    });
 }
 
 }  // namespace
@@ -82,6 +86,19 @@ void summarize(const Records& records, std::span<const std::uint32_t> members, N
     if (records.numClasses == 0) return summarizeTargets(records, members, node);
     sumClassWeights(records, members, classWeights);
     describeClasses(records, classWeights, node);
+}
+
+void summarize(const Records& records, std::span<const std::uint32_t> members, const TargetSums& sums,
+               double origin, Node& node) {
+    // The squares about the mean are what is left when those of the mean are taken away.
+    constexpr double kMinShareLeft = 0.125;
+    const auto numRecords = static_cast<double>(members.size());
+    const double left = sums.squares - sums.sum * sums.sum / numRecords;
+    if (left < kMinShareLeft * sums.squares) return summarize(records, members, node, nullptr);
+    node.numRecords = static_cast<std::int64_t>(members.size());
+    node.weight = numRecords;
+    node.response = origin + sums.sum / numRecords;
+    node.impurity = node.error = left;
 }
 
 void summarizeChildren(const Records& records, std::span<const std::uint32_t> leftMembers,

@@ -16,7 +16,7 @@ struct Records {
     std::size_t size = 0;
     int numClasses = 0;                  ///< 0: the response is a number
     std::vector<std::uint16_t> classes;  ///< classification
-    std::vector<double> targets;         ///< regression
+    std::span<const double> targets;     ///< regression
     // Both empty when every record counts once and weighs 1.
     std::vector<double> weights;        ///< weight of all repetitions together, altered by priors
     std::vector<std::uint32_t> counts;  ///< repetitions
@@ -48,10 +48,30 @@ struct Totals {
     const double* classWeights = nullptr;  ///< classification
 };
 
+/// Sums of the deviations of targets from some origin.
+struct TargetSums {
+    double sum = 0.0, squares = 0.0;
+
+    void add(double deviation) {
+        sum += deviation;
+        squares += deviation * deviation;
+    }
+    TargetSums& operator+=(const TargetSums& other) {
+        sum += other.sum;
+        squares += other.squares;
+        return *this;
+    }
+};
+
 /// Fills what a node says about its records: counts, weights, response, impurity, error.
 /// @param classWeights  receives the weight of each class; null in regression.
 void summarize(const Records& records, std::span<const std::uint32_t> members, Node& node,
                double* classWeights);
+
+/// The same in regression for records of weight 1 whose deviations from `origin` have these sums; looks at the
+/// records again only where the mean is so far from the origin that the sum of squares about it lost digits.
+void summarize(const Records& records, std::span<const std::uint32_t> members, const TargetSums& sums,
+               double origin, Node& node);
 
 /// The same for the children of a node. Exact sums of the larger child are what the smaller one leaves.
 /// @param classWeights  receives those of the left child, then those of the right one.

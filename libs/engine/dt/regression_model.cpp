@@ -1,5 +1,7 @@
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <limits>
 #include <utility>
 
 #include <tessel/data/errors.h>
@@ -25,27 +27,45 @@ struct Moments {
     double squaresAbout(double center) const { return squares + count * (mean - center) * (mean - center); }
 };
 
-void requireFinite(std::span<const double> targets) {
-    for (const double target : targets)
-        if (!std::isfinite(target)) throw ConstraintViolation("target", "must be finite numbers");
+/// The greatest magnitude of all targets.
+double largestFinite(std::span<const double> targets) {
+    // Several at once, without a branch.
+    std::array<double, 8> largest{};
+    std::size_t numInfinite = 0;
+    const auto look = [&](double target, double& most) {
+        const double magnitude = std::abs(target);
+        numInfinite += !(magnitude <= std::numeric_limits<double>::max());
+        most = magnitude > most ? magnitude : most;
+    };
+    std::size_t i = 0;
+    for (; i + largest.size() <= targets.size(); i += largest.size())
+        for (std::size_t part = 0; part < largest.size(); ++part) look(targets[i + part], largest[part]);
+    for (; i < targets.size(); ++i) look(targets[i], largest[0]);
+    if (numInfinite > 0) throw ConstraintViolation("target", "must be finite numbers");
+    return *std::max_element(largest.begin(), largest.end());
 }
 
 }  // namespace
 
 void RegressionModel::fit(const TrainingData& data, std::span<const double> targets) {
-    requireFinite(targets);
+    double largest = largestFinite(targets);
     PreparedRecords prepared = prepareRecords(data, targets.size());
-    std::vector<double>& used = prepared.records.targets;
-    used.reserve(prepared.records.size);
-    double largest = 0.0;
-    for (std::uint32_t record = 0; record < prepared.records.size; ++record) {
-        used.push_back(targets[prepared.rowOf(record)]);
-        largest = std::max(largest, std::abs(used.back()));
+    std::span<const double>& used = prepared.records.targets = targets;
+    if (!prepared.tableRows.empty()) {
+        prepared.targets.reserve(prepared.tableRows.size());
+        for (const std::uint32_t row : prepared.tableRows) prepared.targets.push_back(targets[row]);
+        used = prepared.targets;
+        largest = largestFinite(used);
     }
     const int exponent = scaleExponent(largest);
-    if (exponent != 0)
-        for (double& target : used) target = std::ldexp(target, -exponent);
+    if (exponent != 0) {
+        if (prepared.targets.empty()) prepared.targets.assign(used.begin(), used.end());
+        for (double& target : prepared.targets) target = std::ldexp(target, -exponent);
+        used = prepared.targets;
+    }
     Tree tree = grow(data, prepared, limits_);
+    if (exponent != 0)
+        for (double& answer : data.fitted) answer = std::ldexp(answer, exponent);
     tree.weightExponent = prepared.weightExponent;
     tree.targetExponent = exponent;
     if (exponent != 0)
@@ -55,7 +75,7 @@ void RegressionModel::fit(const TrainingData& data, std::span<const double> targ
 
 void RegressionModel::prune(std::span<const Cells> features, std::span<const double> targets) {
     if (targets.empty()) throw TooFewNumRows(0);
-    requireFinite(targets);
+    largestFinite(targets);
     checkCells(features, targets.size());
     const Tree& grown = tree();
     const auto scaled = [&](double value) { return std::ldexp(value, -grown.targetExponent); };

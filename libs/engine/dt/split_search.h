@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "data/sorted_records.h"
+#include "engine/dt/members.h"
 #include "engine/dt/records.h"
 
 // The search for the best split of a node by one feature.
@@ -35,6 +36,7 @@ struct Scratch {
     std::vector<double> classSums;
     std::vector<std::int32_t> categories;
     std::vector<double> order;
+    std::vector<Stretch> stretches;
 };
 
 /// A feature whose records are found by their code rather than by a sorted list.

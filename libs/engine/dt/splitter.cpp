@@ -1,6 +1,7 @@
 #include "engine/dt/splitter.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "data/random.h"
@@ -15,7 +16,8 @@ std::uint64_t childPosition(std::uint64_t parent, bool isRight) {
 
 }  // namespace
 
-Splitter::Splitter(const TrainingData& data, const PreparedRecords& prepared, const Limits& limits)
+Splitter::Splitter(const TrainingData& data, const PreparedRecords& prepared, const Limits& limits,
+                   GrowthMemory& memory)
     : data_(data),
       prepared_(prepared),
       records_(prepared.records),
@@ -23,13 +25,18 @@ Splitter::Splitter(const TrainingData& data, const PreparedRecords& prepared, co
       numClasses_(static_cast<std::size_t>(prepared.records.numClasses)),
       search_(SplitSearch::make(records_, std::max(1, limits.minNumRecordsInLeaves))),
       features_(data.features.size()),
-      members_(records_.size),
-      goesLeft_(records_.size),
-      scratches_(static_cast<std::size_t>(omp_in_parallel() ? 1 : omp_get_max_threads())) {
-    for (std::uint32_t record = 0; record < members_.size(); ++record) members_[record] = record;
+      memory_(memory),
+      members_(memory.members),
+      goesLeft_(memory.goesLeft),
+      scratches_(memory.scratches),
+      crew_(memory.crew.get()) {
+    members_.reset(records_.size);
+    goesLeft_.resize(records_.size);
+    scratches_.resize(crew_ ? static_cast<std::size_t>(crew_->size()) : 1);
     bins_ = makeBinSearch();
     makeAllLists();
-    histograms_ = std::make_unique<HistogramMaker>(records_, features_, bins_.get(), searchesAllFeatures());
+    histograms_ = std::make_unique<HistogramMaker>(records_, features_, bins_.get(), searchesAllFeatures(),
+                                                   memory.histograms);
 }
 
 bool Splitter::searchesAllFeatures() const {
@@ -48,7 +55,8 @@ std::unique_ptr<BinSearch> Splitter::makeBinSearch() const {
         !searchesAllFeatures() || limits_.areBestFirst(records_.size))
         return nullptr;
     return std::make_unique<BinSearch>(data_.sharedColumns, records_.targets,
-                                       std::max(1, limits_.minNumRecordsInLeaves));
+                                       std::max(1, limits_.minNumRecordsInLeaves),
+                                       memory_.binnedRecords, crew_);
 }
 
 void Splitter::makeAllLists() {
@@ -68,25 +76,22 @@ void Splitter::makeAllLists() {
     });
 }
 
-void Splitter::mark(std::span<OpenNode> nodes) {
+void Splitter::leaveBins(std::span<OpenNode> nodes) {
     bins_->clearMarks();
+    std::vector<std::uint32_t> begins(BinSearch::kNoMark + 1, kNoRecord);
     for (std::size_t i = 0; i < nodes.size(); ++i) {
         nodes[i].mark = static_cast<std::uint8_t>(i);
-        bins_->setMark(membersOf(nodes[i]), nodes[i].mark);
+        mark(nodes[i]);
+        begins[nodes[i].mark] = nodes[i].begin;
     }
-}
-
-void Splitter::leaveBins(std::span<OpenNode> nodes) {
-    mark(nodes);
-    std::vector<std::uint32_t> begins(BinSearch::kNoMark + 1, kNoRecord);
-    for (const OpenNode& open : nodes) begins[open.mark] = open.begin;
     forEach(nodes.empty() ? 0 : features_.size(), records_.size, nullptr, [&](std::size_t i, Scratch&) {
         if (features_[i].form == FeatureLists::Form::SHARED)
             features_[i] =
                 takeLists(data_.features[i], prepared_, data_.sharedColumns[i], bins_->marks(), begins);
     });
     bins_.reset();
-    histograms_ = std::make_unique<HistogramMaker>(records_, features_, nullptr, searchesAllFeatures());
+    histograms_ = std::make_unique<HistogramMaker>(records_, features_, nullptr, searchesAllFeatures(),
+                                                   memory_.histograms);
 }
 
 bool Splitter::isForHistograms(const Tree& tree, const OpenNode& open) const {
@@ -119,7 +124,9 @@ Split Splitter::findSplit(const Tree& tree, OpenNode& open, Scratch* own) {
     Search search = beginSearch(tree, open, own);
     forEach(search.features.size(), open.size(), own,
             [&](std::size_t i, Scratch& scratch) { searchCandidate(search, i, open, scratch); });
-    return chooseSplit(tree, open, search, own ? *own : scratches_[0]);
+    Split split;
+    chooseSplits(tree, std::span(&open, 1), std::span(&search, 1), std::span(&split, 1), own);
+    return split;
 }
 
 Search Splitter::beginSearch(const Tree& tree, OpenNode& open, Scratch* own) {
@@ -163,21 +170,68 @@ void Splitter::searchInsideBins(Search& search, std::size_t i, const OpenNode& o
     }
 }
 
-Split Splitter::chooseSplit(const Tree& tree, const OpenNode& open, Search& search, Scratch& scratch) {
-    Split split;
+void Splitter::chooseSplits(const Tree& tree, std::span<const OpenNode> nodes, std::span<Search> searches,
+                            std::span<Split> splits, Scratch* own) {
+    constexpr std::size_t kMaxSize = Stretch::kMaxSize;
+    std::vector<Stretch>& stretches = own ? own->stretches : memory_.stretches;
+    stretches.clear();
+    bool haveLists = false;
+    for (std::size_t i = 0; i < nodes.size(); ++i) {
+        chooseCandidate(nodes[i], searches[i], splits[i]);
+        if (!splits[i].candidate.exists()) continue;
+        Members::appendStretches(i, nodes[i].begin, nodes[i].end, stretches);
+        haveLists = haveLists || listsOf(splits[i]).form == FeatureLists::Form::SORTED;
+    }
+    forEach(haveLists ? stretches.size() : 0, kMaxSize, own, [&](std::size_t i, Scratch&) {
+        const std::size_t node = stretches[i].node;
+        if (listsOf(splits[node]).form == FeatureLists::Form::SORTED)
+            markSides(nodes[node], splits[node].candidate, stretches[i]);
+    });
+    forEach(stretches.size(), kMaxSize, own, [&](std::size_t i, Scratch&) {
+        const std::size_t node = stretches[i].node;
+        partStretch(searches[node], splits[node], stretches[i]);
+    });
+    forEach(nodes.size(), kMaxSize, own, [&](std::size_t i, Scratch&) {
+        if (splits[i].candidate.exists())
+            measureChildren(tree.nodes[static_cast<std::size_t>(nodes[i].node)], nodes[i], searches[i].totals,
+                            std::ranges::equal_range(stretches, i, {}, &Stretch::node), splits[i]);
+    });
+}
+
+/// The best of all features, and how it tells the sides of records.
+void Splitter::chooseCandidate(const OpenNode& open, Search& search, Split& split) const {
     for (Candidate& candidate : search.candidates)
         if (candidate.score > split.candidate.score) split.candidate = std::move(candidate);
-    if (!split.candidate.exists()) return split;
+    const Candidate& best = split.candidate;
+    if (!best.exists()) return;
+    if (best.leftCategories.empty()) split.threshold = thresholdOf(best, open);
+    const FeatureLists& lists = listsOf(split);
+    if (lists.codes.empty()) return;
+    split.codeGoesLeft.assign(std::size_t{lists.numCodes} + 1, 0);
+    split.codeGoesLeft[lists.numCodes] = 1;
+    if (lists.form == FeatureLists::Form::NUMBERS)
+        std::fill_n(split.codeGoesLeft.begin(), best.lower + 1, std::uint8_t{1});
+    for (const std::int32_t category : best.leftCategories)
+        split.codeGoesLeft[static_cast<std::size_t>(category)] = 1;
+}
 
-    if (split.candidate.leftCategories.empty()) split.threshold = thresholdOf(split.candidate, open);
-    split.middle = partRecords(open, split, scratch);
+/// Joins what each stretch of a node parted, and looks at both sides.
+void Splitter::measureChildren(const Node& node, const OpenNode& open, const Totals& totals,
+                               std::span<const Stretch> stretches, Split& split) {
+    split.middle = members_.join(stretches);
     split.classWeights.resize(2 * numClasses_);
-    const auto members = std::span<const std::uint32_t>(members_);
-    summarizeChildren(records_, members.subspan(open.begin, split.middle - open.begin),
-                      members.subspan(split.middle, open.end - split.middle), search.totals, split.left,
-                      split.right, split.classWeights.data());
-    split.gain = gainOf(tree.nodes[static_cast<std::size_t>(open.node)], search.totals.classWeights, split);
-    return split;
+    const auto left = members_.range(open.begin, split.middle);
+    const auto right = members_.range(split.middle, open.end);
+    if (areTargetsSummed()) {
+        std::array<TargetSums, 2> sums;
+        for (const Stretch& stretch : stretches)
+            for (std::size_t side = 0; side < 2; ++side) sums[side] += stretch.sums[side];
+        summarize(records_, left, sums[0], totals.mean, split.left);
+        summarize(records_, right, sums[1], totals.mean, split.right);
+    } else {
+        summarizeChildren(records_, left, right, totals, split.left, split.right, split.classWeights.data());
+    }
+    split.gain = gainOf(node, totals.classWeights, split);
 }
 
 Candidate Splitter::searchFeature(std::size_t feature, const OpenNode& open, const Totals& totals,
@@ -210,55 +264,37 @@ double Splitter::thresholdOf(const Candidate& candidate, const OpenNode& open) c
                             numberOf(lists.sorted[open.begin + candidate.upper].record()));
 }
 
-/// Parts the range of members of the node; returns where the right side begins.
-std::uint32_t Splitter::partRecords(const OpenNode& open, const Split& split, Scratch& scratch) {
-    const auto feature = static_cast<std::size_t>(split.candidate.feature);
-    if (features_[feature].form == FeatureLists::Form::SHARED) {
-        const TrainingFeature& cells = data_.features[feature];
-        return open.begin + partMembers(open, scratch.moved, [&](std::uint32_t member) {
-                   return !(cells.numbers[cells.columnRow(member)] >= split.threshold);
-               });
-    }
-    markSides(open, split.candidate);
-    return open.begin +
-           partMembers(open, scratch.moved, [&](std::uint32_t member) { return goesLeft_[member]; });
-}
-
-/// Marks the side of each record of the node.
-void Splitter::markSides(const OpenNode& open, const Candidate& candidate) {
+/// Marks the sides of records in a stretch of the sorted list.
+void Splitter::markSides(const OpenNode& open, const Candidate& candidate, const Stretch& stretch) {
     const FeatureLists& lists = features_[static_cast<std::size_t>(candidate.feature)];
-    if (lists.form == FeatureLists::Form::SORTED) {
-        const std::uint32_t middle = open.begin + candidate.lower + 1;
-        for (std::uint32_t i = open.begin; i < open.end; ++i)
-            goesLeft_[lists.sorted[i].record()] = i < middle;
-        return;
-    }
-    std::vector<std::uint8_t> codeGoesLeft(std::size_t{lists.numCodes} + 1, 0);
-    codeGoesLeft[lists.numCodes] = 1;
-    if (lists.form == FeatureLists::Form::NUMBERS)
-        std::fill_n(codeGoesLeft.begin(), candidate.lower + 1, std::uint8_t{1});
-    for (const std::int32_t category : candidate.leftCategories)
-        codeGoesLeft[static_cast<std::size_t>(category)] = 1;
-    for (const std::uint32_t member : membersOf(open)) goesLeft_[member] = codeGoesLeft[lists.codes[member]];
+    const std::uint32_t middle = open.begin + candidate.lower + 1;
+    for (std::uint32_t i = stretch.begin; i < stretch.end; ++i)
+        goesLeft_[lists.sorted[i].record()] = i < middle;
 }
 
-/// Both sides keep their order; returns how many go left.
-template <class GoesLeft>
-std::uint32_t Splitter::partMembers(const OpenNode& open, std::vector<SortedRecord>& scratch,
-                                    GoesLeft&& goesLeft) {
-    if (scratch.size() <= open.size()) scratch.resize(open.size() + 1);
-    std::uint32_t* left = members_.data() + open.begin;
-    SortedRecord* right = scratch.data();
-    for (std::uint32_t i = open.begin; i < open.end; ++i) {
-        const std::uint32_t member = members_[i], isLeft = goesLeft(member);
-        *left = member;
-        *right = {member, 0};
-        left += isLeft;
-        right += 1 - isLeft;
+void Splitter::partStretch(const Search& search, const Split& split, Stretch& stretch) {
+    const auto feature = static_cast<std::size_t>(split.candidate.feature);
+    const FeatureLists& lists = listsOf(split);
+    if (lists.form == FeatureLists::Form::SHARED) {
+        // The bin tells, but for records of the one where the right side begins.
+        const SharedColumn& column = data_.sharedColumns[feature];
+        const std::uint16_t* const codes = column.codes.data();
+        const std::uint16_t bin = codes[column.rows[split.candidate.upper].record()];
+        members_.part(stretch, [&, codes, bin](std::uint32_t member) {
+            if (codes[member] == bin) [[unlikely]] {
+                const TrainingFeature& cells = data_.features[feature];
+                return !(cells.numbers[cells.columnRow(member)] >= split.threshold);
+            }
+            return codes[member] < bin;
+        });
+    } else if (lists.form == FeatureLists::Form::SORTED) {
+        members_.part(stretch, [&](std::uint32_t member) { return goesLeft_[member]; });
+    } else {
+        members_.part(stretch, [&](std::uint32_t member) {
+            return goesLeft_[member] = split.codeGoesLeft[lists.codes[member]];
+        });
     }
-    const auto numLeft = static_cast<std::uint32_t>(left - members_.data()) - open.begin;
-    for (const SortedRecord* entry = scratch.data(); entry != right; ++entry) *left++ = entry->record();
-    return numLeft;
+    if (areTargetsSummed()) members_.addUp(stretch, records_.targets, search.totals.mean);
 }
 
 /// Of classes by the differences of their shares, which are exact zeros where the sides are alike.
@@ -287,7 +323,7 @@ void Splitter::applySplit(Tree& tree, const OpenNode& open, Split& split, Scratc
 
 void Splitter::addChildren(Tree& tree, const OpenNode& open, Split& split, OpenNode children[2]) const {
     const auto left = static_cast<std::int32_t>(tree.nodes.size());
-    const FeatureLists& splitLists = features_[static_cast<std::size_t>(split.candidate.feature)];
+    const FeatureLists& splitLists = listsOf(split);
     {
         Node& node = tree.nodes[static_cast<std::size_t>(open.node)];
         node.left = left;

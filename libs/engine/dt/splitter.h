@@ -6,14 +6,13 @@
 #include <span>
 #include <vector>
 
-#include <omp.h>
-
 #include "engine/dt/bin_search.h"
 #include "engine/dt/feature_lists.h"
 #include "engine/dt/growth.h"
+#include "engine/dt/growth_memory.h"
 #include "engine/dt/histograms.h"
+#include "engine/dt/members.h"
 #include "engine/dt/split_search.h"
-#include "engine/parallel.h"
 
 // The records of a growing tree: their order by node and by value, and the splits of nodes.
 
@@ -41,7 +40,8 @@ struct Split {
     std::uint32_t middle = 0;
     double gain = 0.0;
     Node left, right;
-    std::vector<double> classWeights;  ///< of the left child, then of the right one
+    std::vector<double> classWeights;        ///< of the left child, then of the right one
+    std::vector<std::uint8_t> codeGoesLeft;  ///< where the feature has codes
 
     bool exists() const { return gain > 0.0; }
 };
@@ -58,15 +58,14 @@ struct Search {
 /// Finds the splits of nodes and parts the records by them.
 class Splitter {
  public:
-    Splitter(const TrainingData& data, const PreparedRecords& prepared, const Limits& limits);
+    Splitter(const TrainingData& data, const PreparedRecords& prepared, const Limits& limits,
+             GrowthMemory& memory);
 
-    const std::vector<std::uint32_t>& members() const { return members_; }
     std::span<const std::uint32_t> membersOf(const OpenNode& open) const {
-        return std::span(members_).subspan(open.begin, open.size());
+        return members_.range(open.begin, open.end);
     }
     std::size_t numFeatures() const { return features_.size(); }
-    /// One for each thread that takes part.
-    std::vector<Scratch>& scratches() { return scratches_; }
+    std::size_t numThreads() const { return scratches_.size(); }
 
     bool isSplittable(const Tree& tree, const OpenNode& open) const;
 
@@ -74,8 +73,8 @@ class Splitter {
     bool isForHistograms(const Tree& tree, const OpenNode& open) const;
     /// Whether nodes are searched by the bins of shared columns, which is for nodes with histograms only.
     bool usesBins() const { return bins_ != nullptr; }
-    /// Gives nodes that are searched by bins the marks of their records.
-    void mark(std::span<OpenNode> nodes);
+    /// Gives the records of a node its mark, by which the search by bins knows them.
+    void mark(const OpenNode& open) { bins_->setMark(membersOf(open), open.mark); }
     /// Makes the lists of these nodes; from here on there are no bins.
     void leaveBins(std::span<OpenNode> nodes);
 
@@ -92,7 +91,9 @@ class Splitter {
     ///                   worse is left out.
     void searchInsideBins(Search& search, std::size_t i, const OpenNode& open, std::atomic<double>& bestScore,
                           Scratch& scratch) const;
-    Split chooseSplit(const Tree& tree, const OpenNode& open, Search& search, Scratch& scratch);
+    /// Chooses the splits of nodes that were searched, parts their records and measures the children.
+    void chooseSplits(const Tree& tree, std::span<const OpenNode> nodes, std::span<Search> searches,
+                      std::span<Split> splits, Scratch* own);
     void addChildren(Tree& tree, const OpenNode& open, Split& split, OpenNode children[2]) const;
     /// @param children  two neighbours by each of the parents, whose histograms they may take.
     void makeChildHistograms(const Tree& tree, std::span<const OpenNode> parents,
@@ -117,10 +118,15 @@ class Splitter {
     Candidate searchFeature(std::size_t feature, const OpenNode& open, const Totals& totals,
                             Scratch& scratch) const;
     double thresholdOf(const Candidate& candidate, const OpenNode& open) const;
-    std::uint32_t partRecords(const OpenNode& open, const Split& split, Scratch& scratch);
-    void markSides(const OpenNode& open, const Candidate& candidate);
-    template <class GoesLeft>
-    std::uint32_t partMembers(const OpenNode& open, std::vector<SortedRecord>& scratch, GoesLeft&& goesLeft);
+    const FeatureLists& listsOf(const Split& split) const {
+        return features_[static_cast<std::size_t>(split.candidate.feature)];
+    }
+    void chooseCandidate(const OpenNode& open, Search& search, Split& split) const;
+    void markSides(const OpenNode& open, const Candidate& candidate, const Stretch& stretch);
+    void partStretch(const Search& search, const Split& split, Stretch& stretch);
+    bool areTargetsSummed() const { return numClasses_ == 0 && records_.isUnit(); }
+    void measureChildren(const Node& node, const OpenNode& open, const Totals& totals,
+                         std::span<const Stretch> stretches, Split& split);
     double gainOf(const Node& node, const double* classWeights, const Split& split) const;
 
     const TrainingData& data_;
@@ -132,22 +138,20 @@ class Splitter {
     std::vector<FeatureLists> features_;
     std::unique_ptr<BinSearch> bins_;
     std::unique_ptr<HistogramMaker> histograms_;
-    std::vector<std::uint32_t> members_;  // the records of each node are a range, ascending
-    std::vector<std::uint8_t> goesLeft_;  // by record, in the split found last for its node
-    std::vector<Scratch> scratches_;      // by thread
+    GrowthMemory& memory_;
+    Members& members_;
+    std::vector<std::uint8_t>& goesLeft_;  // by record, in the split found last for its node
+    std::vector<Scratch>& scratches_;      // by thread
+    Crew* const crew_;                     // null: one thread
 };
 
 template <class Work>
 void Splitter::forEach(std::size_t n, std::size_t numRecords, Scratch* own, Work&& work) {
-    if (own || n < 2 || scratches_.size() == 1 || n * numRecords < kMinCellsInParallel) {
+    if (own || n < 2 || !crew_ || n * numRecords < kMinCellsInParallel) {
         for (std::size_t i = 0; i < n; ++i) work(i, own ? *own : scratches_[0]);
         return;
     }
-    ExceptionCarrier carrier;
-#pragma omp parallel for schedule(dynamic) num_threads(static_cast <int>(scratches_.size()))
-    for (std::size_t i = 0; i < n; ++i)
-        carrier.run([&] { work(i, scratches_[static_cast<std::size_t>(omp_get_thread_num())]); });
-    carrier.rethrow();
+    crew_->forEach(n, [&](std::size_t i, int thread) { work(i, scratches_[static_cast<std::size_t>(thread)]); });
 }
 
 }  // namespace Tessel::Engine::DT

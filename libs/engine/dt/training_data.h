@@ -10,6 +10,8 @@
 
 namespace Tessel::Engine::DT {
 
+class GrowthMemories;
+
 /// A feature to train on: numbers with their ranks, or categories by their codes.
 struct TrainingFeature {
     /// A numeric feature; `selection` lists the rows of the column that make the table, null for all.
@@ -73,6 +75,13 @@ struct TrainingData {
     /// Whether columns that have no ranks yet are ranked and keep them, 4 bytes a cell, for the trees to
     /// come. Else each fit sorts such columns for itself.
     bool keepRanks = true;
+
+    /// Receives, by row, what the tree answers in regression: known of the records without scoring them.
+    /// Empty, or as long as the table and each row a record.
+    std::span<double> fitted = {};
+
+    /// Memory of the trees before this one, or null.
+    GrowthMemories* memories = nullptr;
 
     /// Told what share of the records have found their leaf; of a tree with limited nodes or splits, only
     /// that it grows.

@@ -8,6 +8,7 @@
 #include <tessel/framework/ladon.h>
 
 #include "data/util/compensated_sum.h"
+#include "engine/crew.h"
 #include "engine/ensemble/adaboost.h"
 #include "engine/ensemble/resample.h"
 #include "supervised/boosting/model.h"
@@ -97,6 +98,7 @@ std::shared_ptr<IModelable> IEstimator::fitEngine(const TrainingSet& data) const
     model->meanResponse = Numeric::sumOf(numRows, [&](std::size_t row) { return data.target[row]; }) /
                           static_cast<double>(numRows);
 
+    Engine::Crew crew(Engine::numThreads());
     std::vector<double> residuals(data.target.begin(), data.target.end()), predicted(numRows);
     for (double& residual : residuals) residual -= model->meanResponse;
     requireFiniteResiduals(residuals);
@@ -106,9 +108,11 @@ std::shared_ptr<IModelable> IEstimator::fitEngine(const TrainingSet& data) const
                                                      getModelName() + L": " + Ensemble::learnerTitle(m));
         progress.report(0.0, {});
         std::shared_ptr<IModelable> weakModel =
-            weak->fitResample(data.features, residuals, {}, preparation.get(), progress);
-        weakModel->score(data.features.columns, predicted);
-        for (std::size_t row = 0; row < numRows; ++row) residuals[row] -= stepSize.get() * predicted[row];
+            weak->fitResample(data.features, residuals, {}, preparation.get(), progress, predicted);
+        Engine::forEachStretch(&crew, numRows, [&](std::size_t begin, std::size_t end) {
+            const double step = model->stepSize;
+            for (std::size_t row = begin; row < end; ++row) residuals[row] -= step * predicted[row];
+        });
         requireFiniteResiduals(residuals);
         model->add(std::move(weakModel), 1.0);
     }

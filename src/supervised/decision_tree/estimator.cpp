@@ -79,6 +79,7 @@ std::shared_ptr<IModelable> IEstimator::fitEngine(const TrainingSet& data) const
     Engine::DT::TrainingData training =
         trainingData(data.features, weights.get(), data.multiplicities, data.preparation);
     training.watch = data.progress.watch(getModelName());
+    training.fitted = data.fitted;
     tree.fit(training, data.target);
     return std::make_shared<IModel>(*this, std::move(tree));
 }

@@ -63,6 +63,9 @@ class IEstimator : public Regression::IEstimator, public Tessel::DecisionTree::I
 
  protected:
     std::shared_ptr<IModelable> fitEngine(const TrainingSet& data) const override;
+    bool fillsFitted(const TrainingSet& data) const override {
+        return weights.get().empty() && data.multiplicities.empty();
+    }
 };
 
 }  // namespace Tessel::Regression::DecisionTree

@@ -8,6 +8,7 @@
 #include <tessel/data/util/sets.h>
 
 #include "data/number_text.h"
+#include "engine/dt/growth_memory.h"
 #include "engine/parallel.h"
 
 namespace Tessel::DecisionTree {
@@ -81,6 +82,7 @@ bool hasInfinite(const ColumnCells& cells) {
 
 struct SortedTable : Supervised::Preparation {
     std::vector<Engine::DT::SharedColumn> columns;  ///< by feature
+    mutable Engine::DT::GrowthMemories memories;
 };
 
 Vector vectorOf(const std::vector<double>& numbers) { return Vector(numbers.begin(), numbers.end()); }
@@ -94,7 +96,11 @@ Engine::DT::TrainingData trainingData(const TrainingFeatures& features, const Ve
     data.multiplicities = multiplicities;
     data.numRows = features.schema.numRows;
     data.keepRanks = false;
-    if (preparation) data.sharedColumns = static_cast<const SortedTable&>(*preparation).columns;
+    if (preparation) {
+        const auto& table = static_cast<const SortedTable&>(*preparation);
+        data.sharedColumns = table.columns;
+        data.memories = &table.memories;
+    }
     data.weights = {weights.data(), weights.size()};
     for (std::size_t i = 0; i < features.columns.size(); ++i) {
         const FeatureColumn& column = features.columns[i];

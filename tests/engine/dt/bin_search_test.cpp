@@ -8,6 +8,7 @@
 #include <omp.h>
 
 #include "data/random.h"
+#include "engine/dt/growth_memory.h"
 #include "engine/dt/tree_table.h"
 
 namespace {
@@ -62,9 +63,14 @@ struct Problem {
         for (const DT::TrainingFeature& feature : data.features)
             columns.push_back(DT::shareColumn(feature, data.numRows, true));
         if (withBins) data.sharedColumns = columns;
+        static DT::GrowthMemories memories;  // whatever trees left in it
+        std::vector<double> fitted(targets.size());
+        data.memories = &memories;
+        data.fitted = fitted;
         DT::RegressionModel model;
         model.setLimits(limits);
         model.fit(data, targets);
+        EXPECT_EQ(fitted, model.predict(table.cells(), fitted.size()));
         return model.tree();
     }
 };
@@ -80,6 +86,7 @@ const Case kCases[] = {
     {.name = "best first", .numRows = 2000, .limits = {.maxNumSplits = 20}},
     {.name = "drawn features", .numRows = 2000, .limits = {.maxNumLevels = 5, .numSelectedFeatures = 2}},
     {.name = "mostly missing", .numRows = 2000, .shareMissing = 0.97},
+    {.name = "many rows", .numRows = 30000, .shareMissing = 0.01, .limits = {.maxNumLevels = 6}},
 };
 
 // Lists of sorted values are another way to the same splits, which other tests compare with all splits there
@@ -122,7 +129,8 @@ TEST(BinSearch, FindsTheBestOfAllSplitsOfANode) {
         const auto fewest = static_cast<std::size_t>(how.limits.minNumRecordsInLeaves);
         for (const std::size_t feature : {0u, 3u}) {
             const DT::SharedColumn column = DT::shareColumn(data.features[feature], data.numRows, true);
-            DT::BinSearch search({&column, 1}, problem.targets, static_cast<std::int64_t>(fewest));
+            DT::BinnedRecords records;
+            DT::BinSearch search({&column, 1}, problem.targets, static_cast<std::int64_t>(fewest), records, nullptr);
             std::vector<std::uint32_t> members;
             double mean = 0.0;
             for (std::uint32_t row = 0; row < how.numRows; row += 1 + row % 3) {

@@ -176,15 +176,16 @@ TEST(TreeGrowth, SameSplitBySortedListsAndBySums) {
         DT::Records& records = prepared.records;
         records.size = 100;
         records.numClasses = static_cast<int>(seed % 4 == 1 ? 0 : seed % 4);
-        std::vector<double> numbers;
+        std::vector<double> numbers, targets;
         std::vector<std::uint32_t> members;
         for (std::uint32_t record = 0; record < records.size; ++record) {
             members.push_back(record);
             const auto value = static_cast<double>(random.nextBelow(60));
             numbers.push_back(value < 4.0 ? std::nan("") : value);
             records.classes.push_back(static_cast<std::uint16_t>(random.nextBelow(2 + seed % 2)));
-            records.targets.push_back(random.nextNormal());
+            targets.push_back(random.nextNormal());
         }
+        records.targets = targets;
         std::vector<double> classWeights(3);
         Node node;
         summarize(records, members, node, classWeights.data());

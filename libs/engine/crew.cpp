@@ -1,0 +1,81 @@
+#include "engine/crew.h"
+
+#include <system_error>
+
+#include <omp.h>
+
+namespace Tessel::Engine {
+
+namespace {
+
+std::uint32_t numLeft(std::uint64_t offer) { return static_cast<std::uint32_t>(offer); }
+
+}  // namespace
+
+int numThreads() { return omp_in_parallel() ? 1 : omp_get_max_threads(); }
+
+Crew::~Crew() {
+    isClosed_ = true;
+    publish(0);
+    for (std::thread& helper : helpers_) helper.join();
+}
+
+void Crew::start() {
+    try {
+        for (int thread = static_cast<int>(helpers_.size()) + 1; thread < size_; ++thread)
+            helpers_.emplace_back([this, thread] { serve(thread); });
+    } catch (const std::system_error&) {  // the system has no more: those that are there do
+    }
+}
+
+void Crew::share(std::uint32_t n, Run run, void* loop) {
+    if (std::ssize(helpers_) + 1 < size_) start();
+    run_ = run;
+    loop_ = loop;
+    numItems_ = n;
+    numDone_ = 0;
+    publish(n);
+    for (std::uint64_t offer = offer_; takeOne(offer, 0); offer = offer_) {
+    }
+    while (numDone_ != n) std::this_thread::yield();
+}
+
+/// A new loop, which nobody can mistake for the one before.
+void Crew::publish(std::uint32_t n) {
+    const std::uint64_t loop = (offer_ >> 32) + 1;
+    offer_ = loop << 32 | n;
+    offer_.notify_all();
+}
+
+/// Does one item of the loop, whoever else tries; returns false when there is none left.
+bool Crew::takeOne(std::uint64_t& offer, int thread) {
+    while (numLeft(offer) > 0) {
+        const std::uint32_t item = numItems_ - numLeft(offer);
+        const Run run = run_;
+        void* const loop = loop_;
+        if (!offer_.compare_exchange_weak(offer, offer - 1)) continue;
+        run(loop, item, thread);
+        ++numDone_;
+        return true;
+    }
+    return false;
+}
+
+void Crew::serve(int thread) {
+    constexpr int kMaxNumTries = 200;  // before it sleeps
+    for (int numTries = 0;;) {
+        std::uint64_t offer = offer_;
+        if (takeOne(offer, thread)) {
+            numTries = 0;
+        } else if (isClosed_) {
+            return;
+        } else if (++numTries < kMaxNumTries) {
+            std::this_thread::yield();
+        } else {
+            offer_.wait(offer);
+            numTries = 0;
+        }
+    }
+}
+
+}  // namespace Tessel::Engine

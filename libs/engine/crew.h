@@ -1,0 +1,98 @@
+#pragma once
+
+#include <algorithm>
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <numeric>
+#include <thread>
+#include <vector>
+
+#include "data/util/interleaved_sum.h"
+#include "engine/parallel.h"
+
+namespace Tessel::Engine {
+
+/// How many threads a computation may use: as many as OpenMP would, and one where it runs beside others.
+int numThreads();
+
+/// Threads that share the loops of a computation of many short ones.
+///
+/// The threads of OpenMP meet at the end of each loop, also those that found nothing left to do. Where other
+/// programs use the machine too, each meeting waits until the last thread was given a processor, which takes
+/// longer than the loop. Here the thread that runs a loop waits for begun work only.
+class Crew {
+ public:
+    /// @param size  of all threads, the one that runs the loops included; others start with the first loop.
+    explicit Crew(int size) : size_(size) {}
+    Crew(const Crew&) = delete;
+    Crew& operator=(const Crew&) = delete;
+    ~Crew();
+
+    int size() const { return size_; }
+
+    /// Runs work(i, thread) for i below n, in ascending order but side by side; thread is below `size`, and 0
+    /// on the thread that called. Not to be called by two threads at once, nor by the work.
+    /// @throws the first exception of the work, after which the rest is left out.
+    /// @pre n < 2^32
+    template <class Work>
+    void forEach(std::size_t n, Work&& work) {
+        struct Loop {
+            Work& work;
+            ExceptionCarrier carrier{};
+
+            static void run(void* self, std::uint32_t i, int thread) {
+                auto& [work, carrier] = *static_cast<Loop*>(self);
+                carrier.run([&] { work(std::size_t{i}, thread); });
+            }
+        } loop{work};
+        share(static_cast<std::uint32_t>(n), &Loop::run, &loop);
+        loop.carrier.rethrow();
+    }
+
+ private:
+    using Run = void (*)(void* loop, std::uint32_t i, int thread);
+
+    void start();
+    void share(std::uint32_t n, Run run, void* loop);
+    void publish(std::uint32_t n);
+    bool takeOne(std::uint64_t& offer, int thread);
+    void serve(int thread);
+
+    const int size_;
+    std::vector<std::thread> helpers_;
+    // The number of the loop in the upper half, how many items nobody has taken yet in the lower. A loop is
+    // not over before all its items are, so who takes one has read what belongs to it.
+    std::atomic<std::uint64_t> offer_{0};
+    std::atomic<std::uint32_t> numItems_{0}, numDone_{0};
+    std::atomic<Run> run_{nullptr};
+    std::atomic<void*> loop_{nullptr};
+    std::atomic<bool> isClosed_{false};
+};
+
+inline constexpr std::size_t kSizeOfStretches = 8192;
+
+/// Runs work(begin, end) over stretches of n items; a crew that is null is one thread. The stretches do not
+/// depend on the threads.
+template <class Work>
+void forEachStretch(Crew* crew, std::size_t n, Work&& work) {
+    const auto doOne = [&](std::size_t i, int) {
+        work(i * kSizeOfStretches, std::min(n, (i + 1) * kSizeOfStretches));
+    };
+    const std::size_t numStretches = (n + kSizeOfStretches - 1) / kSizeOfStretches;
+    if (crew && numStretches > 1) return crew->forEach(numStretches, doOne);
+    for (std::size_t i = 0; i < numStretches; ++i) doOne(i, 0);
+}
+
+/// The sum of term(0) .. term(n - 1), in the same order of additions at any number of threads.
+template <class Term>
+double sumByStretches(Crew* crew, std::size_t n, Term&& term) {
+    std::vector<double> sums((n + kSizeOfStretches - 1) / kSizeOfStretches);
+    forEachStretch(crew, n, [&](std::size_t begin, std::size_t end) {
+        sums[begin / kSizeOfStretches] =
+            Numeric::interleavedSum<8>(end - begin, [&](std::size_t i) { return term(begin + i); });
+    });
+    return std::accumulate(sums.begin(), sums.end(), 0.0);
+}
+
+}  // namespace Tessel::Engine

@@ -1,0 +1,60 @@
+#include "engine/crew.h"
+
+#include <stdexcept>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace Tessel {
+namespace {
+
+using Engine::Crew;
+
+TEST(Crew, EachItemOfManyLoopsIsDoneOnceByAThreadOfTheCrew) {
+    for (const int size : {1, 2, 5}) {
+        Crew crew(size);
+        for (std::size_t n = 0; n < 3000; ++n) {
+            std::vector<int> timesDone(n % 40);
+            std::vector<std::size_t> numByThread(static_cast<std::size_t>(size));
+            crew.forEach(timesDone.size(), [&](std::size_t i, int thread) {
+                ++timesDone[i];
+                ++numByThread.at(static_cast<std::size_t>(thread));
+            });
+            ASSERT_EQ(timesDone, std::vector<int>(n % 40, 1)) << n;
+            std::size_t sum = 0;
+            for (const std::size_t number : numByThread) sum += number;
+            ASSERT_EQ(sum, timesDone.size());
+        }
+    }
+}
+
+TEST(Crew, AnExceptionOfAnyThreadReachesTheCallerAndTheNextLoopRuns) {
+    Crew crew(3);
+    for (std::size_t failing = 0; failing < 50; ++failing) {
+        EXPECT_THROW(crew.forEach(50,
+                                  [&](std::size_t i, int) {
+                                      if (i == failing) throw std::runtime_error("failed");
+                                  }),
+                     std::runtime_error);
+        std::vector<int> done(20);
+        crew.forEach(done.size(), [&](std::size_t i, int) { done[i] = 1; });
+        EXPECT_EQ(done, std::vector<int>(20, 1));
+    }
+}
+
+TEST(Crew, SumsByStretchesDoNotDependOnItsSize) {
+    const auto term = [](std::size_t i) { return 1.0 / static_cast<double>(i + 1); };
+    for (const std::size_t n : {0u, 1u, 8191u, 8192u, 100001u}) {
+        const double expected = Engine::sumByStretches(nullptr, n, term);
+        double plain = 0.0;
+        for (std::size_t i = 0; i < n; ++i) plain += term(i);
+        EXPECT_NEAR(expected, plain, 1e-12 * plain);
+        for (const int size : {1, 2, 4}) {
+            Crew crew(size);
+            EXPECT_EQ(Engine::sumByStretches(&crew, n, term), expected) << n << ' ' << size;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace Tessel

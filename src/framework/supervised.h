@@ -94,6 +94,9 @@ class IEstimator : public IEstimatable {
     /// True for families whose engine takes a resample as the multiplicities of rows; for others the rows
     /// are gathered.
     virtual bool takesMultiplicities() const { return false; }
+    /// Whether an ensemble fits its learners on so many rows one after another, each by all threads, rather
+    /// than side by side: for families whose fits take much memory and use threads well.
+    virtual bool isFittedAlone(int /*numRows*/) const { return false; }
     /// What many fits on these features can share; null when there is nothing. Infinite cells are refused.
     /// @param useAllRows  whether each of the fits is on every row, not on a resample.
     virtual std::unique_ptr<Preparation> prepare(const TrainingFeatures& /*features*/,

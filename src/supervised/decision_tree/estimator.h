@@ -24,6 +24,9 @@ class IEstimator : public Classification::IEstimator, public Tessel::DecisionTre
         return categoricalPositions(features);
     }
     bool takesMultiplicities() const override { return true; }
+    bool isFittedAlone(int numRows) const override {
+        return numRows > Tessel::DecisionTree::kMaxNumRowsOfResamples;
+    }
     std::unique_ptr<Supervised::Preparation> prepare(const TrainingFeatures& features,
                                                      bool useAllRows) const override {
         return Tessel::DecisionTree::sortTable(features, useAllRows);
@@ -56,6 +59,9 @@ class IEstimator : public Regression::IEstimator, public Tessel::DecisionTree::I
         return categoricalPositions(features);
     }
     bool takesMultiplicities() const override { return true; }
+    bool isFittedAlone(int numRows) const override {
+        return numRows > Tessel::DecisionTree::kMaxNumRowsOfResamples;
+    }
     std::unique_ptr<Supervised::Preparation> prepare(const TrainingFeatures& features,
                                                      bool useAllRows) const override {
         return Tessel::DecisionTree::sortTable(features, useAllRows);

@@ -119,7 +119,7 @@ Engine::DT::TrainingData trainingData(const TrainingFeatures& features, const Ve
 }
 
 std::unique_ptr<Supervised::Preparation> sortTable(const TrainingFeatures& features, bool useAllRows) {
-    constexpr int kMaxNumRowsOfResamples = 1 << 18, kMinNumRowsOfBins = 1 << 12;
+    constexpr int kMinNumRowsOfBins = 1 << 12;
     const int numRows = features.schema.numRows;
     if (numRows > kMaxNumRowsOfResamples && !useAllRows) return nullptr;
     const std::vector<Engine::DT::TrainingFeature> columns = trainingData(features, {}, {}, nullptr).features;

@@ -19,6 +19,9 @@ Engine::DT::TrainingData trainingData(const TrainingFeatures& features, const Ve
                                       const Supervised::Preparation* preparation);
 std::vector<Engine::DT::Cells> cellsOf(const std::vector<FeatureColumn>& columns);
 
+/// Resamples of longer tables are sorted anew for each tree.
+inline constexpr int kMaxNumRowsOfResamples = 1 << 18;
+
 /// The sorted rows of each feature, which the fits of many trees take their lists from. Null for resamples of
 /// long tables, which trees sort in about the same time and less memory.
 std::unique_ptr<Supervised::Preparation> sortTable(const TrainingFeatures& features, bool useAllRows);

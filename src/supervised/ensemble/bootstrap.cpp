@@ -92,7 +92,8 @@ void fitBootstrapped(const IClassifierEnsemble& estimator, const Classification:
             members.add(std::move(next.model), 1.0);
         });
     };
-    fitLearners(numLearners, data.progress, estimator.getModelName(), fit);
+    fitLearners(numLearners, data.progress, estimator.getModelName(), fit,
+                !estimator.learner(0)->isFittedAlone(numRows));
     if (isJudged) outOfBag.outOfBagError = errorTable(votes.log(), L"Error Rate");
 }
 
@@ -118,7 +119,8 @@ void fitBootstrapped(const IRegressorEnsemble& estimator, const Regression::Trai
             members.add(std::move(next.model), 1.0);
         });
     };
-    fitLearners(numLearners, data.progress, estimator.getModelName(), fit);
+    fitLearners(numLearners, data.progress, estimator.getModelName(), fit,
+                !estimator.learner(0)->isFittedAlone(numRows));
     outOfBag.outOfBagError = errorTable(means.log(), L"MSE");
 }
 

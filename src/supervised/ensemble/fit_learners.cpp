@@ -8,6 +8,8 @@
 
 #include <tessel/data/convert.h>
 
+#include "engine/crew.h"
+
 namespace Tessel::Ensemble {
 namespace {
 
@@ -52,7 +54,7 @@ class Queue {
 WString learnerTitle(int position) { return L"Weak Learner " + Convert::toString(position + 1); }
 
 void fitLearners(int count, const Progress& progress, const WString& title,
-                 const std::function<void(int, const Progress&)>& fit) {
+                 const std::function<void(int, const Progress&)>& fit, bool areSideBySide) {
     Queue queue(count);
     const auto work = [&](bool isCaller) {
         for (int position = queue.take(); position >= 0; position = queue.take()) {
@@ -72,7 +74,7 @@ void fitLearners(int count, const Progress& progress, const WString& title,
         }
     };
     // A thread fits whole learners; a single learner uses the threads itself.
-    const int numThreads = omp_in_parallel() ? 1 : std::min(count, omp_get_max_threads());
+    const int numThreads = areSideBySide ? std::min(count, Engine::numThreads()) : 1;
     if (numThreads == 1) {
         work(true);
     } else {

@@ -1,6 +1,7 @@
 #include "engine/crew.h"
 
 #include <system_error>
+#include <utility>
 
 #include <omp.h>
 
@@ -8,11 +9,13 @@ namespace Tessel::Engine {
 
 namespace {
 
+thread_local bool isInLoop = false;
+
 std::uint32_t numLeft(std::uint64_t offer) { return static_cast<std::uint32_t>(offer); }
 
 }  // namespace
 
-int numThreads() { return omp_in_parallel() ? 1 : omp_get_max_threads(); }
+int numThreads() { return isInLoop || omp_in_parallel() ? 1 : omp_get_max_threads(); }
 
 Crew::~Crew() {
     isClosed_ = true;
@@ -54,7 +57,9 @@ bool Crew::takeOne(std::uint64_t& offer, int thread) {
         const Run run = run_;
         void* const loop = loop_;
         if (!offer_.compare_exchange_weak(offer, offer - 1)) continue;
+        const bool wasInLoop = std::exchange(isInLoop, true);
         run(loop, item, thread);
+        isInLoop = wasInLoop;
         ++numDone_;
         return true;
     }

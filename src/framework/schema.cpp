@@ -133,6 +133,14 @@ FeatureColumn FeatureColumn::select(RowSelector& selector, std::span<const std::
     return column;
 }
 
+FeatureColumn FeatureColumn::rows(std::size_t begin, std::size_t count) const {
+    FeatureColumn some = *this;
+    some.begin_ += begin;
+    some.count_ = count;
+    if (isCategorical_) some.codes_ = codes_.subspan(begin, count);
+    return some;
+}
+
 TrainingFeatures selectRows(const TrainingFeatures& features, const std::vector<std::int32_t>& rows) {
     TrainingFeatures selected;
     selected.schema = features.schema;

@@ -75,11 +75,15 @@ class FeatureColumn {
     /// The cells of some rows, which `selector` holds. @param rows  the same rows.
     FeatureColumn select(RowSelector& selector, std::span<const std::int32_t> rows) const;
 
+    /// Neighbouring rows, to be scored.
+    FeatureColumn rows(std::size_t begin, std::size_t count) const;
+
     bool isCategorical() const { return isCategorical_; }
+    /// The whole column, of which this may be some rows.
     const ColumnCells& cells() const { return *cells_; }
     /// Rows taken out of a column are gathered at the first call.
     std::span<const double> numbers() const {
-        return isCategorical_ ? std::span<const double>() : cells_->numbers();
+        return isCategorical_ ? std::span<const double>() : cells_->numbers().subspan(begin_, count_);
     }
     std::span<const std::int32_t> codes() const { return codes_; }
 
@@ -88,6 +92,7 @@ class FeatureColumn {
     std::shared_ptr<ColumnCells> cells_;
     std::shared_ptr<const std::vector<std::int32_t>> mapped_;
     std::span<const std::int32_t> codes_;
+    std::size_t begin_ = 0, count_ = std::dynamic_extent;  // of the numbers
 };
 
 /// Features to fit on, with the schema that the model will keep.

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <limits>
 
+#include "engine/crew.h"
+
 namespace Tessel::Engine::DT {
 
 Scorer::Scorer(const Tree& tree, const std::vector<std::uint8_t>& isCut) {
@@ -116,7 +118,8 @@ void Scorer::find(std::span<const Cells> features, const Answer* byNode, std::sp
     }
     constexpr std::size_t kChunk = 4096;
     const std::size_t numChunks = (answers.size() + kChunk - 1) / kChunk;
-#pragma omp parallel for schedule(dynamic) if (numChunks > 4)
+    const int numTeam = numChunks > 4 ? numThreads() : 1;
+#pragma omp parallel for schedule(dynamic) num_threads(numTeam)
     for (std::size_t chunk = 0; chunk < numChunks; ++chunk) {
         const std::size_t first = chunk * kChunk;
         const auto range = answers.subspan(first, std::min(kChunk, answers.size() - first));

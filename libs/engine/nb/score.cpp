@@ -8,6 +8,7 @@
 
 #include <omp.h>
 
+#include "engine/crew.h"
 #include "engine/nb/naive_bayes.h"
 
 namespace Tessel::Engine::NB {
@@ -189,7 +190,7 @@ void forEachBlock(const Terms& terms, Finish finish) {
     const std::size_t numBlocks = (terms.numRows + blockRows - 1) / blockRows;
     const std::size_t numInputs = terms.numeric.size() + terms.categorical.size() + 1;
     const bool isLarge = terms.numRows * numInputs * numClasses >= kParallelTerms;
-    const int numThreads = isLarge ? omp_get_max_threads() : 1;
+    const int numThreads = isLarge ? Engine::numThreads() : 1;
     // Memory is taken before the parallel loop, where nothing may throw.
     std::vector<double> scratch(static_cast<std::size_t>(numThreads) * blockRows * numClasses);
 

@@ -13,6 +13,7 @@
 #include "engine/ensemble/resample.h"
 #include "supervised/boosting/model.h"
 #include "supervised/ensemble/fit_learners.h"
+#include "supervised/ensemble/row_blocks.h"
 
 namespace Tessel {
 
@@ -41,7 +42,7 @@ std::shared_ptr<IModelable> IEstimator::fitEngine(const TrainingSet& data) const
     model->algorithm = weak->ladonIdentity().algorithm;
 
     Vector rowWeights(numRows, 1.0 / static_cast<double>(numRows));
-    std::vector<std::int32_t> predicted(numRows);
+    Engine::Crew crew(Engine::numThreads());
     std::vector<int> isMissed(numRows);
     for (int m = 0; m < numWeakLearners.get(); ++m) {
         const Progress progress = data.progress.part(static_cast<double>(m) / numWeakLearners.get(),
@@ -54,8 +55,14 @@ std::shared_ptr<IModelable> IEstimator::fitEngine(const TrainingSet& data) const
             throw EnsembleSamplingMissedClass();
         std::shared_ptr<IModelable> weakModel =
             weak->fitResample(data.features, data.target, resample, preparation.get(), progress);
-        weakModel->classify(data.features.columns, predicted);
-        for (std::size_t row = 0; row < numRows; ++row) isMissed[row] = predicted[row] != classes[row];
+        Ensemble::forEachRowBlock(
+            crew, data.features.columns, numRows,
+            [&](const std::vector<FeatureColumn>& columns, std::size_t begin, std::size_t end) {
+                std::vector<std::int32_t> predicted(end - begin);
+                weakModel->classify(columns, predicted);
+                for (std::size_t row = begin; row < end; ++row)
+                    isMissed[row] = predicted[row - begin] != classes[row];
+            });
 
         const std::span<double> weights(rowWeights.data(), numRows);
         const double error = Engine::Ensemble::weightedError(weights, isMissed);

@@ -7,6 +7,7 @@
 
 #include "engine/ensemble/votes.h"
 #include "supervised/ensemble/fit_learners.h"
+#include "supervised/ensemble/row_blocks.h"
 
 namespace Tessel::Ensemble {
 
@@ -40,7 +41,24 @@ template class IMembersOf<Regression::IModelable>;
 
 void IClassifier::score(const std::vector<FeatureColumn>& columns,
                         Classification::Posteriors& posteriors) const {
-    const std::vector<std::span<double>> votes(posteriors.begin(), posteriors.end());
+    const std::size_t numRows = posteriors.front().size();
+    const auto scoreRows = [&](const std::vector<FeatureColumn>& some, std::size_t begin, std::size_t end) {
+        std::vector<std::span<double>> votes;
+        for (std::vector<double>& ofClass : posteriors)
+            votes.push_back(std::span(ofClass).subspan(begin, end - begin));
+        addUpVotes(some, votes);
+    };
+    // Labels that are no classes draw their votes in the order of the rows.
+    const bool areKnown = std::all_of(weakModels.begin(), weakModels.end(), [&](const auto& model) {
+        return model->classSchema.classes == classSchema.classes;
+    });
+    if (!areKnown) return scoreRows(columns, 0, numRows);
+    Engine::Crew crew(Engine::numThreads());
+    forEachRowBlock(crew, columns, numRows, scoreRows);
+}
+
+void IClassifier::addUpVotes(const std::vector<FeatureColumn>& columns,
+                             const std::vector<std::span<double>>& votes) const {
     std::vector<std::int32_t> codes(votes.front().size());
     for (std::size_t m = 0; m < weakModels.size(); ++m) {
         const StringVector& labels = weakModels[m]->classSchema.classes;
@@ -70,13 +88,18 @@ void IClassifier::report(DataFrameVector& tables) const {
 // ---- regression
 
 void IRegressor::score(const std::vector<FeatureColumn>& columns, std::span<double> predictions) const {
-    std::fill(predictions.begin(), predictions.end(), 0.0);
-    std::vector<double> own(predictions.size());
-    for (const auto& model : weakModels) {
-        model->score(columns, own);
-        for (std::size_t row = 0; row < own.size(); ++row) predictions[row] += own[row];
-    }
-    for (double& prediction : predictions) prediction = predictionOf(prediction);
+    Engine::Crew crew(Engine::numThreads());
+    forEachRowBlock(crew, columns, predictions.size(),
+                    [&](const std::vector<FeatureColumn>& some, std::size_t begin, std::size_t end) {
+                        const std::span<double> sums = predictions.subspan(begin, end - begin);
+                        std::vector<double> own(sums.size());
+                        std::fill(sums.begin(), sums.end(), 0.0);
+                        for (const auto& model : weakModels) {
+                            model->score(some, own);
+                            for (std::size_t row = 0; row < own.size(); ++row) sums[row] += own[row];
+                        }
+                        for (double& sum : sums) sum = predictionOf(sum);
+                    });
 }
 
 void IRegressor::report(DataFrameVector& tables) const {

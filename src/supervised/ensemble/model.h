@@ -58,6 +58,8 @@ class IClassifier : public Classification::IModelable, public IClassifierMembers
     void score(const std::vector<FeatureColumn>& columns,
                Classification::Posteriors& posteriors) const override;
     WString posteriorColName(const WString& label) const override { return label; }
+    void addUpVotes(const std::vector<FeatureColumn>& columns,
+                    const std::vector<std::span<double>>& votes) const;
     void report(DataFrameVector& tables) const override;
     /// Adds the tables of the family.
     virtual void reportFamily(DataFrameVector& /*tables*/) const {}

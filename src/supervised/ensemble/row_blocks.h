@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "engine/crew.h"
+#include "framework/schema.h"
+
+namespace Tessel::Ensemble {
+
+/// Runs work(columns, begin, end) for blocks of rows by a crew: `columns` are those rows of the features.
+/// Learners that are asked of a block do so by the one thread that has it, so that the threads wait for each
+/// other once and not for every learner, and the block stays in their memory.
+template <class Work>
+void forEachRowBlock(Engine::Crew& crew, const std::vector<FeatureColumn>& features, std::size_t numRows,
+                     Work&& work) {
+    if (numRows <= Engine::kSizeOfStretches) return work(features, std::size_t{0}, numRows);
+    Engine::forEachStretch(&crew, numRows, [&](std::size_t begin, std::size_t end) {
+        std::vector<FeatureColumn> columns;
+        columns.reserve(features.size());
+        for (const FeatureColumn& feature : features) columns.push_back(feature.rows(begin, end - begin));
+        work(columns, begin, end);
+    });
+}
+
+}  // namespace Tessel::Ensemble

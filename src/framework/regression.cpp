@@ -53,12 +53,9 @@ std::shared_ptr<IModelable> IEstimator::fit(const DataFrame& features, const Dat
     return model;
 }
 
-std::shared_ptr<IModelable> IEstimator::fitResample(const TrainingFeatures& features,
-                                                    std::span<const double> target,
-                                                    const Supervised::Resample& resample,
-                                                    const Supervised::Preparation* preparation,
-                                                    const Progress& progress,
-                                                    std::span<double> fitted) const {
+std::shared_ptr<IModelable> IEstimator::fitResample(
+    const TrainingFeatures& features, std::span<const double> target, const Supervised::Resample& resample,
+    const Supervised::Preparation* preparation, const Progress& progress, std::span<double> fitted) const {
     std::shared_ptr<IModelable> model;
     if (resample.rows.empty() || takesMultiplicities()) {
         TrainingSet data{features, target, resample.multiplicities, preparation, progress};

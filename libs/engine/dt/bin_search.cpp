@@ -50,11 +50,10 @@ BinSearch::BinSearch(std::span<const SharedColumn> columns, std::span<const doub
     // From one of the targets, as a sum of numbers that are all far from 0 is not their mean.
     const std::size_t numRecords = targets.size();
     const double origin = targets[0];
-    const double mean =
-        sumByStretches(crew, numRecords, [&](std::size_t i) { return targets[i] - origin; }) /
-        static_cast<double>(numRecords);
-    const double size = sumByStretches(
-        crew, numRecords, [&](std::size_t i) { return std::abs((targets[i] - origin) - mean); });
+    const double mean = sumByStretches(crew, numRecords, [&](std::size_t i) { return targets[i] - origin; }) /
+                        static_cast<double>(numRecords);
+    const double size = sumByStretches(crew, numRecords,
+                                       [&](std::size_t i) { return std::abs((targets[i] - origin) - mean); });
     // All absolute deviations add up to 2^61 or less, and rounded up to where a count ends, to 2^63 or less.
     countMask_ = (std::int64_t{1} << std::bit_width(numRecords)) - 1;
     const int exponent = size > 0.0 ? 60 - std::ilogb(size) : 0;
@@ -97,6 +96,7 @@ void BinSearch::addUp(std::span<const std::size_t> features, std::span<const std
     constexpr std::size_t kAtOnce = 4;
     std::size_t i = 0;
     for (; i + kAtOnce <= features.size(); i += kAtOnce) addUp<kAtOnce>(&features[i], members, &bins[i]);
+    for (; i + 2 <= features.size(); i += 2) addUp<2>(&features[i], members, &bins[i]);
     for (; i < features.size(); ++i) addUp<1>(&features[i], members, &bins[i]);
 }
 

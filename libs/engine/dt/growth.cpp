@@ -61,7 +61,7 @@ class Grower {
     Splitter splitter_;
     std::atomic<std::size_t> numSettled_{0};  // records in nodes that stay leaves
     const std::thread::id caller_ = std::this_thread::get_id();
-    std::size_t numTold_ = 0;                 // of these when the watch was told last
+    std::size_t numTold_ = 0;  // of these when the watch was told last
 };
 
 /// A node stays a leaf.
@@ -147,8 +147,8 @@ void Grower::growWhole(Tree& tree, OpenNode root) {
         growDepthFirst(tree, root, memory_.scratches[0]);
         return;
     }
-    std::vector<OpenNode> deferred = growLargeNodes(
-        tree, root, std::max<std::size_t>(64, records_.size / (4 * splitter_.numThreads())));
+    std::vector<OpenNode> deferred =
+        growLargeNodes(tree, root, std::max<std::size_t>(64, records_.size / (4 * splitter_.numThreads())));
     std::stable_sort(deferred.begin(), deferred.end(),
                      [](const OpenNode& a, const OpenNode& b) { return a.size() > b.size(); });
     if (deferred.empty()) return;

@@ -10,8 +10,8 @@
 #include "engine/dt/members.h"
 #include "engine/dt/split_search.h"
 
-// Memory that trees which grow one after another hand on: to ask the system for it anew, and to let it go, took
-// a tenth of the time of a tree.
+// Memory that trees which grow one after another hand on: to ask the system for it anew, and to let it go,
+// took a tenth of the time of a tree.
 
 namespace Tessel::Engine::DT {
 

@@ -8,7 +8,7 @@
 namespace Tessel::Engine::DT {
 
 HistogramMaker::HistogramMaker(const Records& records, std::span<const FeatureLists> features,
-                               const BinSearch* bins, bool areAllSearched,
+                               const BinSearch* bins, bool areAllSearched, bool areShared,
                                std::vector<std::shared_ptr<Histograms>>& kept)
     : records_(records),
       features_(features),
@@ -25,7 +25,7 @@ HistogramMaker::HistogramMaker(const Records& records, std::span<const FeatureLi
         if (added > 0) binned_.push_back(feature);
     }
     begins_.push_back(size);
-    makeParts();
+    makeParts(areShared);
     if (bins) {
         // Levels down to where nodes have on average so many records a bin: below, the few of a node in a bin
         // are looked for among too many others. And the nodes of a level have marks of a byte.
@@ -43,11 +43,12 @@ HistogramMaker::HistogramMaker(const Records& records, std::span<const FeatureLi
     }
 }
 
-/// The last parts are smaller, so that threads end together.
-void HistogramMaker::makeParts() {
+/// Of as many features as are fast at once; the last parts are smaller, so that threads end together.
+void HistogramMaker::makeParts(bool areShared) {
     for (std::size_t begin = 0; begin < binned_.size(); begin += parts_.back().size) {
         const std::size_t left = binned_.size() - begin;
-        parts_.push_back({begin, left > kNumFeaturesInPart ? kNumFeaturesInPart : (left + 1) / 2});
+        const std::size_t last = areShared ? (left + 1) / 2 : left;
+        parts_.push_back({begin, left > kNumFeaturesInPart ? kNumFeaturesInPart : last});
     }
 }
 

@@ -23,9 +23,10 @@ class HistogramMaker {
  public:
     /// Of no node, if not all features are searched.
     /// @param bins  null: there are no shared columns.
-    /// @param kept  histograms by bins of shared columns, which are used again when nobody holds them.
+    /// @param areShared  whether several threads share the work on a node.
+    /// @param kept       histograms by bins of shared columns, which are used again when nobody holds them.
     HistogramMaker(const Records& records, std::span<const FeatureLists> features, const BinSearch* bins,
-                   bool areAllSearched, std::vector<std::shared_ptr<Histograms>>& kept);
+                   bool areAllSearched, bool areShared, std::vector<std::shared_ptr<Histograms>>& kept);
 
     /// Whether a node is to have histograms.
     bool isFor(std::size_t numRecords, int level) const {
@@ -49,7 +50,7 @@ class HistogramMaker {
 
  private:
     static constexpr std::size_t kNumFeaturesInPart = 4;
-    void makeParts();
+    void makeParts(bool areShared);
     std::span<const std::size_t> featuresOf(std::size_t part) const {
         return std::span(binned_).subspan(parts_[part].begin, parts_[part].size);
     }

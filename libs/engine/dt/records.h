@@ -68,8 +68,9 @@ struct TargetSums {
 void summarize(const Records& records, std::span<const std::uint32_t> members, Node& node,
                double* classWeights);
 
-/// The same in regression for records of weight 1 whose deviations from `origin` have these sums; looks at the
-/// records again only where the mean is so far from the origin that the sum of squares about it lost digits.
+/// The same in regression for records of weight 1 whose deviations from `origin` have these sums; looks at
+/// the records again only where the mean is so far from the origin that the sum of squares about it lost
+/// digits.
 void summarize(const Records& records, std::span<const std::uint32_t> members, const TargetSums& sums,
                double origin, Node& node);
 

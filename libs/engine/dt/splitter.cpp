@@ -36,7 +36,7 @@ Splitter::Splitter(const TrainingData& data, const PreparedRecords& prepared, co
     bins_ = makeBinSearch();
     makeAllLists();
     histograms_ = std::make_unique<HistogramMaker>(records_, features_, bins_.get(), searchesAllFeatures(),
-                                                   memory.histograms);
+                                                   crew_ != nullptr, memory.histograms);
 }
 
 bool Splitter::searchesAllFeatures() const {
@@ -55,8 +55,8 @@ std::unique_ptr<BinSearch> Splitter::makeBinSearch() const {
         !searchesAllFeatures() || limits_.areBestFirst(records_.size))
         return nullptr;
     return std::make_unique<BinSearch>(data_.sharedColumns, records_.targets,
-                                       std::max(1, limits_.minNumRecordsInLeaves),
-                                       memory_.binnedRecords, crew_);
+                                       std::max(1, limits_.minNumRecordsInLeaves), memory_.binnedRecords,
+                                       crew_);
 }
 
 void Splitter::makeAllLists() {
@@ -91,7 +91,7 @@ void Splitter::leaveBins(std::span<OpenNode> nodes) {
     });
     bins_.reset();
     histograms_ = std::make_unique<HistogramMaker>(records_, features_, nullptr, searchesAllFeatures(),
-                                                   memory_.histograms);
+                                                   crew_ != nullptr, memory_.histograms);
 }
 
 bool Splitter::isForHistograms(const Tree& tree, const OpenNode& open) const {

@@ -151,7 +151,8 @@ void Splitter::forEach(std::size_t n, std::size_t numRecords, Scratch* own, Work
         for (std::size_t i = 0; i < n; ++i) work(i, own ? *own : scratches_[0]);
         return;
     }
-    crew_->forEach(n, [&](std::size_t i, int thread) { work(i, scratches_[static_cast<std::size_t>(thread)]); });
+    crew_->forEach(n,
+                   [&](std::size_t i, int thread) { work(i, scratches_[static_cast<std::size_t>(thread)]); });
 }
 
 }  // namespace Tessel::Engine::DT

@@ -189,6 +189,9 @@ struct Bernoulli : Binomial {
     double pdf(double x) const { return x == 0.0 ? q : p; }
     double logPdf(double x) const { return x == 0.0 ? std::log1p(-p) : std::log(p); }
     double cdf(double x) const { return x < 1.0 ? q : 1.0; }
+    auto cdfChain() const {  // between whole numbers too
+        return Chain([below = q](double x) { return x < 1.0 ? below : 1.0; });
+    }
     double complementaryCdf(double x) const { return x < 1.0 ? p : 0.0; }
     double inverseCdf(double probability) const { return probability <= q ? 0.0 : 1.0; }
 
@@ -271,13 +274,13 @@ struct Geom {
     double logPdf(double x) const { return x == 0.0 ? logP : logP + x * logQ; }
     double cdf(double x) const { return -std::expm1((x + 1.0) * logQ); }
     double complementaryCdf(double x) const { return std::exp((x + 1.0) * logQ); }
-    double quantileGuess(double probability) const { return std::log1p(-probability) * inverseLogQ - 1.0; }
-    double inverseCdf(double probability) const {
-        const double real = quantileGuess(probability), whole = wholeNear(real + 0.5), gap = whole - real;
+    /// The quantile is the largest whole number below it, but for rounding.
+    double quantileGuess(double probability) const { return logOnePlus(-probability) * inverseLogQ; }
+    double quickQuantile(double probability, double guess) const {
+        const double middle = guess - 0.5, whole = wholeNear(middle);
+        const double gap = 0.5 - std::abs(middle - whole);
         // Where rounding might decide, the cdf does.
-        const double rest = 1.0 - probability, slack = 1e-12 * (1.0 + whole) * rest - 1e-15 * inverseLogQ;
-        return gap * rest > slack && (1.0 - gap) * rest > slack ? whole
-                                                                : Frame::wholeQuantile(*this, probability);
+        return (gap - 1e-12 * (1.0 + whole)) * (1.0 - probability) > -1e-15 * inverseLogQ ? whole : kNaN;
     }
     Moments moments() const {
         const double q = 1.0 - p;

@@ -28,9 +28,10 @@
 //   };
 //
 // x is finite and in the support, and a whole number when the family is discrete. A discrete family may have
-// `quantileGuess(p)` in the place of `inverseCdf`, or neither of them: the quantile is searched from there. A
-// family may have its cdf inside the support, or its `inverseCdf`, as a `Chain` too: `cdfChain()`,
-// `quantileChain()`.
+// `quantileGuess(p)` in the place of `inverseCdf`, or neither of them: the quantile is searched from there.
+// It may have a `quickQuantile(p, quantileGuess(p))` too, without branches: the quantile, or NaN where only a
+// search is sure of it. A family may have its cdf inside the support, or its `inverseCdf`, as a `Chain` too:
+// `cdfChain()`, `quantileChain()`.
 
 namespace Tessel::Engine::Dist {
 
@@ -154,16 +155,21 @@ double wholeQuantile(const Family& family, double p) {
 
 template <class Family>
 double inverseCdf(const Family& family, double p) {
-    if constexpr (requires { family.inverseCdf(p); })
+    if constexpr (requires { family.inverseCdf(p); }) {
         return family.inverseCdf(p);
-    else
+    } else {
+        if constexpr (requires { family.quickQuantile(p, p); }) {
+            const double quick = family.quickQuantile(p, family.quantileGuess(p));
+            if (!std::isnan(quick)) return quick;
+        }
         return wholeQuantile(family, p);
+    }
 }
 
 /// The answers to many numbers, a block at a time. When all numbers of a block are plain, a loop without
 /// cases gives them, in which compilers work on several numbers at once where the family allows it.
 /// @param shift  taken off the numbers before `isPlain` and `plain` see them.
-/// @param plain  a `Chain`.
+/// @param plain  a `Chain`, or what is called as one.
 template <class IsPlain, class Plain, class Any>
 void answerBlocks(std::span<const double> x, std::span<double> result, double shift, const IsPlain& isPlain,
                   const Plain& plain, const Any& any) {
@@ -262,6 +268,17 @@ struct Placed {
         const auto toPlace = [at = *this](double y) { return at.place(y); };
         if constexpr (requires { family.quantileChain(); }) {
             answerBlocks(p, result, 0.0, isPlain, family.quantileChain().then(toPlace), any);
+        } else if constexpr (requires { family.quickQuantile(0.5, 0.0); }) {
+            const auto plain = [this, &any](std::span<double> block, double* out) {
+                const auto own = family;  // copies, as above
+                const auto at = *this;
+                for (std::size_t i = 0; i < block.size(); ++i) out[i] = own.quantileGuess(block[i]);
+                for (std::size_t i = 0; i < block.size(); ++i)
+                    out[i] = at.place(own.quickQuantile(block[i], out[i]));
+                for (std::size_t i = 0; i < block.size(); ++i)
+                    if (std::isnan(out[i])) out[i] = any(block[i]);
+            };
+            answerBlocks(p, result, 0.0, isPlain, plain, any);
         } else {
             const auto quantile = [own = family](double value) { return Frame::inverseCdf(own, value); };
             answerBlocks(p, result, 0.0, isPlain, Chain(quantile).then(toPlace), any);

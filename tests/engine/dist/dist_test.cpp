@@ -192,6 +192,26 @@ TEST(Families, QuantilesOfUnusualShapes) {
         }
 }
 
+TEST(Families, GeometricQuantileIsExactAtSteps) {
+    // The smallest whole number whose chance is reached, for chances at a step, beside one, and far from any.
+    for (const double parameter : {1e-9, 1e-6, 0.003, 0.1, 0.25, 0.5, 0.75, 0.999}) {
+        const CGeomDist dist(parameter);
+        std::vector<double> chances;
+        for (double x = 0.0; x < 3e9; x += 1.0 + std::floor(0.01 * x)) {
+            const double step = dist.cdf(x), half = 0.5 * (step + dist.cdf(x + 1.0));
+            for (const double p : {std::nextafter(step, 0.0), step, std::nextafter(step, 1.0), half})
+                if (p < 1.0) chances.push_back(p);
+        }
+        std::vector<double> quantiles(chances);
+        dist.inverseCdfs(quantiles, quantiles);
+        for (std::size_t i = 0; i < chances.size(); ++i) {
+            const double p = chances[i], x = quantiles[i];
+            EXPECT_TRUE(dist.cdf(x) >= p && dist.cdf(x - 1.0) < p) << parameter << ' ' << p;
+            EXPECT_EQ(dist.inverseCdf(p), x) << parameter << ' ' << p;
+        }
+    }
+}
+
 TEST(Families, ShiftMovesEverything) {
     for (const Reference::Case& c : Reference::kCases) {
         const auto dist = distOf(c);

@@ -233,6 +233,20 @@ void MersenneTwister::fill(std::span<double> result) {
     }
 }
 
+void MersenneTwister::fillShort(std::span<double> result) {
+    for (std::size_t begin = 0; begin < result.size();) {
+        if (used_ == kSize) refill();
+        double* const out = result.data() + begin;
+        const std::size_t count = std::min(kSize - used_, result.size() - begin);
+        const std::uint32_t* const words = words_.data() + used_;
+        begin += count;
+        used_ += count + count % 2;
+        // Signed numbers, as above.
+        for (std::size_t i = 0; i < count; ++i)
+            out[i] = (static_cast<std::int32_t>(words[i] ^ 0x80000000u) + (0x1p31 + 0.5)) * kPerWord;
+    }
+}
+
 void MersenneTwister::advanceStreams(std::uint64_t count) {
     stream_ += static_cast<std::uint32_t>(count);
     const std::array<std::uint32_t, 2> key{seed_, stream_};
@@ -288,6 +302,13 @@ void RandomStream::fill(std::span<double> result) {
                 for (double& number : result) number = generator.next();
         },
         generator_);
+}
+
+void RandomStream::fillShort(std::span<double> result) {
+    if (auto* const generator = std::get_if<MersenneTwister>(&generator_))
+        generator->fillShort(result);
+    else
+        fill(result);
 }
 
 std::uint64_t RandomStream::next52Bits() {

@@ -105,6 +105,8 @@ class MersenneTwister {
         }
     }
     void fill(std::span<double> result);
+    /// The numbers (x + 1/2) / 2^32 of single words x. An even number of words is taken.
+    void fillShort(std::span<double> result);
     void advanceStreams(std::uint64_t count);
 
  private:
@@ -146,6 +148,8 @@ class RandomStream {
     }
     /// The next numbers, as many as there is room for.
     void fill(std::span<double> result);
+    /// The same where some 31 bits of a number are enough: the Mersenne Twister then takes one word a number.
+    void fillShort(std::span<double> result);
     /// The next 52 bits: the leading 26 bits of two numbers.
     std::uint64_t next52Bits();
     void discard(std::int64_t count);

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <limits>
+#include <memory>
 #include <numeric>
 #include <utility>
 #include <vector>
@@ -20,6 +21,10 @@ constexpr double kAboveZero = 0x1p-54, kBelowOne = 1.0 - 0x1p-53;
 /// Numbers below which a loop stays serial.
 constexpr std::size_t kParallelSize = 20000;
 
+/// Sizes of a Latin hypercube with short draws. Smaller samples are fast anyway, and in larger ones a part
+/// would have less than 1000 places.
+constexpr std::size_t kShortDrawsFrom = std::size_t{1} << 16, kShortDrawsTo = std::size_t{1} << 22;
+
 /// @param parts  room for as many numbers as `result` has.
 void fillLatinHypercube(RandomStream& stream, std::span<double> result, std::span<std::int32_t> parts) {
     // One draw gives a step of the shuffle by its leading digits, and a place within the part by those
@@ -27,18 +32,25 @@ void fillLatinHypercube(RandomStream& stream, std::span<double> result, std::spa
     // do it for several numbers at once.
     constexpr std::size_t kBlock = 512;
     std::array<std::int32_t, kBlock> steps;
+    const std::size_t size = result.size();
+    const bool isShort = size >= kShortDrawsFrom && size <= kShortDrawsTo;
     std::iota(parts.begin(), parts.end(), 0);
-    const double width = 1.0 / static_cast<double>(result.size());
-    const auto last = static_cast<std::int32_t>(result.size()) - 1;
-    for (std::size_t begin = 0; begin < result.size(); begin += kBlock) {
-        const std::size_t count = std::min(kBlock, result.size() - begin);
-        double* const numbers = result.data() + begin;
-        stream.fill({numbers, count});
-        const auto numLeft = static_cast<double>(result.size() - begin);
-        for (std::size_t i = 0; i < count; ++i) {
-            const double draw = numbers[i] * (numLeft - static_cast<std::int32_t>(i));
-            steps[i] = static_cast<std::int32_t>(draw);  // less than are left: so is the product, rounded
-            numbers[i] = draw - steps[i];
+    const double width = 1.0 / static_cast<double>(size);
+    const auto last = static_cast<std::int32_t>(size) - 1;
+    for (std::size_t begin = 0; begin < size; begin += kBlock) {
+        const std::span<double> numbers = result.subspan(begin, std::min(kBlock, size - begin));
+        const std::size_t count = numbers.size();
+        if (isShort)
+            stream.fillShort(numbers);
+        else
+            stream.fill(numbers);
+        const auto numLeft = static_cast<std::int32_t>(size - begin);
+        double* const at = numbers.data();
+        std::int32_t* const to = steps.data();
+        for (std::int32_t i = 0; i < static_cast<std::int32_t>(count); ++i) {
+            const double draw = at[i] * (numLeft - i);
+            to[i] = static_cast<std::int32_t>(draw);  // less than are left: so is the product, rounded
+            at[i] = draw - to[i];
         }
         std::int32_t* const left = parts.data() + begin;
         for (std::size_t i = 0; i < count; ++i)
@@ -49,8 +61,7 @@ void fillLatinHypercube(RandomStream& stream, std::span<double> result, std::spa
             signs |= (steps[i] - 1) | (last - 1 - steps[i]);
         }
         if (signs < 0)
-            for (std::size_t i = 0; i < count; ++i)
-                numbers[i] = std::clamp(numbers[i], kAboveZero, kBelowOne);
+            for (double& number : numbers) number = std::clamp(number, kAboveZero, kBelowOne);
     }
 }
 
@@ -99,10 +110,12 @@ bool uniformSample(RandomGenerator& generator, SamplingMethodType method,
     if (method == SamplingMethodType::SOBOL_RQMC) {
         fillSobol(generator, result);
     } else if (method == SamplingMethodType::LATIN_HYPERCUBE) {
-        std::vector<std::vector<std::int32_t>> parts(static_cast<std::size_t>(numThreads));
-        for (std::vector<std::int32_t>& room : parts) room.resize(size);
+        // Room for each thread, which touches it first.
+        std::vector<std::unique_ptr<std::int32_t[]>> rooms(static_cast<std::size_t>(numThreads));
+        for (auto& room : rooms) room = std::make_unique_for_overwrite<std::int32_t[]>(size);
         fillRows(generator, result, numThreads, [&](RandomStream& stream, std::span<double> row) {
-            fillLatinHypercube(stream, row, parts[static_cast<std::size_t>(omp_get_thread_num())]);
+            fillLatinHypercube(stream, row,
+                               {rooms[static_cast<std::size_t>(omp_get_thread_num())].get(), size});
         });
     } else {
         fillRows(generator, result, numThreads,

@@ -79,6 +79,25 @@ TEST(Generators, FillAsTheyDrawOneByOne) {
         }
 }
 
+TEST(Generators, ShortNumbersTakeAWordEach) {
+    // The first words of the published code, whose genrand_res53 takes two for a number. After an odd count
+    // the numbers go on with the next pair of words.
+    RandomStream stream(MERSENNE_TWISTER, 5489), whole(MERSENNE_TWISTER, 5489);
+    std::vector<double> numbers(3);
+    stream.fillShort(numbers);
+    const double words[] = {3499211612, 581869302, 3890346734};
+    for (std::size_t i = 0; i < 3; ++i) EXPECT_EQ(numbers[i], (words[i] + 0.5) / 4294967296.0);
+    whole.discard(2);
+    EXPECT_EQ(stream.next(), whole.next());
+    numbers.resize(2001);
+    stream.fillShort(numbers);  // over several blocks of words
+    whole.discard(1001);
+    EXPECT_EQ(stream.next(), whole.next());
+    RandomStream well(WELL, 7), same(WELL, 7);
+    well.fillShort(numbers);
+    for (const double number : numbers) EXPECT_EQ(number, same.next());
+}
+
 TEST(Generators, HubbardsNumbersAreThoseOfTheFormula) {
     const struct {
         std::uint64_t inputs[5];

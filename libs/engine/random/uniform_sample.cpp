@@ -28,40 +28,47 @@ constexpr std::size_t kShortDrawsFrom = std::size_t{1} << 16, kShortDrawsTo = st
 /// @param parts  room for as many numbers as `result` has.
 void fillLatinHypercube(RandomStream& stream, std::span<double> result, std::span<std::int32_t> parts) {
     // One draw gives a step of the shuffle by its leading digits, and a place within the part by those
-    // behind. Steps are taken a block at a time, and so is the arithmetic before and behind them: processors
-    // do it for several numbers at once.
-    constexpr std::size_t kBlock = 512;
-    std::array<std::int32_t, kBlock> steps;
+    // behind. Steps are taken a few at a time, and so is the arithmetic before and behind them: processors do
+    // it for several numbers at once, and while the steps of its neighbours wait for memory. Draws are made
+    // more at a time, or else they would be read before they have left the processor's store buffers.
+    constexpr std::size_t kDraws = 512, kSteps = 64;
+    std::array<double, kDraws> draws;
+    std::array<std::int32_t, kSteps> steps;
     const std::size_t size = result.size();
     const bool isShort = size >= kShortDrawsFrom && size <= kShortDrawsTo;
     std::iota(parts.begin(), parts.end(), 0);
     const double width = 1.0 / static_cast<double>(size);
     const auto last = static_cast<std::int32_t>(size) - 1;
-    for (std::size_t begin = 0; begin < size; begin += kBlock) {
-        const std::span<double> numbers = result.subspan(begin, std::min(kBlock, size - begin));
-        const std::size_t count = numbers.size();
-        if (isShort)
-            stream.fillShort(numbers);
-        else
-            stream.fill(numbers);
+    for (std::size_t begin = 0; begin < size; begin += kSteps) {
+        const std::size_t count = std::min(kSteps, size - begin);
+        double* const numbers = result.data() + begin;
+        for (std::size_t i = 0; i < count; i += 8) __builtin_prefetch(numbers + i, 1);
+        if (begin % kDraws == 0) {
+            const std::span<double> next = std::span(draws).first(std::min(kDraws, size - begin));
+            if (isShort)
+                stream.fillShort(next);
+            else
+                stream.fill(next);
+        }
+        double* const places = draws.data() + begin % kDraws;
         const auto numLeft = static_cast<std::int32_t>(size - begin);
-        double* const at = numbers.data();
         std::int32_t* const to = steps.data();
         for (std::int32_t i = 0; i < static_cast<std::int32_t>(count); ++i) {
-            const double draw = at[i] * (numLeft - i);
+            const double draw = places[i] * (numLeft - i);
             to[i] = static_cast<std::int32_t>(draw);  // less than are left: so is the product, rounded
-            at[i] = draw - to[i];
+            places[i] = draw - to[i];
         }
         std::int32_t* const left = parts.data() + begin;
         for (std::size_t i = 0; i < count; ++i)
             steps[i] = std::exchange(left[i + static_cast<std::size_t>(steps[i])], left[i]);
         std::int32_t signs = 0;  // negative when the first or the last part is among them
         for (std::size_t i = 0; i < count; ++i) {
-            numbers[i] = (steps[i] + numbers[i]) * width;
+            numbers[i] = (steps[i] + places[i]) * width;
             signs |= (steps[i] - 1) | (last - 1 - steps[i]);
         }
         if (signs < 0)
-            for (double& number : numbers) number = std::clamp(number, kAboveZero, kBelowOne);
+            for (std::size_t i = 0; i < count; ++i)
+                numbers[i] = std::clamp(numbers[i], kAboveZero, kBelowOne);
     }
 }
 

@@ -6,6 +6,8 @@
 
 #include <tessel/data/errors.h>
 
+#include "scratch_folder.h"
+
 namespace Tessel::Files {
 namespace {
 
@@ -13,14 +15,11 @@ namespace fs = std::filesystem;
 
 class FilesTest : public testing::Test {
  protected:
-    void SetUp() override { fs::create_directories(folder_); }
-    void TearDown() override { fs::remove_all(folder_); }
     WString path(const WString& name) const { return folder_.wstring() + L"/" + name; }
     long numFiles() const { return std::distance(fs::directory_iterator(folder_), fs::directory_iterator()); }
 
-    fs::path folder_ =
-        fs::temp_directory_path() /
-        ("tessel-" + std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
+    const ScratchFolder scratch_;
+    const fs::path& folder_ = scratch_.path;
 };
 
 TEST_F(FilesTest, ReadsBackWhatWasWritten) {

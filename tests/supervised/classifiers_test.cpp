@@ -1,6 +1,5 @@
 #include <cmath>
 #include <filesystem>
-#include <fstream>
 
 #include <gtest/gtest.h>
 
@@ -13,6 +12,7 @@
 #include <tessel/naive_bayes.h>
 #include <tessel/random_trees.h>
 
+#include "scratch_folder.h"
 #include "supervised/tables.h"
 
 // What holds for every classifier of the library; a new family joins by its name in the list of types.
@@ -213,24 +213,20 @@ TYPED_TEST(Classifiers, LadonHoldsWhatWasSetAndRestoresIt) {
     EXPECT_EQ(read.getPriorProbMethod(), PriorProbMethodType::UNIFORM);
     read.fromLadonString(text);
 
-    const auto directory = std::filesystem::temp_directory_path() / "tessel_classifiers_test";
-    std::filesystem::create_directories(directory);
-    const WString path = (directory / "estimator.ladon").wstring();
+    const ScratchFolder folder;
+    const WString path = folder.wide("estimator.ladon");
     estimator.toLadon(path);
     TypeParam fromFile;
     fromFile.fromLadonFile(path);
     EXPECT_EQ(fromFile.toLadon(), text);
-    const auto write = [&](const std::string& bytes) {
-        std::ofstream(directory / "estimator.ladon", std::ios::binary) << bytes;
-    };
-    write("\xEF\xBB\xBF" + Convert::toUtf8(text));  // as some editors save it
+    folder.put("estimator.ladon", "\xEF\xBB\xBF" + Convert::toUtf8(text));  // as some editors save it
     fromFile.reset();
     fromFile.fromLadonFile(path);
     EXPECT_EQ(fromFile.toLadon(), text);
-    write("{\"objectType\":\"\xFF\"}");
+    folder.put("estimator.ladon", "{\"objectType\":\"\xFF\"}");
     EXPECT_THROW(fromFile.fromLadonFile(path), UnsupportedJSONModel);
     EXPECT_EQ(fromFile.toLadon(), text);
-    std::filesystem::remove_all(directory);
+    std::filesystem::remove_all(folder.path);
     EXPECT_THROW(fromFile.fromLadonFile(path), FileNotFound);
     EXPECT_THROW(estimator.toLadon(path), UnableToWriteFile);
 

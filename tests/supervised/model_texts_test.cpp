@@ -1,5 +1,4 @@
 #include <cmath>
-#include <filesystem>
 #include <limits>
 
 #include <gtest/gtest.h>
@@ -12,6 +11,7 @@
 #include <tessel/naive_bayes.h>
 #include <tessel/random_trees.h>
 
+#include "scratch_folder.h"
 #include "supervised/tables.h"
 
 // What holds for the texts of every supervised family; a new one joins by its name in the list of types.
@@ -158,8 +158,8 @@ TYPED_TEST(ModelTexts, PriorsAndCutOffSurvive) {
 TYPED_TEST(ModelTexts, FilesHoldTheTexts) {
     const auto model = fitted<TypeParam>(3);
     auto read = fitted<TypeParam>(2);
-    const std::filesystem::path folder = testing::TempDir();
-    const auto path = [&](const char* name) { return (folder / name).wstring(); };
+    const ScratchFolder folder;
+    const auto path = [&](const char* name) { return folder.wide(name); };
     model.toPMML(path("model.pmml"));
     read.fromPMMLFile(path("model.pmml"));
     expectSameScores(model, read, "PMML file");

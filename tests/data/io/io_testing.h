@@ -3,13 +3,14 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <random>
 #include <string>
 
 #include <omp.h>
 
 #include <tessel/data/convert.h>
 #include <tessel/data/data_frame.h>
+
+#include "scratch_folder.h"
 
 // What the tests of readers and writers share.
 namespace Tessel {
@@ -39,26 +40,6 @@ inline std::string bytesOf(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
-
-/// An own folder for the files of a test, removed in the end.
-class ScratchFolder {
- public:
-    ScratchFolder()
-        : path(std::filesystem::temp_directory_path() /
-               ("tessel_io_" + std::to_string(std::random_device{}()))) {
-        std::filesystem::create_directory(path);
-    }
-    ~ScratchFolder() { std::filesystem::remove_all(path); }
-    ScratchFolder(const ScratchFolder&) = delete;
-    ScratchFolder& operator=(const ScratchFolder&) = delete;
-
-    void put(const char* name, const std::string& bytes) const {
-        std::ofstream(path / name, std::ios::binary) << bytes;
-    }
-    WString wide(const char* name = "") const { return (path / name).wstring(); }
-
-    std::filesystem::path path;
-};
 
 /// Sets the number of threads while it lives.
 class ThreadCount {

@@ -7,6 +7,7 @@
 #include <tessel/data/util/tables.h>
 
 #include "data/files.h"
+#include "scratch_folder.h"
 
 namespace Tessel::Util {
 namespace {
@@ -187,7 +188,8 @@ TEST(Expression, NamesTheFaultAndItsPlace) {
 // ---- files
 
 TEST(ReadFile, DecodesWholeTexts) {
-    const WString path = (std::filesystem::temp_directory_path() / "tessel-read-file.txt").wstring();
+    const ScratchFolder folder;
+    const WString path = folder.wide("read.txt");
     Files::writeBytes(path,
                       "\xEF\xBB\xBF"
                       "a\r\n\xC3\xA4");

@@ -23,16 +23,19 @@ Crew::~Crew() {
     for (std::thread& helper : helpers_) helper.join();
 }
 
-void Crew::start() {
+/// @param size  of all threads
+void Crew::start(std::size_t size) {
     try {
-        for (int thread = static_cast<int>(helpers_.size()) + 1; thread < size_; ++thread)
+        for (int thread = static_cast<int>(helpers_.size()) + 1; helpers_.size() + 1 < size; ++thread)
             helpers_.emplace_back([this, thread] { serve(thread); });
     } catch (const std::system_error&) {  // the system has no more: those that are there do
+        maxSize_ = helpers_.size() + 1;
     }
 }
 
 void Crew::share(std::uint32_t n, Run run, void* loop) {
-    if (std::ssize(helpers_) + 1 < size_) start();
+    const std::size_t wanted = std::min<std::size_t>(maxSize_, n);
+    if (helpers_.size() + 1 < wanted) start(wanted);
     run_ = run;
     loop_ = loop;
     numItems_ = n;
@@ -47,7 +50,9 @@ void Crew::share(std::uint32_t n, Run run, void* loop) {
 void Crew::publish(std::uint32_t n) {
     const std::uint64_t loop = (offer_ >> 32) + 1;
     offer_ = loop << 32 | n;
-    offer_.notify_all();
+    if (numAsleep_ == 0) return;
+    { const std::lock_guard lock(mutex_); }  // who saw the offer before waits by now
+    wake_.notify_all();
 }
 
 /// Does one item of the loop, whoever else tries; returns false when there is none left.
@@ -77,7 +82,10 @@ void Crew::serve(int thread) {
         } else if (++numTries < kMaxNumTries) {
             std::this_thread::yield();
         } else {
-            offer_.wait(offer);
+            std::unique_lock lock(mutex_);
+            ++numAsleep_;
+            wake_.wait(lock, [&] { return offer_ != offer; });
+            --numAsleep_;
             numTries = 0;
         }
     }

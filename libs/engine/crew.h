@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <atomic>
+#include <condition_variable>
 #include <cstddef>
 #include <cstdint>
+#include <mutex>
 #include <numeric>
 #include <thread>
 #include <vector>
@@ -24,8 +26,8 @@ int numThreads();
 /// longer than the loop. Here the thread that runs a loop waits for begun work only.
 class Crew {
  public:
-    /// @param size  of all threads, the one that runs the loops included; others start with the first loop.
-    explicit Crew(int size) : size_(size) {}
+    /// @param size  of all threads, the one that runs the loops included; others start with a loop for them.
+    explicit Crew(int size) : size_(size), maxSize_(static_cast<std::size_t>(size)) {}
     Crew(const Crew&) = delete;
     Crew& operator=(const Crew&) = delete;
     ~Crew();
@@ -42,9 +44,9 @@ class Crew {
             Work& work;
             ExceptionCarrier carrier{};
 
-            static void run(void* self, std::uint32_t i, int thread) {
-                auto& [work, carrier] = *static_cast<Loop*>(self);
-                carrier.run([&] { work(std::size_t{i}, thread); });
+            static void run(void* loop, std::uint32_t i, int thread) {
+                Loop& self = *static_cast<Loop*>(loop);
+                self.carrier.run([&] { self.work(std::size_t{i}, thread); });
             }
         } loop{work};
         share(static_cast<std::uint32_t>(n), &Loop::run, &loop);
@@ -54,13 +56,14 @@ class Crew {
  private:
     using Run = void (*)(void* loop, std::uint32_t i, int thread);
 
-    void start();
+    void start(std::size_t size);
     void share(std::uint32_t n, Run run, void* loop);
     void publish(std::uint32_t n);
     bool takeOne(std::uint64_t& offer, int thread);
     void serve(int thread);
 
     const int size_;
+    std::size_t maxSize_;  // as far as the system has threads
     std::vector<std::thread> helpers_;
     // The number of the loop in the upper half, how many items nobody has taken yet in the lower. A loop is
     // not over before all its items are, so who takes one has read what belongs to it.
@@ -69,9 +72,11 @@ class Crew {
     std::atomic<Run> run_{nullptr};
     std::atomic<void*> loop_{nullptr};
     std::atomic<bool> isClosed_{false};
+    // A new offer wakes those that sleep: who counts itself as asleep looks at the offer again behind that.
+    std::atomic<int> numAsleep_{0};
+    std::mutex mutex_;
+    std::condition_variable wake_;
 };
-
-inline constexpr std::size_t kSizeOfStretches = 8192;
 
 /// Runs work(begin, end) over stretches of n items; a crew that is null is one thread. The stretches do not
 /// depend on the threads.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <exception>
 #include <functional>
 
@@ -11,6 +12,10 @@ namespace Tessel::Engine {
 /// Told now and then, by the thread that called a fit, what share of it is done; what it throws stops the fit
 /// and comes out of it. Empty: nobody watches.
 using Watch = std::function<void(double shareDone)>;
+
+/// Long loops are parted into stretches of so many items, at any number of threads: sums of stretches are
+/// then always the same.
+inline constexpr std::uint32_t kSizeOfStretches = 8192;
 
 /// Keeps the first exception out of a parallel region for the thread that started it; work after it is
 /// skipped.

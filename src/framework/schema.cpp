@@ -1,6 +1,7 @@
 #include "framework/schema.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 #include <limits>
 
@@ -121,6 +122,7 @@ FeatureColumn FeatureColumn::categorical(std::shared_ptr<ColumnCells> cells, con
 }
 
 FeatureColumn FeatureColumn::select(RowSelector& selector, std::span<const std::int32_t> rows) const {
+    assert(begin_ == 0 && count_ == std::dynamic_extent);
     FeatureColumn column;
     column.isCategorical_ = isCategorical_;
     column.cells_ = selector.select(cells_);

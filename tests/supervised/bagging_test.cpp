@@ -320,5 +320,42 @@ TEST(Bagging, RefusesWhatItsLearnerRefuses) {
     EXPECT_EQ(column(weak->priorProbability(), 0), (Vector{0.25, 0.75}));
 }
 
+// Scores are made block by block.
+TEST(Ensembles, ScoreLongTablesAsTheirParts) {
+    constexpr int kNumRows = 2 * 8192 + 1;
+    const LabelledTable training = labelledTable(200, 3), numericTraining = numericTable(200);
+    const DataFrame table = labelledTable(kNumRows, 3).features;
+    IntVector backwards;
+    for (int row = kNumRows; row-- > 0;) backwards.push_back(row);
+    const auto expectParts = [&](const auto& scoreOf) {
+        const int numThreads = omp_get_max_threads();
+        for (const DataFrame& whole : {table, table(backwards, Util::all)}) {
+            IntVector first, middle;
+            for (int row = 0; row < 8000; ++row) first.push_back(row);
+            for (int row = 8000; row < 16000; ++row) middle.push_back(row);
+            IntVector last;
+            for (int row = 16000; row < kNumRows; ++row) last.push_back(row);
+            Vector parts;
+            for (const IntVector& rows : {first, middle, last}) parts.append(scoreOf(whole(rows, Util::all)));
+            for (const int n : {1, 2}) {
+                omp_set_num_threads(n);
+                EXPECT_EQ(scoreOf(whole), parts) << n << " threads";
+            }
+            omp_set_num_threads(numThreads);
+        }
+    };
+    const auto bagged = [&](const auto& learner) {
+        const auto model =
+            Classification::Bagging::Estimator().setBaseEstimator(learner).setNumWeakLearners(5).fit(
+                training.features, training.target);
+        expectParts([&](const DataFrame& rows) { return column(model.posteriorProbability(rows), 2); });
+    };
+    bagged(Classification::DecisionTree::Estimator());
+    bagged(Classification::NaiveBayes::Estimator());
+    const auto boosted = Regression::Boosting::Estimator().setNumWeakLearners(5).fit(numericTraining.features,
+                                                                                     numericTraining.target);
+    expectParts([&](const DataFrame& rows) { return column(boosted.predict(rows), 0); });
+}
+
 }  // namespace
 }  // namespace Tessel

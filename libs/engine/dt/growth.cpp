@@ -142,13 +142,13 @@ void Grower::growWhole(Tree& tree, OpenNode root) {
     if (splitter_.usesBins() && !splitter_.isForHistograms(tree, root))
         splitter_.leaveBins(std::span(&root, 1));
     const bool isByOneThread =
-        splitter_.numThreads() == 1 || records_.size * splitter_.numFeatures() < kMinCellsInParallel;
+        splitter_.crewSize() == 1 || records_.size * splitter_.numFeatures() < kMinCellsInParallel;
     if (isByOneThread && !splitter_.usesBins()) {
         growDepthFirst(tree, root, memory_.scratches[0]);
         return;
     }
     std::vector<OpenNode> deferred =
-        growLargeNodes(tree, root, std::max<std::size_t>(64, records_.size / (4 * splitter_.numThreads())));
+        growLargeNodes(tree, root, std::max<std::size_t>(64, records_.size / (4 * splitter_.crewSize())));
     std::stable_sort(deferred.begin(), deferred.end(),
                      [](const OpenNode& a, const OpenNode& b) { return a.size() > b.size(); });
     if (deferred.empty()) return;
@@ -197,8 +197,8 @@ Tree Grower::growAlone(const Tree& tree, const OpenNode& open) {
     return subtree;
 }
 
-/// Returns the nodes that are left. The threads wait for each other twice a level rather than twice a node:
-/// where others use the machine too, waiting is what takes the time.
+/// Returns the nodes that are left. All nodes of a level are done in the same few loops, in which threads
+/// find more to share than in those of one node.
 std::vector<OpenNode> Grower::growLargeNodes(Tree& tree, const OpenNode& root, std::size_t minNumRecords) {
     std::vector<OpenNode> left, level{root};
     while (!level.empty()) {
@@ -256,6 +256,9 @@ std::vector<OpenNode> Grower::splitLevel(Tree& tree, std::vector<OpenNode> level
             splits.push_back(std::move(found[i]));
         } else {
             settle(tree, level[i]);
+            if (!splitter_.usesBins()) continue;
+            level[i].mark = BinSearch::kNoMark;  // nodes to come may have its mark
+            splitter_.mark(level[i]);
         }
     }
     std::vector<OpenNode> children(2 * parents.size());

@@ -21,7 +21,7 @@
 // levels, are searched by bins of the columns (see BinSearch), and lists are taken of what is left below.
 //
 // O(n p) a level of the tree, and 4 bytes a cell for the lists or the codes: a fit of numbers needs half as
-// much memory as the table, and 11 bytes a record besides its response and up to 4 by each thread. Where
+// much memory as the table, and 15 bytes a record besides its response and up to 4 by each thread. Where
 // columns keep their ranks for more trees, that is 4 bytes a cell more.
 //
 // The tree does not depend on the number of threads: the split of a node depends on its records alone, and
@@ -31,6 +31,10 @@ namespace Tessel::Engine::DT {
 
 /// The records of a fit and the row of the table that each came from.
 struct PreparedRecords {
+    PreparedRecords() = default;
+    PreparedRecords(PreparedRecords&&) = default;  // no copies: the records may show `targets`
+    PreparedRecords& operator=(PreparedRecords&&) = default;
+
     Records records;
     std::vector<double> targets;           ///< of the records, where they are not those that were given
     int weightExponent = 0;                ///< of the power of two that weights were divided by

@@ -52,7 +52,7 @@ void HistogramMaker::makeParts(bool areShared) {
     }
 }
 
-std::shared_ptr<Histograms> HistogramMaker::make() const {
+std::shared_ptr<Histograms> HistogramMaker::make() {
     if (!bins_) {
         auto histograms = std::make_shared<Histograms>();
         histograms->classes.resize(begins_.back());

@@ -32,8 +32,8 @@ class HistogramMaker {
     bool isFor(std::size_t numRecords, int level) const {
         return numRecords >= minNumRecords_ && level < numLevels_;
     }
-    /// Of a node, to be added up.
-    std::shared_ptr<Histograms> make() const;
+    /// Of a node, to be added up. By bins of shared columns it is called by one thread.
+    std::shared_ptr<Histograms> make();
     /// Histograms are made in so many parts, each of some features.
     std::size_t numParts() const { return parts_.size(); }
     void addUp(std::size_t part, std::span<const std::uint32_t> members, Histograms& histograms) const;

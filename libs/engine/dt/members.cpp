@@ -15,7 +15,7 @@ void Members::reset(std::size_t numRecords) {
 void Members::appendStretches(std::size_t node, std::uint32_t begin, std::uint32_t end,
                               std::vector<Stretch>& stretches) {
     while (begin < end) {
-        const std::uint32_t size = std::min(Stretch::kMaxSize, end - begin);
+        const std::uint32_t size = std::min(kSizeOfStretches, end - begin);
         stretches.push_back({.node = node, .begin = begin, .end = begin + size, .numLeft = 0, .sums = {}});
         begin += size;
     }

@@ -6,16 +6,15 @@
 #include <vector>
 
 #include "engine/dt/records.h"
+#include "engine/parallel.h"
 
 // The records of the nodes of a growing tree, and how they part.
 
 namespace Tessel::Engine::DT {
 
-/// A stretch of the members of a node that is split. Threads part the stretches of a node side by side; what
-/// they find does not depend on the threads, as the stretches do not.
+/// Up to `kSizeOfStretches` members of a node that is split. Threads part the stretches of a node side by
+/// side; what they find does not depend on the threads, as the stretches do not.
 struct Stretch {
-    static constexpr std::uint32_t kMaxSize = 8192;
-
     std::size_t node = 0;  ///< among those that are split at once
     std::uint32_t begin = 0, end = 0;
     std::uint32_t numLeft = 0;

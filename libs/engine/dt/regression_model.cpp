@@ -27,8 +27,8 @@ struct Moments {
     double squaresAbout(double center) const { return squares + count * (mean - center) * (mean - center); }
 };
 
-/// The greatest magnitude of all targets.
-double largestFinite(std::span<const double> targets) {
+/// Returns the greatest magnitude. @throws ConstraintViolation for missing and infinite targets.
+double requireFinite(std::span<const double> targets) {
     // Several at once, without a branch.
     std::array<double, 8> largest{};
     std::size_t numInfinite = 0;
@@ -48,14 +48,14 @@ double largestFinite(std::span<const double> targets) {
 }  // namespace
 
 void RegressionModel::fit(const TrainingData& data, std::span<const double> targets) {
-    double largest = largestFinite(targets);
+    double largest = requireFinite(targets);
     PreparedRecords prepared = prepareRecords(data, targets.size());
     std::span<const double>& used = prepared.records.targets = targets;
     if (!prepared.tableRows.empty()) {
         prepared.targets.reserve(prepared.tableRows.size());
         for (const std::uint32_t row : prepared.tableRows) prepared.targets.push_back(targets[row]);
         used = prepared.targets;
-        largest = largestFinite(used);
+        largest = requireFinite(used);
     }
     const int exponent = scaleExponent(largest);
     if (exponent != 0) {
@@ -75,7 +75,7 @@ void RegressionModel::fit(const TrainingData& data, std::span<const double> targ
 
 void RegressionModel::prune(std::span<const Cells> features, std::span<const double> targets) {
     if (targets.empty()) throw TooFewNumRows(0);
-    largestFinite(targets);
+    requireFinite(targets);
     checkCells(features, targets.size());
     const Tree& grown = tree();
     const auto scaled = [&](double value) { return std::ldexp(value, -grown.targetExponent); };

@@ -172,29 +172,31 @@ void Splitter::searchInsideBins(Search& search, std::size_t i, const OpenNode& o
 
 void Splitter::chooseSplits(const Tree& tree, std::span<const OpenNode> nodes, std::span<Search> searches,
                             std::span<Split> splits, Scratch* own) {
-    constexpr std::size_t kMaxSize = Stretch::kMaxSize;
     std::vector<Stretch>& stretches = own ? own->stretches : memory_.stretches;
     stretches.clear();
     bool haveLists = false;
     for (std::size_t i = 0; i < nodes.size(); ++i) {
         chooseCandidate(nodes[i], searches[i], splits[i]);
+        splits[i].firstStretch = stretches.size();
         if (!splits[i].candidate.exists()) continue;
         Members::appendStretches(i, nodes[i].begin, nodes[i].end, stretches);
+        splits[i].numStretches = stretches.size() - splits[i].firstStretch;
         haveLists = haveLists || listsOf(splits[i]).form == FeatureLists::Form::SORTED;
     }
-    forEach(haveLists ? stretches.size() : 0, kMaxSize, own, [&](std::size_t i, Scratch&) {
+    forEach(haveLists ? stretches.size() : 0, kSizeOfStretches, own, [&](std::size_t i, Scratch&) {
         const std::size_t node = stretches[i].node;
         if (listsOf(splits[node]).form == FeatureLists::Form::SORTED)
             markSides(nodes[node], splits[node].candidate, stretches[i]);
     });
-    forEach(stretches.size(), kMaxSize, own, [&](std::size_t i, Scratch&) {
+    forEach(stretches.size(), kSizeOfStretches, own, [&](std::size_t i, Scratch&) {
         const std::size_t node = stretches[i].node;
         partStretch(searches[node], splits[node], stretches[i]);
     });
-    forEach(nodes.size(), kMaxSize, own, [&](std::size_t i, Scratch&) {
-        if (splits[i].candidate.exists())
+    forEach(nodes.size(), kSizeOfStretches, own, [&](std::size_t i, Scratch&) {
+        Split& split = splits[i];
+        if (split.candidate.exists())
             measureChildren(tree.nodes[static_cast<std::size_t>(nodes[i].node)], nodes[i], searches[i].totals,
-                            std::ranges::equal_range(stretches, i, {}, &Stretch::node), splits[i]);
+                            std::span(stretches).subspan(split.firstStretch, split.numStretches), split);
     });
 }
 

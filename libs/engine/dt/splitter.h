@@ -40,8 +40,9 @@ struct Split {
     std::uint32_t middle = 0;
     double gain = 0.0;
     Node left, right;
-    std::vector<double> classWeights;        ///< of the left child, then of the right one
-    std::vector<std::uint8_t> codeGoesLeft;  ///< where the feature has codes
+    std::vector<double> classWeights;                ///< of the left child, then of the right one
+    std::vector<std::uint8_t> codeGoesLeft;          ///< where the feature has codes
+    std::size_t firstStretch = 0, numStretches = 0;  ///< of those that are parted at once
 
     bool exists() const { return gain > 0.0; }
 };
@@ -65,7 +66,7 @@ class Splitter {
         return members_.range(open.begin, open.end);
     }
     std::size_t numFeatures() const { return features_.size(); }
-    std::size_t numThreads() const { return scratches_.size(); }
+    std::size_t crewSize() const { return scratches_.size(); }
 
     bool isSplittable(const Tree& tree, const OpenNode& open) const;
 

@@ -83,8 +83,7 @@ struct TrainingData {
     /// Memory of the trees before this one, or null.
     GrowthMemories* memories = nullptr;
 
-    /// Told what share of the records have found their leaf; of a tree with limited nodes or splits, only
-    /// that it grows.
+    /// Told what share of the records have found their leaf.
     Watch watch = {};
 };
 

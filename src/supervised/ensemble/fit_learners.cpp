@@ -74,11 +74,11 @@ void fitLearners(int count, const Progress& progress, const WString& title,
         }
     };
     // A thread fits whole learners; a single learner uses the threads itself.
-    const int numThreads = areSideBySide ? std::min(count, Engine::numThreads()) : 1;
-    if (numThreads == 1) {
+    const int numAtOnce = areSideBySide ? std::min(count, Engine::numThreads()) : 1;
+    if (numAtOnce == 1) {
         work(true);
     } else {
-#pragma omp parallel num_threads(numThreads)
+#pragma omp parallel num_threads(numAtOnce)
         work(omp_get_thread_num() == 0);
     }
     queue.rethrow();

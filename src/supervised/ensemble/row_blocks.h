@@ -8,9 +8,9 @@
 
 namespace Tessel::Ensemble {
 
-/// Runs work(columns, begin, end) for blocks of rows by a crew: `columns` are those rows of the features.
-/// Learners that are asked of a block do so by the one thread that has it, so that the threads wait for each
-/// other once and not for every learner, and the block stays in their memory.
+/// Runs work(columns, begin, end) for blocks of rows by a crew: `columns` are those rows of the features. A
+/// block is scored by all learners of an ensemble in one thread, so that the threads meet once and not for
+/// every learner, and the block stays in the memory near the processor.
 template <class Work>
 void forEachRowBlock(Engine::Crew& crew, const std::vector<FeatureColumn>& features, std::size_t numRows,
                      Work&& work) {

@@ -34,6 +34,7 @@ struct Problem {
     TreeTable table;
     std::vector<double> targets;
 
+    Problem() = default;
     explicit Problem(const Case& how) : targets(how.numRows) {
         Random random(how.numRows + 7);
         const auto uniform = [&] { return 2.0 * random.nextUniform() - 1.0; };
@@ -104,6 +105,30 @@ TEST(BinSearch, TreesAreThoseOfSortedLists) {
         }
         omp_set_num_threads(numThreads);
     }
+}
+
+// One half of the rows has no split, the other has splits below by a feature with values beside theirs.
+TEST(BinSearch, RecordsOfNodesWithoutASplitAreNotTakenForThoseOfOthers) {
+    Problem problem;
+    Random random(5);
+    std::vector<double> half, side, number;
+    for (int row = 0; row < 20000; ++row) {
+        half.push_back(row % 2);
+        side.push_back(row % 2 == 0 ? 0.0 : 9.0 * static_cast<double>(random.nextBelow(2)));
+        number.push_back(row % 2 == 0 ? 5.0 : 9.0 * static_cast<double>(random.nextBelow(2)));
+        problem.targets.push_back(100.0 * half.back() + 3.0 * side.back() + number.back() +
+                                  random.nextUniform());
+    }
+    problem.table.addNumbers(half);
+    problem.table.addNumbers(side);
+    problem.table.addNumbers(number);
+    const DT::Tree expected = problem.grow({}, false);
+    EXPECT_EQ(expected.nodes.size(), 9u);
+    EXPECT_TRUE(areSame(problem.grow({}, true), expected));
+    std::vector<double> thresholds;
+    for (const DT::Node& node : expected.nodes)
+        if (!node.isLeaf()) thresholds.push_back(node.threshold);
+    EXPECT_EQ(thresholds, (std::vector<double>{0.5, 4.5, 4.5, 4.5}));
 }
 
 TEST(BinSearch, TargetsFarFromZeroAreSplitAsThoseNearIt) {

@@ -159,9 +159,11 @@ void Grower::growWhole(Tree& tree, OpenNode root) {
     const bool areSorted = splitter_.usesBins() && numDeferred < records_.size / kMinShareToTake;
     if (splitter_.usesBins() && !areSorted) splitter_.leaveBins(deferred);
     std::vector<Tree> subtrees(deferred.size());
-    splitter_.forEach(deferred.size(), numDeferred, nullptr, [&](std::size_t i, Scratch& scratch) {
-        subtrees[i] = areSorted ? growAlone(tree, deferred[i]) : growBelow(tree, deferred[i], scratch);
-    });
+    const std::size_t numCells = numDeferred * splitter_.numFeatures();
+    splitter_.forEach(
+        deferred.size(), numCells / deferred.size(), nullptr, [&](std::size_t i, Scratch& scratch) {
+            subtrees[i] = areSorted ? growAlone(tree, deferred[i]) : growBelow(tree, deferred[i], scratch);
+        });
     for (std::size_t i = 0; i < deferred.size(); ++i) graft(tree, deferred[i].node, subtrees[i]);
 }
 

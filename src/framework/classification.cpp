@@ -171,8 +171,7 @@ std::shared_ptr<IModelable> IEstimator::fit(const DataFrame& features, const Dat
 }
 
 std::shared_ptr<IModelable> IEstimator::fitResample(const TrainingFeatures& features,
-                                                    const ClassTarget& target,
-                                                    const Supervised::Resample& resample,
+                                                    const ClassTarget& target, Supervised::Resample& resample,
                                                     const Supervised::Preparation* preparation,
                                                     const Progress& progress) const {
     const auto classOf = [&](std::int32_t row) {
@@ -195,9 +194,11 @@ std::shared_ptr<IModelable> IEstimator::fitResample(const TrainingFeatures& feat
     if (takesMultiplicities()) {
         std::vector<double> counts(target.classes.size(), 0.0);
         for (const std::int32_t row : resample.rows) counts[classOf(row)] += 1.0;
+        const std::int32_t firstRow = resample.rows.front();
+        resample.rows = std::vector<std::int32_t>();
         return fitOn({features, target, priors(target.classes, classSizes(target, resample.multiplicities)),
                       resample.multiplicities, preparation, progress},
-                     std::move(counts), resample.rows.front());
+                     std::move(counts), firstRow);
     }
     const TrainingFeatures drawnFeatures = selectRows(features, resample.rows);
     const ClassTarget drawnTarget = selectRows(target, resample.rows);

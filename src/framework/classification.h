@@ -109,9 +109,11 @@ class IEstimator : public Supervised::IEstimator, public PriorProbability::IAdmi
         return fit(features, target);
     }
     /// Fits on a resample of data that were checked for this learner, as an ensemble does.
+    /// @param resample     loses its rows where the learner takes multiplicities: on long tables that is
+    /// much.
     /// @param preparation  what `prepare` made of the features, or null.
     std::shared_ptr<IModelable> fitResample(const TrainingFeatures& features, const ClassTarget& target,
-                                            const Supervised::Resample& resample,
+                                            Supervised::Resample& resample,
                                             const Supervised::Preparation* preparation,
                                             const Progress& progress) const;
     /// Checks of the parameters against the classes. @throws InvalidSuccessLabel, errors of priors

@@ -54,10 +54,11 @@ std::shared_ptr<IModelable> IEstimator::fit(const DataFrame& features, const Dat
 }
 
 std::shared_ptr<IModelable> IEstimator::fitResample(
-    const TrainingFeatures& features, std::span<const double> target, const Supervised::Resample& resample,
+    const TrainingFeatures& features, std::span<const double> target, Supervised::Resample& resample,
     const Supervised::Preparation* preparation, const Progress& progress, std::span<double> fitted) const {
     std::shared_ptr<IModelable> model;
     if (resample.rows.empty() || takesMultiplicities()) {
+        resample.rows = std::vector<std::int32_t>();
         TrainingSet data{features, target, resample.multiplicities, preparation, progress};
         if (!fitted.empty() && fillsFitted(data)) data.fitted = std::exchange(fitted, {});
         model = fitEngine(data);

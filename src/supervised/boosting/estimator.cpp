@@ -49,8 +49,8 @@ std::shared_ptr<IModelable> IEstimator::fitEngine(const TrainingSet& data) const
                                                      (m + 1.0) / numWeakLearners.get(),
                                                      getModelName() + L": " + Ensemble::learnerTitle(m));
         progress.report(0.0, {});
-        const auto resample = Supervised::Resample::of(
-            Util::sample(rowWeights, resamplingSeed.get()).elements(), data.features.schema.numRows);
+        auto resample = Supervised::Resample::of(Util::sample(rowWeights, resamplingSeed.get()).elements(),
+                                                 data.features.schema.numRows);
         if (!Engine::Ensemble::coversClasses(resample.rows, classes, numClasses))
             throw EnsembleSamplingMissedClass();
         std::shared_ptr<IModelable> weakModel =
@@ -106,6 +106,7 @@ std::shared_ptr<IModelable> IEstimator::fitEngine(const TrainingSet& data) const
                           static_cast<double>(numRows);
 
     Engine::Crew crew(Engine::numThreads());
+    Supervised::Resample allRows;
     std::vector<double> residuals(data.target.begin(), data.target.end()), predicted(numRows);
     for (double& residual : residuals) residual -= model->meanResponse;
     requireFiniteResiduals(residuals);
@@ -115,7 +116,7 @@ std::shared_ptr<IModelable> IEstimator::fitEngine(const TrainingSet& data) const
                                                      getModelName() + L": " + Ensemble::learnerTitle(m));
         progress.report(0.0, {});
         std::shared_ptr<IModelable> weakModel =
-            weak->fitResample(data.features, residuals, {}, preparation.get(), progress, predicted);
+            weak->fitResample(data.features, residuals, allRows, preparation.get(), progress, predicted);
         Engine::forEachStretch(&crew, numRows, [&](std::size_t begin, std::size_t end) {
             const double step = model->stepSize;
             for (std::size_t row = begin; row < end; ++row) residuals[row] -= step * predicted[row];

@@ -100,41 +100,66 @@ void BinSearch::addUp(std::span<const std::size_t> features, std::span<const std
     for (; i < features.size(); ++i) addUp<1>(&features[i], members, &bins[i]);
 }
 
+/// Whether a split in front of, between or inside some neighbouring bins may reach a score.
+bool BinSearch::mayReach(const Rating& atBegin, const BinnedNode& node, const BinSum& sum,
+                         double score) const {
+    const std::int64_t fewest = std::max(atBegin.count, minNumRecords_);
+    const std::int64_t most = std::min(atBegin.count + count(sum), node.numRecords - minNumRecords_);
+    return fewest <= most && atBegin.mayReach(score, (sizes(sum) + sum.deviations) / 2,
+                                              (sizes(sum) - sum.deviations) / 2, fewest, most);
+}
+
+/// Calls look(bin, left) for the bins with records near which a split may reach score(). Several bins that
+/// cannot are left out at once.
+template <class Score, class Look>
+void BinSearch::forEachBin(std::size_t feature, const BinnedNode& node, Score&& score, Look&& look) const {
+    constexpr std::size_t kBinsAtOnce = 16;
+    const std::size_t numBins = columns_[feature].numBins();
+    Rating left = begin(feature, node);
+    for (std::size_t first = 0; first < numBins; first += kBinsAtOnce) {
+        const std::size_t end = std::min(first + kBinsAtOnce, numBins);
+        BinSum sum;
+        for (std::size_t bin = first; bin < end; ++bin) sum += node.bins[bin];
+        if (!mayReach(left, node, sum, score())) {
+            left.add(sum.deviations, count(sum));
+            continue;
+        }
+        for (std::size_t bin = first; bin < end; ++bin) {
+            if (count(node.bins[bin]) > 0) look(bin, left);
+            left.add(node.bins[bin].deviations, count(node.bins[bin]));
+        }
+    }
+}
+
 Candidate BinSearch::searchEnds(std::size_t feature, const BinnedNode& node) const {
     const std::vector<SharedColumn::Bin>& bins = columns_[feature].bins;
-    Rating left = begin(feature, node);
-    left.add(node.bins[0].deviations, count(node.bins[0]));
+    const std::int64_t numMissing = count(node.bins[0]);
     Candidate best;
-    bool isFirst = true;
-    for (std::size_t bin = 1; bin < columns_[feature].numBins(); ++bin) {
-        const std::int64_t number = count(node.bins[bin]);
-        if (number == 0) continue;
-        if (!isFirst && left.count >= minNumRecords_ && node.numRecords - left.count >= minNumRecords_ &&
-            left.reaches(best.score) && left.score() > best.score) {
+    forEachBin(
+        feature, node, [&] { return best.score; },
+        [&](std::size_t bin, const Rating& left) {
+            const bool isSplit = left.count > numMissing && left.count >= minNumRecords_ &&
+                                 node.numRecords - left.count >= minNumRecords_;
+            if (!isSplit || !left.reaches(best.score) || !(left.score() > best.score)) return;
             best.score = left.score();
             best.lower = best.upper = bins[bin].begin;
-        }
-        isFirst = false;
-        left.add(node.bins[bin].deviations, number);
-    }
+        });
     return best;
 }
 
 void BinSearch::searchInside(std::size_t feature, const BinnedNode& node, double least, Scratch& scratch,
                              Candidate& best) const {
     const std::vector<SharedColumn::Bin>& bins = columns_[feature].bins;
-    Rating left = begin(feature, node);
-    for (std::size_t bin = 0; bin < columns_[feature].numBins(); ++bin) {
+    const auto score = [&] { return std::max(least, best.score); };
+    forEachBin(feature, node, score, [&](std::size_t bin, const Rating& left) {
         const BinSum& sum = node.bins[bin];
-        const std::int64_t number = count(sum);
         const std::int64_t fewest = std::max(left.count + 1, minNumRecords_);
-        const std::int64_t most = std::min(left.count + number - 1, node.numRecords - minNumRecords_);
-        if (number > 1 && bins[bin].hasManyValues && fewest <= most &&
-            left.mayReach(std::max(least, best.score), (sizes(sum) + sum.deviations) / 2,
-                          (sizes(sum) - sum.deviations) / 2, fewest, most))
+        const std::int64_t most = std::min(left.count + count(sum) - 1, node.numRecords - minNumRecords_);
+        if (bins[bin].hasManyValues && fewest <= most &&
+            left.mayReach(score(), (sizes(sum) + sum.deviations) / 2, (sizes(sum) - sum.deviations) / 2,
+                          fewest, most))
             walk(feature, bin, left, node, least, scratch, best);
-        left.add(sum.deviations, number);
-    }
+    });
 }
 
 void BinSearch::walk(std::size_t feature, std::size_t bin, const Rating& atBegin, const BinnedNode& node,

@@ -1,8 +1,5 @@
 #include "supervised/boosting/estimator.h"
 
-#include <algorithm>
-#include <cmath>
-
 #include <tessel/data/util/random.h>
 #include <tessel/framework/errors.h>
 #include <tessel/framework/ladon.h>
@@ -88,8 +85,10 @@ IEstimatable::LadonIdentity IEstimator::ladonIdentity() const {
 }
 
 /// @throws ConstraintViolation
-static void requireFiniteResiduals(const std::vector<double>& residuals) {
-    if (!std::all_of(residuals.begin(), residuals.end(), [](double value) { return std::isfinite(value); }))
+static void requireFiniteResiduals(const std::vector<double>& residuals, Engine::Crew& crew) {
+    // x - x is 0 for finite numbers only.
+    const auto difference = [&](std::size_t row) { return residuals[row] - residuals[row]; };
+    if (Engine::sumByStretches(&crew, residuals.size(), difference) != 0.0)
         throw ConstraintViolation("target",
                                   "The residuals leave the range of double; divide the target by a large "
                                   "number, or take a smaller step size.");
@@ -109,7 +108,7 @@ std::shared_ptr<IModelable> IEstimator::fitEngine(const TrainingSet& data) const
     Supervised::Resample allRows;
     std::vector<double> residuals(data.target.begin(), data.target.end()), predicted(numRows);
     for (double& residual : residuals) residual -= model->meanResponse;
-    requireFiniteResiduals(residuals);
+    requireFiniteResiduals(residuals, crew);
     for (int m = 0; m < numWeakLearners.get(); ++m) {
         const Progress progress = data.progress.part(static_cast<double>(m) / numWeakLearners.get(),
                                                      (m + 1.0) / numWeakLearners.get(),
@@ -121,7 +120,7 @@ std::shared_ptr<IModelable> IEstimator::fitEngine(const TrainingSet& data) const
             const double step = model->stepSize;
             for (std::size_t row = begin; row < end; ++row) residuals[row] -= step * predicted[row];
         });
-        requireFiniteResiduals(residuals);
+        requireFiniteResiduals(residuals, crew);
         model->add(std::move(weakModel), 1.0);
     }
     return model;

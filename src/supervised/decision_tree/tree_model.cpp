@@ -8,8 +8,8 @@
 #include <tessel/data/util/sets.h>
 
 #include "data/number_text.h"
+#include "engine/crew.h"
 #include "engine/dt/growth_memory.h"
-#include "engine/parallel.h"
 
 namespace Tessel::DecisionTree {
 
@@ -125,14 +125,10 @@ std::unique_ptr<Supervised::Preparation> sortTable(const TrainingFeatures& featu
     const std::vector<Engine::DT::TrainingFeature> columns = trainingData(features, {}, {}, nullptr).features;
     auto table = std::make_unique<SortedTable>();
     table->columns.resize(columns.size());
-    Engine::ExceptionCarrier carrier;
-#pragma omp parallel for schedule(dynamic)
-    for (std::size_t i = 0; i < columns.size(); ++i)
-        carrier.run([&] {
-            table->columns[i] =
-                Engine::DT::shareColumn(columns[i], numRows, useAllRows && numRows >= kMinNumRowsOfBins);
-        });
-    carrier.rethrow();
+    Engine::Crew(Engine::numThreads()).forEach(columns.size(), [&](std::size_t i, int) {
+        table->columns[i] =
+            Engine::DT::shareColumn(columns[i], numRows, useAllRows && numRows >= kMinNumRowsOfBins);
+    });
     return table;
 }
 

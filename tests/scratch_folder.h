@@ -12,10 +12,11 @@ namespace Tessel {
 /// An own folder for the files of a test, removed in the end. Tests run side by side.
 class ScratchFolder {
  public:
-    ScratchFolder()
-        : path(std::filesystem::temp_directory_path() /
-               ("tessel_" + std::to_string(std::random_device{}()))) {
-        std::filesystem::create_directory(path);
+    ScratchFolder() {
+        do {
+            path =
+                std::filesystem::temp_directory_path() / ("tessel_" + std::to_string(std::random_device{}()));
+        } while (!std::filesystem::create_directory(path));  // until it is nobody else's
     }
     ~ScratchFolder() { std::filesystem::remove_all(path); }
     ScratchFolder(const ScratchFolder&) = delete;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cassert>
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
@@ -49,7 +50,8 @@ class Crew {
                 self.carrier.run([&] { self.work(std::size_t{i}, thread); });
             }
         } loop{work};
-        share(static_cast<std::uint32_t>(n), &Loop::run, &loop);
+        assert(n >> 31 >> 1 == 0);
+        if (n > 0) share(static_cast<std::uint32_t>(n), &Loop::run, &loop);
         loop.carrier.rethrow();
     }
 

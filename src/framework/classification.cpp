@@ -1,6 +1,7 @@
 #include "framework/classification.h"
 
 #include <algorithm>
+#include <cassert>
 
 #include <tessel/data/convert.h>
 #include <tessel/framework/errors.h>
@@ -187,6 +188,7 @@ std::shared_ptr<IModelable> IEstimator::fitResample(const TrainingFeatures& feat
               classes.size() == 2 ? classes[classOf(firstRow)] : WString());
         return model;
     };
+    assert(!resample.rows.empty() || resample.multiplicities.empty());
     if (resample.rows.empty())
         return fitOn(
             {features, target, priors(target.classes, classSizes(target, {})), {}, preparation, progress},

@@ -109,8 +109,7 @@ class IEstimator : public Supervised::IEstimator, public PriorProbability::IAdmi
         return fit(features, target);
     }
     /// Fits on a resample of data that were checked for this learner, as an ensemble does.
-    /// @param resample     loses its rows where the learner takes multiplicities: on long tables that is
-    /// much.
+    /// @param resample     is left without its rows, to save memory, where the learner takes multiplicities.
     /// @param preparation  what `prepare` made of the features, or null.
     std::shared_ptr<IModelable> fitResample(const TrainingFeatures& features, const ClassTarget& target,
                                             Supervised::Resample& resample,

@@ -55,8 +55,7 @@ class IEstimator : public Supervised::IEstimator {
         return fit(features, target);
     }
     /// Fits on a resample of data that were checked for this learner, as an ensemble does.
-    /// @param resample     loses its rows where the learner takes multiplicities: on long tables that is
-    /// much.
+    /// @param resample     is left without its rows, to save memory, where the learner takes multiplicities.
     /// @param preparation  what `prepare` made of the features, or null.
     /// @param fitted       receives what the model predicts of each row of the table; empty for no interest.
     std::shared_ptr<IModelable> fitResample(const TrainingFeatures& features, std::span<const double> target,

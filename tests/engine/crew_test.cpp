@@ -1,6 +1,8 @@
 #include "engine/crew.h"
 
+#include <chrono>
 #include <stdexcept>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -24,6 +26,20 @@ TEST(Crew, EachItemOfManyLoopsIsDoneOnceByAThreadOfTheCrew) {
             std::size_t sum = 0;
             for (const std::size_t number : numByThread) sum += number;
             ASSERT_EQ(sum, timesDone.size());
+        }
+    }
+}
+
+TEST(Crew, WakesAndEndsWhetherItsThreadsSleepOrNot) {
+    for (int pause = 0; pause < 300; ++pause) {
+        Crew unused(3);
+        Crew crew(3);
+        for (int loop = 0; loop < 3; ++loop) {
+            std::vector<int> numThreads(4);
+            crew.forEach(numThreads.size(),
+                         [&](std::size_t i, int) { numThreads[i] = Engine::numThreads(); });
+            EXPECT_EQ(numThreads, std::vector<int>(4, 1));  // the work is beside others
+            std::this_thread::sleep_for(std::chrono::microseconds(3 * pause));
         }
     }
 }

@@ -264,10 +264,10 @@ struct Geom {
         .parameters = {{{L"prob", 0.5}}},
         .numParameters = 1};
 
-    double p, logP, logQ, inverseLogQ;
+    double p, logP, logQ, slack;
 
     explicit Geom(const Parameters& parameters)
-        : p(parameters[0]), logP(std::log(p)), logQ(std::log1p(-p)), inverseLogQ(1.0 / logQ) {}
+        : p(parameters[0]), logP(std::log(p)), logQ(std::log1p(-p)), slack(-1e-15 / logQ) {}
 
     bool isValid() const { return p > 0.0 && p <= 1.0; }
     Interval support() const { return {0.0, p < 1.0 ? kInfinity : 0.0}; }
@@ -275,12 +275,12 @@ struct Geom {
     double cdf(double x) const { return -std::expm1((x + 1.0) * logQ); }
     double complementaryCdf(double x) const { return std::exp((x + 1.0) * logQ); }
     /// The quantile is the largest whole number below it, but for rounding.
-    double quantileGuess(double probability) const { return logOnePlus(-probability) * inverseLogQ; }
+    double quantileGuess(double probability) const { return logOnePlus(-probability) / logQ; }
     double quickQuantile(double probability, double guess) const {
         const double middle = guess - 0.5, whole = wholeNear(middle);
         const double gap = 0.5 - std::abs(middle - whole);
         // Where rounding might decide, the cdf does.
-        return (gap - 1e-12 * (1.0 + whole)) * (1.0 - probability) > -1e-15 * inverseLogQ ? whole : kNaN;
+        return (gap - 1e-12 * (1.0 + whole)) * (1.0 - probability) > slack ? whole : kNaN;
     }
     Moments moments() const {
         const double q = 1.0 - p;

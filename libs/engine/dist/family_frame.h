@@ -269,14 +269,14 @@ struct Placed {
         if constexpr (requires { family.quantileChain(); }) {
             answerBlocks(p, result, 0.0, isPlain, family.quantileChain().then(toPlace), any);
         } else if constexpr (requires { family.quickQuantile(0.5, 0.0); }) {
-            const auto plain = [this, &any](std::span<double> block, double* out) {
+            const auto plain = [this](std::span<double> block, double* out) {
                 const auto own = family;  // copies, as above
                 const auto at = *this;
                 for (std::size_t i = 0; i < block.size(); ++i) out[i] = own.quantileGuess(block[i]);
                 for (std::size_t i = 0; i < block.size(); ++i)
                     out[i] = at.place(own.quickQuantile(block[i], out[i]));
                 for (std::size_t i = 0; i < block.size(); ++i)
-                    if (std::isnan(out[i])) out[i] = any(block[i]);
+                    if (std::isnan(out[i])) out[i] = at.place(Frame::wholeQuantile(own, block[i]));
             };
             answerBlocks(p, result, 0.0, isPlain, plain, any);
         } else {

@@ -50,10 +50,10 @@ BinSearch::BinSearch(std::span<const SharedColumn> columns, std::span<const doub
     // From one of the targets, as a sum of numbers that are all far from 0 is not their mean.
     const std::size_t numRecords = targets.size();
     const double origin = targets[0];
-    const double mean = sumByStretches(crew, numRecords, [&](std::size_t i) { return targets[i] - origin; }) /
-                        static_cast<double>(numRecords);
-    const double size = sumByStretches(crew, numRecords,
-                                       [&](std::size_t i) { return std::abs((targets[i] - origin) - mean); });
+    const double sum = sumByStretches(crew, numRecords, [&](std::size_t i) { return targets[i] - origin; });
+    const double mean = origin + sum / static_cast<double>(numRecords);
+    const double size =
+        sumByStretches(crew, numRecords, [&](std::size_t i) { return std::abs(targets[i] - mean); });
     // All absolute deviations add up to 2^61 or less, and rounded up to where a count ends, to 2^63 or less.
     countMask_ = (std::int64_t{1} << std::bit_width(numRecords)) - 1;
     const int exponent = size > 0.0 ? 60 - std::ilogb(size) : 0;
@@ -63,7 +63,7 @@ BinSearch::BinSearch(std::span<const SharedColumn> columns, std::span<const doub
     records_.marks.resize(numRecords);
     forEachStretch(crew, numRecords, [&](std::size_t begin, std::size_t end) {
         for (std::size_t i = begin; i < end; ++i)
-            records_.deviations[i] = std::llrint(((targets[i] - origin) - mean) * scale);
+            records_.deviations[i] = std::llrint((targets[i] - mean) * scale);
         std::fill(records_.marks.data() + begin, records_.marks.data() + end, std::uint8_t{0});
     });
 }

@@ -105,8 +105,9 @@ class Splitter {
 
     /// Runs work(i, scratch) for i below n: by all threads when there is much to do and nobody gave memory of
     /// their own (a thread that grows a subtree does so).
+    /// @param numCells  that one call looks at
     template <class Work>
-    void forEach(std::size_t n, std::size_t numRecords, Scratch* own, Work&& work);
+    void forEach(std::size_t n, std::size_t numCells, Scratch* own, Work&& work);
 
  private:
     bool searchesAllFeatures() const;
@@ -147,8 +148,8 @@ class Splitter {
 };
 
 template <class Work>
-void Splitter::forEach(std::size_t n, std::size_t numRecords, Scratch* own, Work&& work) {
-    if (own || n < 2 || !crew_ || n * numRecords < kMinCellsInParallel) {
+void Splitter::forEach(std::size_t n, std::size_t numCells, Scratch* own, Work&& work) {
+    if (own || n < 2 || !crew_ || n * numCells < kMinCellsInParallel) {
         for (std::size_t i = 0; i < n; ++i) work(i, own ? *own : scratches_[0]);
         return;
     }

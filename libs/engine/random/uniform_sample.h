@@ -9,9 +9,9 @@
 // - Monte Carlo: the numbers of the generator.
 // - Latin hypercube: M. McKay, R. Beckman & W. Conover, Technometrics 21 (1979) 239-245. Of n numbers of a
 //   variable one falls into each n-th part of (0, 1), anywhere in it, and the parts come in random order, by
-//   the shuffle of R. Durstenfeld, Communications of the ACM 7 (1964) 420. A number takes one draw, in
-//   samples of 2^16 to 2^22 numbers of a variable a short one: it then is one of some 2^32 / n places of its
-//   part.
+//   the shuffle of R. Durstenfeld, Communications of the ACM 7 (1964) 420. A number takes one draw, of
+//   the Mersenne Twister in samples of 2^16 to 2^22 numbers of a variable a short one: it then is one of some
+//   2^32 / n places of its part.
 // - Sobol RQMC: I. Sobol's sequence with the direction numbers of S. Joe & F. Kuo, SIAM Journal on Scientific
 //   Computing 30 (2008) 2635-2654, in Gray-code order from the origin on, randomised by a random linear
 //   scramble and a digital shift (J. Matousek, Journal of Complexity 14 (1998) 527-556): each point is

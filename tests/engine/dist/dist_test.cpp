@@ -194,7 +194,7 @@ TEST(Families, QuantilesOfUnusualShapes) {
 
 TEST(Families, GeometricQuantileIsExactAtSteps) {
     // The smallest whole number whose chance is reached, for chances at a step, beside one, and far from any.
-    for (const double parameter : {1e-9, 1e-6, 0.003, 0.1, 0.25, 0.5, 0.75, 0.999}) {
+    for (const double parameter : {1e-310, 1e-9, 1e-6, 0.003, 0.1, 0.25, 0.5, 0.75, 0.999}) {
         const CGeomDist dist(parameter);
         std::vector<double> chances;
         for (double x = 0.0; x < 3e9; x += 1.0 + std::floor(0.01 * x)) {

@@ -46,11 +46,12 @@ TEST(UniformSample, LatinHypercubeHasOneNumberInEachPart) {
                 }
             }
             if (size < 1000) continue;
-            EXPECT_NEAR(jitter / (3.0 * static_cast<double>(size)), 0.5, 0.027);  // five deviations, as below
-            EXPECT_NEAR(correlation(rows[0], rows[1]), 0.0, 0.16);
-            EXPECT_NEAR(correlation(rows[0], rows[2]), 0.0, 0.16);
+            const double fiveDeviations = 5.0 / std::sqrt(static_cast<double>(size));
+            EXPECT_NEAR(jitter / (3.0 * static_cast<double>(size)), 0.5, fiveDeviations / 6.0);
+            EXPECT_NEAR(correlation(rows[0], rows[1]), 0.0, fiveDeviations);
+            EXPECT_NEAR(correlation(rows[0], rows[2]), 0.0, fiveDeviations);
             Numbers next(rows[0].begin() + 1, rows[0].end()), previous(rows[0].begin(), rows[0].end() - 1);
-            EXPECT_NEAR(correlation(next, previous), 0.0, 0.16);
+            EXPECT_NEAR(correlation(next, previous), 0.0, fiveDeviations);
         }
 }
 

@@ -16,10 +16,6 @@
 
 namespace Tessel::Engine {
 
-/// How many threads a computation may use: as many as OpenMP would, and one where it runs beside others, as
-/// in a parallel region or in the loop of a crew.
-int numThreads();
-
 /// Threads that share the loops of a computation of many short ones.
 ///
 /// The threads of OpenMP meet at the end of each loop, also those that found nothing left to do. Where other

@@ -13,6 +13,10 @@ namespace Tessel::Engine {
 /// and comes out of it. Empty: nobody watches.
 using Watch = std::function<void(double shareDone)>;
 
+/// How many threads a computation may use: as many as OpenMP would, and one where it runs beside others, as
+/// in a parallel region or in the loop of a crew.
+int numThreads();
+
 /// Long loops are parted into stretches of so many items, at any number of threads: sums of stretches are
 /// then always the same.
 inline constexpr std::uint32_t kSizeOfStretches = 8192;

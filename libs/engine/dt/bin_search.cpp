@@ -100,11 +100,14 @@ void BinSearch::addUp(std::span<const std::size_t> features, std::span<const std
     for (; i < features.size(); ++i) addUp<1>(&features[i], members, &bins[i]);
 }
 
-/// Whether a split in front of, between or inside some neighbouring bins may reach a score.
-bool BinSearch::mayReach(const Rating& atBegin, const BinnedNode& node, const BinSum& sum,
-                         double score) const {
-    const std::int64_t fewest = std::max(atBegin.count, minNumRecords_);
-    const std::int64_t most = std::min(atBegin.count + count(sum), node.numRecords - minNumRecords_);
+/// Whether a split that parts some neighbouring bins may reach a score.
+/// @param numInside  the least number of their records on either side: 0 for splits in front of and behind
+///                   them too.
+bool BinSearch::mayReach(const Rating& atBegin, const BinnedNode& node, const BinSum& sum, double score,
+                         std::int64_t numInside) const {
+    const std::int64_t fewest = std::max(atBegin.count + numInside, minNumRecords_);
+    const std::int64_t most =
+        std::min(atBegin.count + count(sum) - numInside, node.numRecords - minNumRecords_);
     return fewest <= most && atBegin.mayReach(score, (sizes(sum) + sum.deviations) / 2,
                                               (sizes(sum) - sum.deviations) / 2, fewest, most);
 }
@@ -120,7 +123,7 @@ void BinSearch::forEachBin(std::size_t feature, const BinnedNode& node, Score&& 
         const std::size_t end = std::min(first + kBinsAtOnce, numBins);
         BinSum sum;
         for (std::size_t bin = first; bin < end; ++bin) sum += node.bins[bin];
-        if (!mayReach(left, node, sum, score())) {
+        if (!mayReach(left, node, sum, score(), 0)) {
             left.add(sum.deviations, count(sum));
             continue;
         }
@@ -152,12 +155,7 @@ void BinSearch::searchInside(std::size_t feature, const BinnedNode& node, double
     const std::vector<SharedColumn::Bin>& bins = columns_[feature].bins;
     const auto score = [&] { return std::max(least, best.score); };
     forEachBin(feature, node, score, [&](std::size_t bin, const Rating& left) {
-        const BinSum& sum = node.bins[bin];
-        const std::int64_t fewest = std::max(left.count + 1, minNumRecords_);
-        const std::int64_t most = std::min(left.count + count(sum) - 1, node.numRecords - minNumRecords_);
-        if (bins[bin].hasManyValues && fewest <= most &&
-            left.mayReach(score(), (sizes(sum) + sum.deviations) / 2, (sizes(sum) - sum.deviations) / 2,
-                          fewest, most))
+        if (bins[bin].hasManyValues && mayReach(left, node, node.bins[bin], score(), 1))
             walk(feature, bin, left, node, least, scratch, best);
     });
 }

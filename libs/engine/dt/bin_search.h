@@ -107,7 +107,8 @@ class BinSearch {
     void walk(std::size_t feature, std::size_t bin, const Rating& atBegin, const BinnedNode& node,
               double least, Scratch& scratch, Candidate& best) const;
     Rating begin(std::size_t feature, const BinnedNode& node) const;
-    bool mayReach(const Rating& atBegin, const BinnedNode& node, const BinSum& sum, double score) const;
+    bool mayReach(const Rating& atBegin, const BinnedNode& node, const BinSum& sum, double score,
+                  std::int64_t numInside) const;
     template <class Score, class Look>
     void forEachBin(std::size_t feature, const BinnedNode& node, Score&& score, Look&& look) const;
     /// A record as if it were a bin.

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <limits>
 
-#include "engine/crew.h"
+#include "engine/parallel.h"
 
 namespace Tessel::Engine::DT {
 

@@ -8,8 +8,8 @@
 
 #include <omp.h>
 
-#include "engine/crew.h"
 #include "engine/nb/naive_bayes.h"
+#include "engine/parallel.h"
 
 namespace Tessel::Engine::NB {
 namespace {

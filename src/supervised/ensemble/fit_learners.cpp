@@ -8,7 +8,7 @@
 
 #include <tessel/data/convert.h>
 
-#include "engine/crew.h"
+#include "engine/parallel.h"
 
 namespace Tessel::Ensemble {
 namespace {

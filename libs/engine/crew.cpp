@@ -19,14 +19,14 @@ int numThreads() { return isInLoop || omp_in_parallel() ? 1 : omp_get_max_thread
 
 Crew::~Crew() {
     isClosed_ = true;
-    publish(0);
+    wake();
     for (std::thread& helper : helpers_) helper.join();
 }
 
 /// @param size  of all threads
 void Crew::start(std::size_t size) {
     try {
-        for (int thread = static_cast<int>(helpers_.size()) + 1; helpers_.size() + 1 < size; ++thread)
+        for (std::size_t thread = helpers_.size() + 1; thread < size; ++thread)
             helpers_.emplace_back([this, thread] { serve(thread); });
     } catch (const std::system_error&) {  // the system has no more: those that are there do
         maxSize_ = helpers_.size() + 1;
@@ -40,30 +40,39 @@ void Crew::share(std::uint32_t n, Run run, void* loop) {
     loop_ = loop;
     numItems_ = n;
     numDone_ = 0;
-    publish(n);
-    for (std::uint64_t offer = offer_; takeOne(offer, 0); offer = offer_) {
+    const std::uint64_t number = std::uint64_t{numLoops_ + 1} << 32;
+    for (std::size_t i = 0; i < shares_.size(); ++i)
+        shares_[i].offer = number | (beginOf(i + 1, n) - beginOf(i, n));
+    wake();
+    while (takeOne(0)) {
     }
     while (numDone_ != n) std::this_thread::yield();
 }
 
-/// A new loop, which nobody can mistake for the one before.
-void Crew::publish(std::uint32_t n) {
-    const std::uint64_t loop = (offer_ >> 32) + 1;
-    offer_ = loop << 32 | n;
+/// Counts a new loop and tells those that sleep.
+void Crew::wake() {
+    ++numLoops_;
     if (numAsleep_ == 0) return;
-    { const std::lock_guard lock(mutex_); }  // who saw the offer before waits by now
+    { const std::lock_guard lock(mutex_); }  // who saw the number before waits by now
     wake_.notify_all();
 }
 
-/// Does one item of the loop, whoever else tries; returns false when there is none left.
-bool Crew::takeOne(std::uint64_t& offer, int thread) {
-    while (numLeft(offer) > 0) {
-        const std::uint32_t item = numItems_ - numLeft(offer);
+/// Does one item of the loop, of the own share as long as there is one; returns false when none is left.
+bool Crew::takeOne(std::size_t thread) {
+    for (std::size_t i = 0; i < shares_.size(); ++i)
+        if (takeOne((thread + i) % shares_.size(), thread)) return true;
+    return false;
+}
+
+/// The same of a share, whoever else tries.
+bool Crew::takeOne(std::size_t share, std::size_t thread) {
+    for (std::uint64_t offer = shares_[share].offer; numLeft(offer) > 0;) {
+        const std::uint32_t item = beginOf(share + 1, numItems_) - numLeft(offer);
         const Run run = run_;
         void* const loop = loop_;
-        if (!offer_.compare_exchange_weak(offer, offer - 1)) continue;
+        if (!shares_[share].offer.compare_exchange_weak(offer, offer - 1)) continue;
         const bool wasInLoop = std::exchange(isInLoop, true);
-        run(loop, item, thread);
+        run(loop, item, static_cast<int>(thread));
         isInLoop = wasInLoop;
         ++numDone_;
         return true;
@@ -71,11 +80,11 @@ bool Crew::takeOne(std::uint64_t& offer, int thread) {
     return false;
 }
 
-void Crew::serve(int thread) {
+void Crew::serve(std::size_t thread) {
     constexpr int kMaxNumTries = 200;  // before it sleeps
     for (int numTries = 0;;) {
-        std::uint64_t offer = offer_;
-        if (takeOne(offer, thread)) {
+        const std::uint32_t numLoops = numLoops_;
+        if (takeOne(thread)) {
             numTries = 0;
         } else if (isClosed_) {
             return;
@@ -84,7 +93,7 @@ void Crew::serve(int thread) {
         } else {
             std::unique_lock lock(mutex_);
             ++numAsleep_;
-            wake_.wait(lock, [&] { return offer_ != offer; });
+            wake_.wait(lock, [&] { return numLoops_ != numLoops; });
             --numAsleep_;
             numTries = 0;
         }

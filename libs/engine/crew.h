@@ -21,17 +21,21 @@ namespace Tessel::Engine {
 /// The threads of OpenMP meet at the end of each loop, also those that found nothing left to do. Where other
 /// programs use the machine too, each meeting waits until the last thread was given a processor, which takes
 /// longer than the loop. Here the thread that runs a loop waits for begun work only.
+///
+/// Each thread begins with its own share of the items, which are neighbours: in loops over the same items it
+/// then finds in the memory near its processor what it left there. Threads that are done take from others.
 class Crew {
  public:
     /// @param size  of all threads, the one that runs the loops included; others start with a loop for them.
-    explicit Crew(int size) : size_(size), maxSize_(static_cast<std::size_t>(size)) {}
+    explicit Crew(int size) : shares_(static_cast<std::size_t>(size)), maxSize_(shares_.size()) {}
     Crew(const Crew&) = delete;
     Crew& operator=(const Crew&) = delete;
     ~Crew();
 
-    int size() const { return size_; }
+    int size() const { return static_cast<int>(shares_.size()); }
+    bool isOneThread() const { return shares_.size() == 1; }
 
-    /// Runs work(i, thread) for i below n, in ascending order but side by side; thread is below `size`, and 0
+    /// Runs work(i, thread) for i below n, those of a share in ascending order; thread is below `size`, and 0
     /// on the thread that called. Not to be called by two threads at once, nor by the work.
     /// @throws the first exception of the work, after which the rest is left out.
     /// @pre n < 2^32
@@ -56,45 +60,57 @@ class Crew {
 
     void start(std::size_t size);
     void share(std::uint32_t n, Run run, void* loop);
-    void publish(std::uint32_t n);
-    bool takeOne(std::uint64_t& offer, int thread);
-    void serve(int thread);
+    void wake();
+    bool takeOne(std::size_t thread);
+    bool takeOne(std::size_t share, std::size_t thread);
+    void serve(std::size_t thread);
+    std::uint32_t beginOf(std::size_t share, std::uint32_t n) const {
+        return static_cast<std::uint32_t>(share * n / shares_.size());
+    }
 
-    const int size_;
-    std::size_t maxSize_;  // as far as the system has threads
+    // The number of the loop in the upper half, how many items of the share nobody has taken yet in the
+    // lower. A loop is not over before all its items are, so who takes one has read what belongs to it.
+    struct alignas(64) Share {
+        std::atomic<std::uint64_t> offer{0};
+    };
+    std::vector<Share> shares_;  // by thread
+    std::size_t maxSize_;        // as far as the system has threads
     std::vector<std::thread> helpers_;
-    // The number of the loop in the upper half, how many items nobody has taken yet in the lower. A loop is
-    // not over before all its items are, so who takes one has read what belongs to it.
-    std::atomic<std::uint64_t> offer_{0};
     std::atomic<std::uint32_t> numItems_{0}, numDone_{0};
     std::atomic<Run> run_{nullptr};
     std::atomic<void*> loop_{nullptr};
     std::atomic<bool> isClosed_{false};
-    // A new offer wakes those that sleep: who counts itself as asleep looks at the offer again behind that.
+    // A new loop wakes those that sleep: who counts itself as asleep looks at the number of loops again
+    // behind that.
+    std::atomic<std::uint32_t> numLoops_{0};
     std::atomic<int> numAsleep_{0};
     std::mutex mutex_;
     std::condition_variable wake_;
 };
 
-/// Runs work(begin, end) over stretches of n items; a crew that is null is one thread. The stretches do not
-/// depend on the threads.
+inline std::size_t numStretchesOf(std::size_t n) { return (n + kSizeOfStretches - 1) / kSizeOfStretches; }
+
+/// Runs work(begin, end) over stretches of n items. The stretches do not depend on the threads.
 template <class Work>
-void forEachStretch(Crew* crew, std::size_t n, Work&& work) {
+void forEachStretch(Crew& crew, std::size_t n, Work&& work) {
     const auto doOne = [&](std::size_t i, int) {
         work(i * kSizeOfStretches, std::min(n, (i + 1) * kSizeOfStretches));
     };
-    const std::size_t numStretches = (n + kSizeOfStretches - 1) / kSizeOfStretches;
-    if (crew && numStretches > 1) return crew->forEach(numStretches, doOne);
+    const std::size_t numStretches = numStretchesOf(n);
+    if (!crew.isOneThread() && numStretches > 1) return crew.forEach(numStretches, doOne);
     for (std::size_t i = 0; i < numStretches; ++i) doOne(i, 0);
 }
 
 /// The sum of term(0) .. term(n - 1), in the same order of additions at any number of threads.
 template <class Term>
-double sumByStretches(Crew* crew, std::size_t n, Term&& term) {
-    std::vector<double> sums((n + kSizeOfStretches - 1) / kSizeOfStretches);
+double sumByStretches(Crew& crew, std::size_t n, Term&& term) {
+    const auto sumOf = [&](std::size_t begin, std::size_t end) {
+        return Numeric::interleavedSum<8>(end - begin, [&](std::size_t i) { return term(begin + i); });
+    };
+    if (n <= kSizeOfStretches) return sumOf(0, n);
+    std::vector<double> sums(numStretchesOf(n));
     forEachStretch(crew, n, [&](std::size_t begin, std::size_t end) {
-        sums[begin / kSizeOfStretches] =
-            Numeric::interleavedSum<8>(end - begin, [&](std::size_t i) { return term(begin + i); });
+        sums[begin / kSizeOfStretches] = sumOf(begin, end);
     });
     return std::accumulate(sums.begin(), sums.end(), 0.0);
 }

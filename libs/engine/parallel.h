@@ -19,7 +19,7 @@ int numThreads();
 
 /// Long loops are parted into stretches of so many items, at any number of threads: sums of stretches are
 /// then always the same.
-inline constexpr std::uint32_t kSizeOfStretches = 8192;
+inline constexpr std::uint32_t kSizeOfStretches = 2048;
 
 /// Keeps the first exception out of a parallel region for the thread that started it; work after it is
 /// skipped.

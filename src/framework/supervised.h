@@ -12,6 +12,10 @@
 
 // The implementations that classifiers and regressors have in common.
 
+namespace Tessel::Engine {
+class Crew;
+}
+
 namespace Tessel::Supervised {
 
 /// The implementation of any fitted supervised model: what it remembers of its training data, and its report.
@@ -99,8 +103,9 @@ class IEstimator : public IEstimatable {
     virtual bool isFittedAlone(int /*numRows*/) const { return false; }
     /// What many fits on these features can share; null when there is nothing. Infinite cells are refused.
     /// @param useAllRows  whether each of the fits is on every row, not on a resample.
-    virtual std::unique_ptr<Preparation> prepare(const TrainingFeatures& /*features*/,
-                                                 bool /*useAllRows*/) const {
+    /// @param crew        threads for each of the fits, which follow one another; null: fits find their own.
+    virtual std::unique_ptr<Preparation> prepare(const TrainingFeatures& /*features*/, bool /*useAllRows*/,
+                                                 Engine::Crew* /*crew*/) const {
         return nullptr;
     }
 

@@ -61,13 +61,14 @@ TEST(Crew, AnExceptionOfAnyThreadReachesTheCallerAndTheNextLoopRuns) {
 TEST(Crew, SumsByStretchesDoNotDependOnItsSize) {
     const auto term = [](std::size_t i) { return 1.0 / static_cast<double>(i + 1); };
     for (const std::size_t n : {0u, 1u, 8191u, 8192u, 100001u}) {
-        const double expected = Engine::sumByStretches(nullptr, n, term);
+        Crew alone(1);
+        const double expected = Engine::sumByStretches(alone, n, term);
         double plain = 0.0;
         for (std::size_t i = 0; i < n; ++i) plain += term(i);
         EXPECT_NEAR(expected, plain, 1e-12 * plain);
-        for (const int size : {1, 2, 4}) {
+        for (const int size : {2, 4}) {
             Crew crew(size);
-            EXPECT_EQ(Engine::sumByStretches(&crew, n, term), expected) << n << ' ' << size;
+            EXPECT_EQ(Engine::sumByStretches(crew, n, term), expected) << n << ' ' << size;
         }
     }
 }

@@ -44,14 +44,10 @@ struct BinSearch::Rating {
     }
 };
 
-BinSearch::BinSearch(std::span<const SharedColumn> columns, std::span<const double> targets,
-                     std::int64_t minNumRecords, BinnedRecords& records, Crew* crew)
+BinSearch::BinSearch(std::span<const SharedColumn> columns, std::span<const double> targets, double mean,
+                     std::int64_t minNumRecords, BinnedRecords& records, Crew& crew)
     : columns_(columns), minNumRecords_(minNumRecords), records_(records) {
-    // From one of the targets, as a sum of numbers that are all far from 0 is not their mean.
     const std::size_t numRecords = targets.size();
-    const double origin = targets[0];
-    const double sum = sumByStretches(crew, numRecords, [&](std::size_t i) { return targets[i] - origin; });
-    const double mean = origin + sum / static_cast<double>(numRecords);
     const double size =
         sumByStretches(crew, numRecords, [&](std::size_t i) { return std::abs(targets[i] - mean); });
     // All absolute deviations add up to 2^61 or less, and rounded up to where a count ends, to 2^63 or less.

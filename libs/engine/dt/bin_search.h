@@ -62,10 +62,10 @@ struct BinnedRecords {
 /// Each row of the table is one record of weight 1.
 class BinSearch {
  public:
+    /// @param mean     of the targets.
     /// @param records  filled by the search, all with mark 0.
-    /// @param crew     may be null
-    BinSearch(std::span<const SharedColumn> columns, std::span<const double> targets,
-              std::int64_t minNumRecords, BinnedRecords& records, Crew* crew);
+    BinSearch(std::span<const SharedColumn> columns, std::span<const double> targets, double mean,
+              std::int64_t minNumRecords, BinnedRecords& records, Crew& crew);
 
     /// Whether the unit is small enough for a node of this variance.
     bool isFineFor(double variance) const {

@@ -59,7 +59,8 @@ void ClassificationModel::fit(const TrainingData& data, std::span<const std::int
         prepared.records.classes.push_back(static_cast<std::uint16_t>(classes[prepared.rowOf(record)]));
     alterWeights(prepared.records);
     prepared.records.checkExactness();
-    Tree grown = grow(data, prepared, limits_);
+    Crew own(data.crew ? 1 : numThreads());
+    Tree grown = grow(data, prepared, limits_, data.crew ? *data.crew : own);
     sumClassWeights(grown);
     grown.weightExponent = prepared.weightExponent;
     adopt(std::move(grown), data.features.size());

@@ -26,17 +26,16 @@ struct LesserGain {
 /// The order in which nodes are split.
 class Grower {
  public:
-    Grower(const TrainingData& data, const PreparedRecords& prepared, const Limits& limits,
-           GrowthMemory& memory)
+    Grower(const TrainingData& data, const PreparedRecords& prepared, const Limits& limits, const Node& root,
+           GrowthMemory& memory, Crew& crew)
         : data_(data),
           prepared_(prepared),
           records_(prepared.records),
           limits_(limits),
           memory_(memory),
           numClasses_(static_cast<std::size_t>(prepared.records.numClasses)),
-          splitter_(data, prepared, limits, memory) {}
-    /// @param known  what is known of the root; null: it is looked at.
-    Tree grow(const Node* known = nullptr);
+          splitter_(data, prepared, limits, root, memory, crew) {}
+    Tree grow(const Node& root, std::vector<double> classWeights);
 
  private:
     void growBestFirst(Tree& tree, const OpenNode& root, std::int64_t maxNumSplits);
@@ -49,7 +48,9 @@ class Grower {
     Tree growBelow(const Tree& tree, OpenNode open, Scratch& scratch);
     Tree growAlone(const Tree& tree, const OpenNode& open);
     void growDepthFirst(Tree& tree, const OpenNode& root, Scratch& scratch);
+    void answer(const Tree& tree, const OpenNode& leaf, std::uint32_t begin, std::uint32_t end);
     void settle(const Tree& tree, const OpenNode& leaf);
+    void settleAndMark(const Tree& tree, std::span<const OpenNode> nodes, bool areMarked);
     void tell(std::size_t numRecords, bool isSettled);
 
     const TrainingData& data_;
@@ -64,13 +65,17 @@ class Grower {
     std::size_t numTold_ = 0;  // of these when the watch was told last
 };
 
+/// Writes what a leaf answers for some of its members.
+void Grower::answer(const Tree& tree, const OpenNode& leaf, std::uint32_t begin, std::uint32_t end) {
+    if (data_.fitted.empty()) return;
+    const double response = tree.nodes[static_cast<std::size_t>(leaf.node)].response;
+    for (const std::uint32_t member : splitter_.members(begin, end))
+        data_.fitted[prepared_.rowOf(member)] = response;
+}
+
 /// A node stays a leaf.
 void Grower::settle(const Tree& tree, const OpenNode& leaf) {
-    if (!data_.fitted.empty()) {
-        const double response = tree.nodes[static_cast<std::size_t>(leaf.node)].response;
-        for (const std::uint32_t member : splitter_.membersOf(leaf))
-            data_.fitted[prepared_.rowOf(member)] = response;
-    }
+    answer(tree, leaf, leaf.begin, leaf.end);
     tell(leaf.size(), true);
 }
 
@@ -86,17 +91,13 @@ void Grower::tell(std::size_t numRecords, bool isSettled) {
     data_.watch(static_cast<double>(numTold_) / static_cast<double>(records_.size));
 }
 
-Tree Grower::grow(const Node* known) {
+Tree Grower::grow(const Node& rootNode, std::vector<double> classWeights) {
     Tree tree;
     tree.numClasses = records_.numClasses;
-    tree.nodes.emplace_back();
-    tree.classWeights.resize(numClasses_);
+    tree.nodes.push_back(rootNode);
+    tree.classWeights = std::move(classWeights);
     const OpenNode root{.end = static_cast<std::uint32_t>(records_.size),
                         .position = static_cast<std::uint64_t>(limits_.featureSelectionSeed)};
-    if (known)
-        tree.nodes[0] = *known;
-    else
-        summarize(records_, splitter_.membersOf(root), tree.nodes[0], tree.classWeights.data());
     if (!splitter_.isSplittable(tree, root))
         settle(tree, root);
     else if (limits_.areBestFirst(records_.size))
@@ -142,7 +143,7 @@ void Grower::growWhole(Tree& tree, OpenNode root) {
     if (splitter_.usesBins() && !splitter_.isForHistograms(tree, root))
         splitter_.leaveBins(std::span(&root, 1));
     const bool isByOneThread =
-        splitter_.crewSize() == 1 || records_.size * splitter_.numFeatures() < kMinCellsInParallel;
+        splitter_.crewSize() == 1 || records_.size * splitter_.numFeatures() < kMinCellsOfThreads;
     if (isByOneThread && !splitter_.usesBins()) {
         growDepthFirst(tree, root, memory_.scratches[0]);
         return;
@@ -194,7 +195,9 @@ Tree Grower::growAlone(const Tree& tree, const OpenNode& open) {
     Limits limits = limits_;
     if (limits.maxNumLevels != Limits::kNone) limits.maxNumLevels -= open.level;
     GrowthMemory memory;
-    Tree subtree = Grower(data, own, limits, memory).grow(&tree.nodes[static_cast<std::size_t>(open.node)]);
+    Crew alone(1);
+    const Node& root = tree.nodes[static_cast<std::size_t>(open.node)];
+    Tree subtree = Grower(data, own, limits, root, memory, alone).grow(root, {});
     tell(open.size(), true);
     return subtree;
 }
@@ -211,17 +214,29 @@ std::vector<OpenNode> Grower::growLargeNodes(Tree& tree, const OpenNode& root, s
             const bool isLarge =
                 splitter_.usesBins() ? child.histograms != nullptr : child.size() >= minNumRecords;
             child.mark = BinSearch::kNoMark;
-            if (!splitter_.isSplittable(tree, child)) continue;
+            child.isLeaf = child.isLeaf || !splitter_.isSplittable(tree, child);
+            if (child.isLeaf) continue;
             if (isLarge) child.mark = static_cast<std::uint8_t>(level.size());
             (isLarge ? level : left).push_back(child);
         }
-        const bool areMarked = splitter_.usesBins() && !level.empty();
-        splitter_.forEach(children.size(), minNumRecords, nullptr, [&](std::size_t i, Scratch&) {
-            if (!splitter_.isSplittable(tree, children[i])) settle(tree, children[i]);
-            if (areMarked) splitter_.mark(children[i]);
-        });
+        settleAndMark(tree, children, splitter_.usesBins() && !level.empty());
     }
     return left;
+}
+
+/// What the records learn of the nodes that they came to.
+void Grower::settleAndMark(const Tree& tree, std::span<const OpenNode> nodes, bool areMarked) {
+    std::vector<Stretch> stretches;
+    for (std::size_t i = 0; i < nodes.size(); ++i)
+        if (areMarked || nodes[i].isLeaf)
+            Members::appendStretches(i, nodes[i].begin, nodes[i].end, stretches);
+    splitter_.forEach(stretches, nullptr, [&](const Stretch& stretch) {
+        const OpenNode& node = nodes[stretch.node];
+        if (node.isLeaf) answer(tree, node, stretch.begin, stretch.end);
+        if (areMarked) splitter_.mark(stretch.begin, stretch.end, node.mark);
+    });
+    for (const OpenNode& node : nodes)
+        if (node.isLeaf) tell(node.size(), true);
 }
 
 std::vector<Search> Grower::searchLevel(const Tree& tree, std::vector<OpenNode>& level,
@@ -231,49 +246,48 @@ std::vector<Search> Grower::searchLevel(const Tree& tree, std::vector<OpenNode>&
         tell(open.size(), false);
         searches.push_back(splitter_.beginSearch(tree, open, nullptr));
     }
-    const std::size_t numDrawn = searches[0].features.size(), numSearches = level.size() * numDrawn;
+    // Of one feature all nodes, as a thread that has read a column finds it near.
+    const std::size_t numNodes = level.size(), numSearches = numNodes * searches[0].features.size();
     splitter_.forEach(numSearches, minNumRecords, nullptr, [&](std::size_t i, Scratch& scratch) {
-        splitter_.searchCandidate(searches[i / numDrawn], i % numDrawn, level[i / numDrawn], scratch);
+        splitter_.searchCandidate(searches[i % numNodes], i / numNodes, level[i % numNodes], scratch);
     });
     if (!splitter_.usesBins()) return searches;
     std::vector<std::atomic<double>> bestScores(level.size());
     for (std::size_t i = 0; i < level.size(); ++i) bestScores[i] = searches[i].bestScore();
     splitter_.forEach(numSearches, minNumRecords, nullptr, [&](std::size_t i, Scratch& scratch) {
-        splitter_.searchInsideBins(searches[i / numDrawn], i % numDrawn, level[i / numDrawn],
-                                   bestScores[i / numDrawn], scratch);
+        splitter_.searchInsideBins(searches[i % numNodes], i / numNodes, level[i % numNodes],
+                                   bestScores[i % numNodes], scratch);
     });
     return searches;
 }
 
-/// Returns the children, two neighbours by each node that is split.
+/// Returns the children, two neighbours by each node that is split, and behind them the nodes that are not.
 std::vector<OpenNode> Grower::splitLevel(Tree& tree, std::vector<OpenNode> level,
                                          std::vector<Search>& searches, std::size_t minNumRecords) {
     std::vector<Split> found(level.size());
     splitter_.chooseSplits(tree, level, searches, found, nullptr);
-    std::vector<OpenNode> parents;
+    std::vector<OpenNode> parents, leaves;
     std::vector<Split> splits;
     for (std::size_t i = 0; i < level.size(); ++i) {
         if (found[i].exists()) {
             parents.push_back(std::move(level[i]));
             splits.push_back(std::move(found[i]));
         } else {
-            settle(tree, level[i]);
-            if (!splitter_.usesBins()) continue;
-            level[i].mark = BinSearch::kNoMark;  // nodes to come may have its mark
-            splitter_.mark(level[i]);
+            leaves.push_back(std::move(level[i]));
+            leaves.back().isLeaf = true;
         }
     }
     std::vector<OpenNode> children(2 * parents.size());
     for (std::size_t i = 0; i < parents.size(); ++i)
         splitter_.addChildren(tree, parents[i], splits[i], &children[2 * i]);
     splitter_.makeChildHistograms(tree, parents, children, nullptr);
-    if (splitter_.usesBins()) return children;
-    const std::size_t numFeatures = splitter_.numFeatures();
-    splitter_.forEach(parents.size() * numFeatures, minNumRecords, nullptr,
+    const std::size_t numParents = parents.size();
+    splitter_.forEach(splitter_.usesBins() ? 0 : numParents * splitter_.numFeatures(), minNumRecords, nullptr,
                       [&](std::size_t i, Scratch& scratch) {
-                          splitter_.partList(tree, i % numFeatures, parents[i / numFeatures],
-                                             &children[2 * (i / numFeatures)], scratch);
+                          splitter_.partList(tree, i / numParents, parents[i % numParents],
+                                             &children[2 * (i % numParents)], scratch);
                       });
+    children.insert(children.end(), leaves.begin(), leaves.end());
     return children;
 }
 
@@ -302,13 +316,13 @@ void Grower::growDepthFirst(Tree& tree, const OpenNode& root, Scratch& scratch) 
 
 }  // namespace
 
-Tree grow(const TrainingData& data, const PreparedRecords& prepared, const Limits& limits) {
+Tree grow(const TrainingData& data, const PreparedRecords& prepared, const Limits& limits, Crew& crew) {
     auto memory = data.memories ? data.memories->take() : std::make_unique<GrowthMemory>();
-    if (numThreads() == 1)
-        memory->crew = nullptr;
-    else if (!memory->crew || memory->crew->size() != numThreads())
-        memory->crew = std::make_unique<Crew>(numThreads());
-    Tree tree = inLevelOrder(Grower(data, prepared, limits, *memory).grow());
+    Node root;
+    std::vector<double> classWeights(static_cast<std::size_t>(prepared.records.numClasses));
+    summarizeAll(prepared.records, crew, root, classWeights.data());
+    Grower grower(data, prepared, limits, root, *memory, crew);
+    Tree tree = inLevelOrder(grower.grow(root, std::move(classWeights)));
     if (data.memories) data.memories->giveBack(std::move(memory));
     return tree;
 }

@@ -49,6 +49,6 @@ struct PreparedRecords {
 PreparedRecords prepareRecords(const TrainingData& data, std::size_t numTargets);
 
 /// @pre the response of `prepared` is filled, codes of the features are in range.
-Tree grow(const TrainingData& data, const PreparedRecords& prepared, const Limits& limits);
+Tree grow(const TrainingData& data, const PreparedRecords& prepared, const Limits& limits, Crew& crew);
 
 }  // namespace Tessel::Engine::DT

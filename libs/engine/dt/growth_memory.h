@@ -5,7 +5,6 @@
 #include <mutex>
 #include <vector>
 
-#include "engine/crew.h"
 #include "engine/dt/histograms.h"
 #include "engine/dt/members.h"
 #include "engine/dt/split_search.h"
@@ -23,7 +22,6 @@ struct GrowthMemory {
     std::vector<std::uint8_t> goesLeft;
     std::vector<Stretch> stretches;
     std::vector<Scratch> scratches;  ///< by thread
-    std::unique_ptr<Crew> crew;      ///< null: the tree grows by one thread
 };
 
 /// The memory of as many trees as grew at the same time.

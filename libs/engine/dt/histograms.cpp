@@ -8,7 +8,7 @@
 namespace Tessel::Engine::DT {
 
 HistogramMaker::HistogramMaker(const Records& records, std::span<const FeatureLists> features,
-                               const BinSearch* bins, bool areAllSearched, bool areShared,
+                               const BinSearch* bins, bool areAllSearched, std::size_t numThreads,
                                std::vector<std::shared_ptr<Histograms>>& kept)
     : records_(records),
       features_(features),
@@ -25,16 +25,18 @@ HistogramMaker::HistogramMaker(const Records& records, std::span<const FeatureLi
         if (added > 0) binned_.push_back(feature);
     }
     begins_.push_back(size);
-    makeParts(areShared);
+    makeParts(numThreads);
     if (bins) {
         // Levels down to where nodes have on average so many records a bin: below, the few of a node in a bin
-        // are looked for among too many others. And the nodes of a level have marks of a byte.
+        // are looked for among too many others. And the nodes of a level have marks of a byte. The records of
+        // a node with so many bins to each are sorted sooner than its bins are searched.
         constexpr std::size_t kMinRecordsPerBin = 4;
         constexpr int kMaxNumLevels = 7;
+        constexpr std::size_t kMaxBinsPerRecord = 16;
         const std::size_t numBins = size / binned_.size();
         numLevels_ = std::clamp(
             static_cast<int>(std::bit_width(records.size / (kMinRecordsPerBin * numBins))), 1, kMaxNumLevels);
-        minNumRecords_ = std::min(records.size, numBins);
+        minNumRecords_ = std::min(records.size, numBins / kMaxBinsPerRecord);
     } else if (!binned_.empty() && areAllSearched && records.numClasses > 0 && records.areExact()) {
         // So many records a bin that subtracting takes a small part of the time of adding up, and all
         // histograms that are kept at once take less memory than the codes of the features.
@@ -43,12 +45,13 @@ HistogramMaker::HistogramMaker(const Records& records, std::span<const FeatureLi
     }
 }
 
-/// Of as many features as are fast at once; the last parts are smaller, so that threads end together.
-void HistogramMaker::makeParts(bool areShared) {
-    for (std::size_t begin = 0; begin < binned_.size(); begin += parts_.back().size) {
-        const std::size_t left = binned_.size() - begin;
-        const std::size_t last = areShared ? (left + 1) / 2 : left;
-        parts_.push_back({begin, left > kNumFeaturesInPart ? kNumFeaturesInPart : last});
+/// For each thread of an equal share of the features: of as many of them as are fast at once.
+void HistogramMaker::makeParts(std::size_t numThreads) {
+    for (std::size_t thread = 0; thread < numThreads; ++thread) {
+        const std::size_t end = (thread + 1) * binned_.size() / numThreads;
+        for (std::size_t begin = thread * binned_.size() / numThreads; begin < end;
+             begin += kNumFeaturesInPart)
+            parts_.push_back({begin, std::min(kNumFeaturesInPart, end - begin)});
     }
 }
 

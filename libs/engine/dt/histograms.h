@@ -23,10 +23,11 @@ class HistogramMaker {
  public:
     /// Of no node, if not all features are searched.
     /// @param bins  null: there are no shared columns.
-    /// @param areShared  whether several threads share the work on a node.
-    /// @param kept       histograms by bins of shared columns, which are used again when nobody holds them.
+    /// @param numThreads  which share the work on a node.
+    /// @param kept        histograms by bins of shared columns, which are used again when nobody holds them.
     HistogramMaker(const Records& records, std::span<const FeatureLists> features, const BinSearch* bins,
-                   bool areAllSearched, bool areShared, std::vector<std::shared_ptr<Histograms>>& kept);
+                   bool areAllSearched, std::size_t numThreads,
+                   std::vector<std::shared_ptr<Histograms>>& kept);
 
     /// Whether a node is to have histograms.
     bool isFor(std::size_t numRecords, int level) const {
@@ -50,7 +51,7 @@ class HistogramMaker {
 
  private:
     static constexpr std::size_t kNumFeaturesInPart = 4;
-    void makeParts(bool areShared);
+    void makeParts(std::size_t numThreads);
     std::span<const std::size_t> featuresOf(std::size_t part) const {
         return std::span(binned_).subspan(parts_[part].begin, parts_[part].size);
     }

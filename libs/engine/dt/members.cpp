@@ -1,14 +1,13 @@
 #include "engine/dt/members.h"
 
 #include <algorithm>
-#include <cstring>
 #include <numeric>
 
 namespace Tessel::Engine::DT {
 
 void Members::reset(std::size_t numRecords) {
     members_.resize(numRecords);
-    right_.resize(numRecords);
+    parted_.resize(numRecords);
     std::iota(members_.begin(), members_.end(), 0u);
 }
 
@@ -16,7 +15,7 @@ void Members::appendStretches(std::size_t node, std::uint32_t begin, std::uint32
                               std::vector<Stretch>& stretches) {
     while (begin < end) {
         const std::uint32_t size = std::min(kSizeOfStretches, end - begin);
-        stretches.push_back({.node = node, .begin = begin, .end = begin + size, .numLeft = 0, .sums = {}});
+        stretches.push_back({.node = node, .begin = begin, .end = begin + size});
         begin += size;
     }
 }
@@ -34,21 +33,29 @@ void Members::addUp(Stretch& stretch, std::span<const double> targets, double or
         for (std::size_t part = 1; part < kNumParts; ++part) parts[0] += parts[part];
         return parts[0];
     };
-    stretch.sums = {sumsOf(members_.data() + stretch.begin, stretch.numLeft),
-                    sumsOf(right_.data() + stretch.begin, stretch.end - stretch.begin - stretch.numLeft)};
+    const std::uint32_t* const left = parted_.data() + stretch.begin;
+    stretch.sums = {sumsOf(left, stretch.numLeft), sumsOf(left + stretch.numLeft, stretch.numRight())};
 }
 
-std::uint32_t Members::join(std::span<const Stretch> stretches) {
-    std::uint32_t* next = members_.data() + stretches.front().begin;
-    const auto append = [&](const std::uint32_t* side, std::size_t size) {
-        std::memmove(next, side, size * sizeof *side);
-        next += size;
-    };
-    for (const Stretch& stretch : stretches) append(members_.data() + stretch.begin, stretch.numLeft);
-    const auto middle = static_cast<std::uint32_t>(next - members_.data());
-    for (const Stretch& stretch : stretches)
-        append(right_.data() + stretch.begin, stretch.end - stretch.begin - stretch.numLeft);
+std::uint32_t Members::join(std::span<Stretch> stretches) {
+    std::uint32_t next = stretches.front().begin;
+    for (Stretch& stretch : stretches) {
+        stretch.leftTo = next;
+        next += stretch.numLeft;
+    }
+    const std::uint32_t middle = next;
+    for (Stretch& stretch : stretches) {
+        stretch.rightTo = next;
+        next += stretch.numRight();
+    }
     return middle;
+}
+
+void Members::place(const Stretch& stretch) {
+    const std::uint32_t* const left = parted_.data() + stretch.begin;
+    const std::uint32_t* const right = left + stretch.numLeft;
+    std::copy(left, right, members_.data() + stretch.leftTo);
+    std::reverse_copy(right, right + stretch.numRight(), members_.data() + stretch.rightTo);
 }
 
 }  // namespace Tessel::Engine::DT

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <numeric>
+#include <vector>
 
 #include "data/util/interleaved_sum.h"
 
@@ -14,6 +16,19 @@ void sumClassWeights(const Records& records, std::span<const std::uint32_t> memb
     std::fill_n(classWeights, static_cast<std::size_t>(records.numClasses), 0.0);
     for (const std::uint32_t member : members)
         classWeights[records.classes[member]] += records.weight(member);
+}
+
+void sumAllClassWeights(const Records& records, Crew& crew, double* classWeights) {
+    const auto numClasses = static_cast<std::size_t>(records.numClasses);
+    const std::size_t numStretches = numStretchesOf(records.size);
+    std::vector<double> sums(numStretches * numClasses);  // by stretch
+    forEachStretch(crew, records.size, [&](std::size_t begin, std::size_t end) {
+        double* const own = sums.data() + begin / kSizeOfStretches * numClasses;
+        for (std::size_t i = begin; i < end; ++i)
+            own[records.classes[i]] += records.weight(static_cast<std::uint32_t>(i));
+    });
+    std::fill_n(classWeights, numClasses, 0.0);
+    for (std::size_t i = 0; i < sums.size(); ++i) classWeights[i % numClasses] += sums[i];
 }
 
 void describeClasses(const Records& records, const double* classWeights, Node& node) {
@@ -32,23 +47,15 @@ void describeClasses(const Records& records, const double* classWeights, Node& n
 }
 
 /// Two passes, the second about the mean; a node of equal targets has impurity 0 exactly.
-void summarizeTargets(const Records& records, std::span<const std::uint32_t> members, Node& node) {
-    constexpr std::size_t kNumParts = 8;
-    const auto sumOf = [&](auto&& term) {
-        return Numeric::interleavedSum<kNumParts>(members.size(),
-                                                  [&](std::size_t i) { return term(members[i]); });
-    };
-    const double origin = records.targets[members.front()];
-    std::size_t numDifferent = 0;
-    const double sum = sumOf([&](std::uint32_t member) {
-        const double deviation = records.targets[member] - origin;
-        numDifferent += deviation != 0.0;
-        return records.weight(member) * deviation;
-    });
-    node.weight = records.isUnit() ? static_cast<double>(members.size())
+/// @param sumOf  adds up a term of the members.
+template <class SumOf>
+void summarizeTargets(const Records& records, std::uint32_t first, SumOf&& sumOf, Node& node) {
+    const double origin = records.targets[first];
+    const double sum = sumOf(
+        [&](std::uint32_t member) { return records.weight(member) * (records.targets[member] - origin); });
+    node.weight = records.isUnit() ? static_cast<double>(node.numRecords)
                                    : sumOf([&](std::uint32_t member) { return records.weights[member]; });
     const double mean = node.response = origin + sum / node.weight;
-    if (numDifferent == 0) return;
     node.impurity = node.error = sumOf([&](std::uint32_t member) {
         const double deviation = records.targets[member] - mean;
         return records.weight(member) * deviation * deviation;
@@ -83,8 +90,33 @@ void summarize(const Records& records, std::span<const std::uint32_t> members, N
         node.numRecords = 0;
         for (const std::uint32_t member : members) node.numRecords += records.counts[member];
     }
-    if (records.numClasses == 0) return summarizeTargets(records, members, node);
+    if (records.numClasses == 0)
+        return summarizeTargets(
+            records, members.front(),
+            [&](auto&& term) {
+                constexpr std::size_t kNumParts = 8;
+                return Numeric::interleavedSum<kNumParts>(members.size(),
+                                                          [&](std::size_t i) { return term(members[i]); });
+            },
+            node);
     sumClassWeights(records, members, classWeights);
+    describeClasses(records, classWeights, node);
+}
+
+void summarizeAll(const Records& records, Crew& crew, Node& node, double* classWeights) {
+    node.weight = node.impurity = node.error = node.response = 0.0;
+    node.numRecords = static_cast<std::int64_t>(records.size);
+    if (!records.isUnit())
+        node.numRecords = std::accumulate(records.counts.begin(), records.counts.end(), std::int64_t{0});
+    if (records.numClasses == 0)
+        return summarizeTargets(
+            records, 0,
+            [&](auto&& term) {
+                return sumByStretches(crew, records.size,
+                                      [&](std::size_t i) { return term(static_cast<std::uint32_t>(i)); });
+            },
+            node);
+    sumAllClassWeights(records, crew, classWeights);
     describeClasses(records, classWeights, node);
 }
 

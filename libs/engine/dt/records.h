@@ -4,6 +4,7 @@
 #include <span>
 #include <vector>
 
+#include "engine/crew.h"
 #include "engine/dt/tree.h"
 
 // The records of one fit and their response: what the split search adds up.
@@ -67,6 +68,9 @@ struct TargetSums {
 /// @param classWeights  receives the weight of each class; null in regression.
 void summarize(const Records& records, std::span<const std::uint32_t> members, Node& node,
                double* classWeights);
+
+/// The same for all records.
+void summarizeAll(const Records& records, Crew& crew, Node& node, double* classWeights);
 
 /// The same in regression for records of weight 1 whose deviations from `origin` have these sums; looks at
 /// the records again only where the mean is so far from the origin that the sum of squares about it lost

@@ -27,8 +27,8 @@ struct Moments {
     double squaresAbout(double center) const { return squares + count * (mean - center) * (mean - center); }
 };
 
-/// Returns the greatest magnitude. @throws ConstraintViolation for missing and infinite targets.
-double requireFinite(std::span<const double> targets) {
+/// The greatest magnitude, or infinity where not all targets are finite.
+double largestOf(std::span<const double> targets) {
     // Several at once, without a branch.
     std::array<double, 8> largest{};
     std::size_t numInfinite = 0;
@@ -41,21 +41,34 @@ double requireFinite(std::span<const double> targets) {
     for (; i + largest.size() <= targets.size(); i += largest.size())
         for (std::size_t part = 0; part < largest.size(); ++part) look(targets[i + part], largest[part]);
     for (; i < targets.size(); ++i) look(targets[i], largest[0]);
-    if (numInfinite > 0) throw ConstraintViolation("target", "must be finite numbers");
-    return *std::max_element(largest.begin(), largest.end());
+    return numInfinite > 0 ? std::numeric_limits<double>::infinity()
+                           : *std::max_element(largest.begin(), largest.end());
+}
+
+/// Returns the greatest magnitude. @throws ConstraintViolation for missing and infinite targets.
+double requireFinite(std::span<const double> targets, Crew& crew) {
+    std::vector<double> largest(numStretchesOf(targets.size()));
+    forEachStretch(crew, targets.size(), [&](std::size_t begin, std::size_t end) {
+        largest[begin / kSizeOfStretches] = largestOf(targets.subspan(begin, end - begin));
+    });
+    const double all = largestOf(largest);
+    if (std::isinf(all)) throw ConstraintViolation("target", "must be finite numbers");
+    return all;
 }
 
 }  // namespace
 
 void RegressionModel::fit(const TrainingData& data, std::span<const double> targets) {
-    double largest = requireFinite(targets);
+    Crew own(data.crew ? 1 : numThreads());
+    Crew& crew = data.crew ? *data.crew : own;
+    double largest = requireFinite(targets, crew);
     PreparedRecords prepared = prepareRecords(data, targets.size());
     std::span<const double>& used = prepared.records.targets = targets;
     if (!prepared.tableRows.empty()) {
         prepared.targets.reserve(prepared.tableRows.size());
         for (const std::uint32_t row : prepared.tableRows) prepared.targets.push_back(targets[row]);
         used = prepared.targets;
-        largest = requireFinite(used);
+        largest = requireFinite(used, crew);
     }
     const int exponent = scaleExponent(largest);
     if (exponent != 0) {
@@ -63,7 +76,7 @@ void RegressionModel::fit(const TrainingData& data, std::span<const double> targ
         for (double& target : prepared.targets) target = std::ldexp(target, -exponent);
         used = prepared.targets;
     }
-    Tree tree = grow(data, prepared, limits_);
+    Tree tree = grow(data, prepared, limits_, crew);
     if (exponent != 0)
         for (double& answer : data.fitted) answer = std::ldexp(answer, exponent);
     tree.weightExponent = prepared.weightExponent;
@@ -75,7 +88,8 @@ void RegressionModel::fit(const TrainingData& data, std::span<const double> targ
 
 void RegressionModel::prune(std::span<const Cells> features, std::span<const double> targets) {
     if (targets.empty()) throw TooFewNumRows(0);
-    requireFinite(targets);
+    Crew alone(1);
+    requireFinite(targets, alone);
     checkCells(features, targets.size());
     const Tree& grown = tree();
     const auto scaled = [&](double value) { return std::ldexp(value, -grown.targetExponent); };

@@ -17,7 +17,7 @@ std::uint64_t childPosition(std::uint64_t parent, bool isRight) {
 }  // namespace
 
 Splitter::Splitter(const TrainingData& data, const PreparedRecords& prepared, const Limits& limits,
-                   GrowthMemory& memory)
+                   const Node& root, GrowthMemory& memory, Crew& crew)
     : data_(data),
       prepared_(prepared),
       records_(prepared.records),
@@ -29,14 +29,14 @@ Splitter::Splitter(const TrainingData& data, const PreparedRecords& prepared, co
       members_(memory.members),
       goesLeft_(memory.goesLeft),
       scratches_(memory.scratches),
-      crew_(memory.crew.get()) {
+      crew_(crew) {
     members_.reset(records_.size);
     goesLeft_.resize(records_.size);
-    scratches_.resize(crew_ ? static_cast<std::size_t>(crew_->size()) : 1);
-    bins_ = makeBinSearch();
+    scratches_.resize(static_cast<std::size_t>(crew.size()));
+    bins_ = makeBinSearch(root);
     makeAllLists();
     histograms_ = std::make_unique<HistogramMaker>(records_, features_, bins_.get(), searchesAllFeatures(),
-                                                   crew_ != nullptr, memory.histograms);
+                                                   crewSize(), memory.histograms);
 }
 
 bool Splitter::searchesAllFeatures() const {
@@ -44,7 +44,7 @@ bool Splitter::searchesAllFeatures() const {
 }
 
 /// For regression on all rows, where nodes are split level by level.
-std::unique_ptr<BinSearch> Splitter::makeBinSearch() const {
+std::unique_ptr<BinSearch> Splitter::makeBinSearch(const Node& root) const {
     const auto& columns = data_.sharedColumns;
     const bool haveBins = std::any_of(columns.begin(), columns.end(),
                                       [](const SharedColumn& column) { return column.numBins() > 0; });
@@ -54,7 +54,7 @@ std::unique_ptr<BinSearch> Splitter::makeBinSearch() const {
     if (!haveBins || !haveAllBins || numClasses_ > 0 || !records_.isUnit() || !prepared_.tableRows.empty() ||
         !searchesAllFeatures() || limits_.areBestFirst(records_.size))
         return nullptr;
-    return std::make_unique<BinSearch>(data_.sharedColumns, records_.targets,
+    return std::make_unique<BinSearch>(data_.sharedColumns, records_.targets, root.response,
                                        std::max(1, limits_.minNumRecordsInLeaves), memory_.binnedRecords,
                                        crew_);
 }
@@ -81,7 +81,7 @@ void Splitter::leaveBins(std::span<OpenNode> nodes) {
     std::vector<std::uint32_t> begins(BinSearch::kNoMark + 1, kNoRecord);
     for (std::size_t i = 0; i < nodes.size(); ++i) {
         nodes[i].mark = static_cast<std::uint8_t>(i);
-        mark(nodes[i]);
+        mark(nodes[i].begin, nodes[i].end, nodes[i].mark);
         begins[nodes[i].mark] = nodes[i].begin;
     }
     forEach(nodes.empty() ? 0 : features_.size(), records_.size, nullptr, [&](std::size_t i, Scratch&) {
@@ -91,7 +91,7 @@ void Splitter::leaveBins(std::span<OpenNode> nodes) {
     });
     bins_.reset();
     histograms_ = std::make_unique<HistogramMaker>(records_, features_, nullptr, searchesAllFeatures(),
-                                                   crew_ != nullptr, memory_.histograms);
+                                                   crewSize(), memory_.histograms);
 }
 
 bool Splitter::isForHistograms(const Tree& tree, const OpenNode& open) const {
@@ -183,20 +183,25 @@ void Splitter::chooseSplits(const Tree& tree, std::span<const OpenNode> nodes, s
         splits[i].numStretches = stretches.size() - splits[i].firstStretch;
         haveLists = haveLists || listsOf(splits[i]).form == FeatureLists::Form::SORTED;
     }
-    forEach(haveLists ? stretches.size() : 0, kSizeOfStretches, own, [&](std::size_t i, Scratch&) {
-        const std::size_t node = stretches[i].node;
-        if (listsOf(splits[node]).form == FeatureLists::Form::SORTED)
-            markSides(nodes[node], splits[node].candidate, stretches[i]);
+    const std::span<Stretch> all(stretches);
+    forEach(haveLists ? all : std::span<Stretch>(), own, [&](const Stretch& stretch) {
+        if (listsOf(splits[stretch.node]).form == FeatureLists::Form::SORTED)
+            markSides(nodes[stretch.node], splits[stretch.node].candidate, stretch);
     });
-    forEach(stretches.size(), kSizeOfStretches, own, [&](std::size_t i, Scratch&) {
-        const std::size_t node = stretches[i].node;
-        partStretch(searches[node], splits[node], stretches[i]);
-    });
-    forEach(nodes.size(), kSizeOfStretches, own, [&](std::size_t i, Scratch&) {
+    forEach(all, own,
+            [&](Stretch& stretch) { partStretch(searches[stretch.node], splits[stretch.node], stretch); });
+    std::size_t numParted = 0;
+    for (std::size_t i = 0; i < nodes.size(); ++i) {
+        if (!splits[i].candidate.exists()) continue;
+        splits[i].middle = Members::join(all.subspan(splits[i].firstStretch, splits[i].numStretches));
+        numParted += nodes[i].size();
+    }
+    forEach(all, own, [&](const Stretch& stretch) { members_.place(stretch); });
+    forEach(nodes.size(), numParted / nodes.size(), own, [&](std::size_t i, Scratch&) {
         Split& split = splits[i];
         if (split.candidate.exists())
             measureChildren(tree.nodes[static_cast<std::size_t>(nodes[i].node)], nodes[i], searches[i].totals,
-                            std::span(stretches).subspan(split.firstStretch, split.numStretches), split);
+                            all.subspan(split.firstStretch, split.numStretches), split);
     });
 }
 
@@ -217,10 +222,9 @@ void Splitter::chooseCandidate(const OpenNode& open, Search& search, Split& spli
         split.codeGoesLeft[static_cast<std::size_t>(category)] = 1;
 }
 
-/// Joins what each stretch of a node parted, and looks at both sides.
+/// Looks at both sides of a node that was parted.
 void Splitter::measureChildren(const Node& node, const OpenNode& open, const Totals& totals,
                                std::span<const Stretch> stretches, Split& split) {
-    split.middle = members_.join(stretches);
     split.classWeights.resize(2 * numClasses_);
     const auto left = members_.range(open.begin, split.middle);
     const auto right = members_.range(split.middle, open.end);
@@ -377,9 +381,10 @@ void Splitter::makeChildHistograms(const Tree& tree, std::span<const OpenNode> p
     if (tasks.empty()) return;
     const std::size_t numParts = histograms_->numParts();
     forEach(tasks.size() * numParts, numRecords / tasks.size(), own, [&](std::size_t i, Scratch&) {
-        const Task& task = tasks[i / numParts];
-        histograms_->addUp(i % numParts, membersOf(task.smaller), *task.ofSmaller);
-        histograms_->subtract(i % numParts, *task.ofSmaller, *task.ofLarger);
+        const Task& task = tasks[i % tasks.size()];
+        const std::size_t part = i / tasks.size();
+        histograms_->addUp(part, membersOf(task.smaller), *task.ofSmaller);
+        histograms_->subtract(part, *task.ofSmaller, *task.ofLarger);
     });
 }
 

@@ -18,8 +18,8 @@
 
 namespace Tessel::Engine::DT {
 
-// Below this many cells a loop over features is not worth waking the threads.
-inline constexpr std::size_t kMinCellsInParallel = 20000;
+// Trees of fewer cells are not worth starting threads, and loops over fewer not worth sharing.
+inline constexpr std::size_t kMinCellsOfThreads = 20000, kMinCellsInParallel = 2000;
 
 /// A node that may still be split. Its records are the range [begin, end) of every list.
 struct OpenNode {
@@ -29,6 +29,7 @@ struct OpenNode {
     std::uint64_t position = 0;  ///< names the way from the root; seeds the draw of features
     std::shared_ptr<Histograms> histograms = nullptr;
     std::uint8_t mark = 0;  ///< of its records, while nodes are searched by bins
+    bool isLeaf = false;    ///< for good
 
     std::uint32_t size() const { return end - begin; }
 };
@@ -60,13 +61,17 @@ struct Search {
 class Splitter {
  public:
     Splitter(const TrainingData& data, const PreparedRecords& prepared, const Limits& limits,
-             GrowthMemory& memory);
+             const Node& root, GrowthMemory& memory, Crew& crew);
 
+    std::span<const std::uint32_t> members(std::uint32_t begin, std::uint32_t end) const {
+        return members_.range(begin, end);
+    }
     std::span<const std::uint32_t> membersOf(const OpenNode& open) const {
         return members_.range(open.begin, open.end);
     }
     std::size_t numFeatures() const { return features_.size(); }
     std::size_t crewSize() const { return scratches_.size(); }
+    Crew& crew() const { return crew_; }
 
     bool isSplittable(const Tree& tree, const OpenNode& open) const;
 
@@ -74,8 +79,10 @@ class Splitter {
     bool isForHistograms(const Tree& tree, const OpenNode& open) const;
     /// Whether nodes are searched by the bins of shared columns, which is for nodes with histograms only.
     bool usesBins() const { return bins_ != nullptr; }
-    /// Gives the records of a node its mark, by which the search by bins knows them.
-    void mark(const OpenNode& open) { bins_->setMark(membersOf(open), open.mark); }
+    /// Gives members of a node its mark, by which the search by bins knows them.
+    void mark(std::uint32_t begin, std::uint32_t end, std::uint8_t mark) {
+        bins_->setMark(members_.range(begin, end), mark);
+    }
     /// Makes the lists of these nodes; from here on there are no bins.
     void leaveBins(std::span<OpenNode> nodes);
 
@@ -108,10 +115,13 @@ class Splitter {
     /// @param numCells  that one call looks at
     template <class Work>
     void forEach(std::size_t n, std::size_t numCells, Scratch* own, Work&& work);
+    /// Runs work(stretch) in the same way.
+    template <class Work>
+    void forEach(std::span<Stretch> stretches, Scratch* own, Work&& work);
 
  private:
     bool searchesAllFeatures() const;
-    std::unique_ptr<BinSearch> makeBinSearch() const;
+    std::unique_ptr<BinSearch> makeBinSearch(const Node& root) const;
     void makeAllLists();
     BinnedNode binned(std::size_t feature, const OpenNode& open) const {
         return {histograms_->deviations(feature, *open.histograms), open.size(), open.mark};
@@ -144,17 +154,25 @@ class Splitter {
     Members& members_;
     std::vector<std::uint8_t>& goesLeft_;  // by record, in the split found last for its node
     std::vector<Scratch>& scratches_;      // by thread
-    Crew* const crew_;                     // null: one thread
+    Crew& crew_;
 };
 
 template <class Work>
 void Splitter::forEach(std::size_t n, std::size_t numCells, Scratch* own, Work&& work) {
-    if (own || n < 2 || !crew_ || n * numCells < kMinCellsInParallel) {
+    if (own || n < 2 || crew_.isOneThread() || n * numCells < kMinCellsInParallel) {
         for (std::size_t i = 0; i < n; ++i) work(i, own ? *own : scratches_[0]);
         return;
     }
-    crew_->forEach(n,
-                   [&](std::size_t i, int thread) { work(i, scratches_[static_cast<std::size_t>(thread)]); });
+    crew_.forEach(n,
+                  [&](std::size_t i, int thread) { work(i, scratches_[static_cast<std::size_t>(thread)]); });
+}
+
+template <class Work>
+void Splitter::forEach(std::span<Stretch> stretches, Scratch* own, Work&& work) {
+    std::size_t numRecords = 0;
+    for (const Stretch& stretch : stretches) numRecords += stretch.end - stretch.begin;
+    forEach(stretches.size(), stretches.empty() ? 0 : numRecords / stretches.size(), own,
+            [&](std::size_t i, Scratch&) { work(stretches[i]); });
 }
 
 }  // namespace Tessel::Engine::DT

@@ -6,6 +6,7 @@
 
 #include "data/column_cells.h"
 #include "data/sorted_records.h"
+#include "engine/crew.h"
 #include "engine/parallel.h"
 
 namespace Tessel::Engine::DT {
@@ -82,6 +83,8 @@ struct TrainingData {
 
     /// Memory of the trees before this one, or null.
     GrowthMemories* memories = nullptr;
+    /// Threads that fits share which follow one another; null: the fit starts its own.
+    Crew* crew = nullptr;
 
     /// Told what share of the records have found their leaf.
     Watch watch = {};

@@ -34,12 +34,12 @@ std::shared_ptr<IModelable> IEstimator::fitEngine(const TrainingSet& data) const
     const std::vector<std::int32_t>& classes = data.target.codes;
     const std::size_t numRows = classes.size(), numClasses = data.target.classes.size();
     const Learner weak = learner(0);
-    const auto preparation = prepareLearners(data.features, false);
+    Engine::Crew crew(Engine::numThreads());
+    const auto preparation = prepareLearners(data.features, false, &crew);
     auto model = std::make_shared<IModel>();
     model->algorithm = weak->ladonIdentity().algorithm;
 
     Vector rowWeights(numRows, 1.0 / static_cast<double>(numRows));
-    Engine::Crew crew(Engine::numThreads());
     std::vector<int> isMissed(numRows);
     for (int m = 0; m < numWeakLearners.get(); ++m) {
         const Progress progress = data.progress.part(static_cast<double>(m) / numWeakLearners.get(),
@@ -88,7 +88,7 @@ IEstimatable::LadonIdentity IEstimator::ladonIdentity() const {
 static void requireFiniteResiduals(const std::vector<double>& residuals, Engine::Crew& crew) {
     // x - x is 0 for finite numbers only.
     const auto difference = [&](std::size_t row) { return residuals[row] - residuals[row]; };
-    if (Engine::sumByStretches(&crew, residuals.size(), difference) != 0.0)
+    if (Engine::sumByStretches(crew, residuals.size(), difference) != 0.0)
         throw ConstraintViolation("target",
                                   "The residuals leave the range of double; divide the target by a large "
                                   "number, or take a smaller step size.");
@@ -97,14 +97,14 @@ static void requireFiniteResiduals(const std::vector<double>& residuals, Engine:
 std::shared_ptr<IModelable> IEstimator::fitEngine(const TrainingSet& data) const {
     const std::size_t numRows = data.target.size();
     const Learner weak = learner(0);
-    const auto preparation = prepareLearners(data.features, true);
+    Engine::Crew crew(Engine::numThreads());
+    const auto preparation = prepareLearners(data.features, true, &crew);
     auto model = std::make_shared<IModel>();
     model->algorithm = weak->ladonIdentity().algorithm;
     model->stepSize = stepSize.get();
     model->meanResponse = Numeric::sumOf(numRows, [&](std::size_t row) { return data.target[row]; }) /
                           static_cast<double>(numRows);
 
-    Engine::Crew crew(Engine::numThreads());
     Supervised::Resample allRows;
     std::vector<double> residuals(data.target.begin(), data.target.end()), predicted(numRows);
     for (double& residual : residuals) residual -= model->meanResponse;
@@ -116,7 +116,7 @@ std::shared_ptr<IModelable> IEstimator::fitEngine(const TrainingSet& data) const
         progress.report(0.0, {});
         std::shared_ptr<IModelable> weakModel =
             weak->fitResample(data.features, residuals, allRows, preparation.get(), progress, predicted);
-        Engine::forEachStretch(&crew, numRows, [&](std::size_t begin, std::size_t end) {
+        Engine::forEachStretch(crew, numRows, [&](std::size_t begin, std::size_t end) {
             const double step = model->stepSize;
             for (std::size_t row = begin; row < end; ++row) residuals[row] -= step * predicted[row];
         });

@@ -27,9 +27,9 @@ class IEstimator : public Classification::IEstimator, public Tessel::DecisionTre
     bool isFittedAlone(int numRows) const override {
         return numRows > Tessel::DecisionTree::kMaxNumRowsOfResamples;
     }
-    std::unique_ptr<Supervised::Preparation> prepare(const TrainingFeatures& features,
-                                                     bool useAllRows) const override {
-        return Tessel::DecisionTree::sortTable(features, useAllRows);
+    std::unique_ptr<Supervised::Preparation> prepare(const TrainingFeatures& features, bool useAllRows,
+                                                     Engine::Crew* crew) const override {
+        return Tessel::DecisionTree::sortTable(features, useAllRows, crew);
     }
 
  protected:
@@ -62,9 +62,9 @@ class IEstimator : public Regression::IEstimator, public Tessel::DecisionTree::I
     bool isFittedAlone(int numRows) const override {
         return numRows > Tessel::DecisionTree::kMaxNumRowsOfResamples;
     }
-    std::unique_ptr<Supervised::Preparation> prepare(const TrainingFeatures& features,
-                                                     bool useAllRows) const override {
-        return Tessel::DecisionTree::sortTable(features, useAllRows);
+    std::unique_ptr<Supervised::Preparation> prepare(const TrainingFeatures& features, bool useAllRows,
+                                                     Engine::Crew* crew) const override {
+        return Tessel::DecisionTree::sortTable(features, useAllRows, crew);
     }
 
  protected:

@@ -83,6 +83,7 @@ bool hasInfinite(const ColumnCells& cells) {
 struct SortedTable : Supervised::Preparation {
     std::vector<Engine::DT::SharedColumn> columns;  ///< by feature
     mutable Engine::DT::GrowthMemories memories;
+    Engine::Crew* crew = nullptr;
 };
 
 Vector vectorOf(const std::vector<double>& numbers) { return Vector(numbers.begin(), numbers.end()); }
@@ -100,6 +101,7 @@ Engine::DT::TrainingData trainingData(const TrainingFeatures& features, const Ve
         const auto& table = static_cast<const SortedTable&>(*preparation);
         data.sharedColumns = table.columns;
         data.memories = &table.memories;
+        data.crew = table.crew;
     }
     data.weights = {weights.data(), weights.size()};
     for (std::size_t i = 0; i < features.columns.size(); ++i) {
@@ -118,14 +120,17 @@ Engine::DT::TrainingData trainingData(const TrainingFeatures& features, const Ve
     return data;
 }
 
-std::unique_ptr<Supervised::Preparation> sortTable(const TrainingFeatures& features, bool useAllRows) {
+std::unique_ptr<Supervised::Preparation> sortTable(const TrainingFeatures& features, bool useAllRows,
+                                                   Engine::Crew* crew) {
     constexpr int kMinNumRowsOfBins = 1 << 12;
     const int numRows = features.schema.numRows;
     if (numRows > kMaxNumRowsOfResamples && !useAllRows) return nullptr;
     const std::vector<Engine::DT::TrainingFeature> columns = trainingData(features, {}, {}, nullptr).features;
     auto table = std::make_unique<SortedTable>();
     table->columns.resize(columns.size());
-    Engine::Crew(Engine::numThreads()).forEach(columns.size(), [&](std::size_t i, int) {
+    table->crew = crew;
+    Engine::Crew own(crew ? 1 : Engine::numThreads());
+    (crew ? *crew : own).forEach(columns.size(), [&](std::size_t i, int) {
         table->columns[i] =
             Engine::DT::shareColumn(columns[i], numRows, useAllRows && numRows >= kMinNumRowsOfBins);
     });

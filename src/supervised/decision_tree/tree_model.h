@@ -24,7 +24,9 @@ inline constexpr int kMaxNumRowsOfResamples = 1 << 18;
 
 /// The sorted rows of each feature, which the fits of many trees take their lists from. Null for resamples of
 /// long tables, which trees sort in about the same time and less memory.
-std::unique_ptr<Supervised::Preparation> sortTable(const TrainingFeatures& features, bool useAllRows);
+/// @param crew  for the trees, or null.
+std::unique_ptr<Supervised::Preparation> sortTable(const TrainingFeatures& features, bool useAllRows,
+                                                   Engine::Crew* crew);
 
 /// What the fitted trees of both kinds share: choosing the tree that counts, and telling of it.
 class ITreeModel {

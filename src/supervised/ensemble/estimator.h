@@ -30,8 +30,9 @@ class IEnsembleOf : public Kind, public IParameters {
     /// What the fits of the learners share, or null.
     /// @throws ConstraintViolation for infinite cells, also for those that no resample has.
     std::unique_ptr<Supervised::Preparation> prepareLearners(const TrainingFeatures& features,
-                                                             bool useAllRows) const {
-        auto preparation = learner(0)->prepare(features, useAllRows);
+                                                             bool useAllRows,
+                                                             Engine::Crew* crew = nullptr) const {
+        auto preparation = learner(0)->prepare(features, useAllRows, crew);
         if (!preparation) requireFinite(features);  // what was prepared was looked at
         return preparation;
     }

@@ -15,7 +15,7 @@ template <class Work>
 void forEachRowBlock(Engine::Crew& crew, const std::vector<FeatureColumn>& features, std::size_t numRows,
                      Work&& work) {
     if (numRows <= Engine::kSizeOfStretches) return work(features, std::size_t{0}, numRows);
-    Engine::forEachStretch(&crew, numRows, [&](std::size_t begin, std::size_t end) {
+    Engine::forEachStretch(crew, numRows, [&](std::size_t begin, std::size_t end) {
         std::vector<FeatureColumn> columns;
         columns.reserve(features.size());
         for (const FeatureColumn& feature : features) columns.push_back(feature.rows(begin, end - begin));

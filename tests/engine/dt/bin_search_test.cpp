@@ -155,8 +155,10 @@ TEST(BinSearch, FindsTheBestOfAllSplitsOfANode) {
         for (const std::size_t feature : {0u, 3u}) {
             const DT::SharedColumn column = DT::shareColumn(data.features[feature], data.numRows, true);
             DT::BinnedRecords records;
-            DT::BinSearch search({&column, 1}, problem.targets, static_cast<std::int64_t>(fewest), records,
-                                 nullptr);
+            Engine::Crew crew(1);
+            const double origin = problem.targets[7];  // no more than near the mean
+            DT::BinSearch search({&column, 1}, problem.targets, origin, static_cast<std::int64_t>(fewest),
+                                 records, crew);
             std::vector<std::uint32_t> members;
             double mean = 0.0;
             for (std::uint32_t row = 0; row < how.numRows; row += 1 + row % 3) {

@@ -150,7 +150,7 @@ IEstimator::CheckedData IEstimator::checkedData(const DataFrame& features,
 void IEstimator::validateClasses(const ClassTarget& target) const {
     if (!successClass.get().empty() && !target.classes.exists(successClass.get()))
         throw InvalidSuccessLabel();
-    priors(target.classes, classSizes(target, {}));
+    priors(target.classes, classSizes(target, target.counts, {}));
 }
 
 void IEstimator::validate(const DataFrame& features, const DataFrameColumn& target) const {
@@ -159,16 +159,32 @@ void IEstimator::validate(const DataFrame& features, const DataFrameColumn& targ
 
 std::shared_ptr<IModelable> IEstimator::fit(const DataFrame& features, const DataFrameColumn& target) const {
     CheckedData data = checkedData(features, target);
-    const TrainingSet all{.features = data.features,
-                          .target = data.target,
-                          .priors = priors(data.target.classes, classSizes(data.target, {})),
-                          .progress = Progress(progressCallback)};
+    const TrainingSet all{
+        .features = data.features,
+        .target = data.target,
+        .priors = priors(data.target.classes, classSizes(data.target, data.target.counts, {})),
+        .progress = Progress(progressCallback)};
     all.progress.report(0.0, getModelName());
     std::shared_ptr<IModelable> model = fitEngine(all);
     all.progress.report(1.0, getModelName());
     adopt(*model, all, std::move(data.features.schema), data.target.counts,
           defaultSuccessClass(data.target.classes));
     return model;
+}
+
+/// By class.
+static std::vector<double> countRecords(const ClassTarget& target,
+                                        std::span<const std::int32_t> multiplicities) {
+    // In turns, as a count waits for the one before it.
+    constexpr std::size_t kNumTurns = 4;
+    const std::size_t numClasses = target.classes.size();
+    std::vector<std::int64_t> parts(kNumTurns * numClasses);
+    for (std::size_t row = 0; row < multiplicities.size(); ++row)
+        parts[row % kNumTurns * numClasses + static_cast<std::size_t>(target.codes[row])] +=
+            multiplicities[row];
+    std::vector<double> counts(numClasses);
+    for (std::size_t i = 0; i < parts.size(); ++i) counts[i % numClasses] += static_cast<double>(parts[i]);
+    return counts;
 }
 
 std::shared_ptr<IModelable> IEstimator::fitResample(const TrainingFeatures& features,
@@ -190,23 +206,26 @@ std::shared_ptr<IModelable> IEstimator::fitResample(const TrainingFeatures& feat
     };
     assert(!resample.rows.empty() || resample.multiplicities.empty());
     if (resample.rows.empty())
-        return fitOn(
-            {features, target, priors(target.classes, classSizes(target, {})), {}, preparation, progress},
-            target.counts, 0);
+        return fitOn({features,
+                      target,
+                      priors(target.classes, classSizes(target, target.counts, {})),
+                      {},
+                      preparation,
+                      progress},
+                     target.counts, 0);
     if (takesMultiplicities()) {
-        std::vector<double> counts(target.classes.size(), 0.0);
-        for (const std::int32_t row : resample.rows) counts[classOf(row)] += 1.0;
+        std::vector<double> counts = countRecords(target, resample.multiplicities);
+        Vector shares = priors(target.classes, classSizes(target, counts, resample.multiplicities));
         const std::int32_t firstRow = resample.rows.front();
         resample.rows = std::vector<std::int32_t>();
-        return fitOn({features, target, priors(target.classes, classSizes(target, resample.multiplicities)),
-                      resample.multiplicities, preparation, progress},
+        return fitOn({features, target, std::move(shares), resample.multiplicities, preparation, progress},
                      std::move(counts), firstRow);
     }
     const TrainingFeatures drawnFeatures = selectRows(features, resample.rows);
     const ClassTarget drawnTarget = selectRows(target, resample.rows);
     return fitOn({drawnFeatures,
                   drawnTarget,
-                  priors(target.classes, classSizes(drawnTarget, {})),
+                  priors(target.classes, classSizes(drawnTarget, drawnTarget.counts, {})),
                   {},
                   nullptr,
                   progress},

@@ -124,11 +124,12 @@ class IEstimator : public Supervised::IEstimator, public PriorProbability::IAdmi
     ParameterList classificationParameters() {
         return {priorProbMethod, priorProb, successClass, successProbability};
     }
-    /// How much of the training data each class is, for the empirical priors: its rows, or their weights.
+    /// How much of the training data each class is, for the empirical priors: its records, or their weights.
+    /// @param counts          of the records, by class.
     /// @param multiplicities  how often each row counts; empty for once, always for families that take none.
-    virtual std::vector<double> classSizes(const ClassTarget& target,
+    virtual std::vector<double> classSizes(const ClassTarget& /*target*/, const std::vector<double>& counts,
                                            std::span<const std::int32_t> /*multiplicities*/) const {
-        return target.counts;
+        return counts;
     }
     /// The success class while none was chosen: with two classes the one of the first row.
     virtual WString defaultSuccessClass(const StringVector& classes) const {

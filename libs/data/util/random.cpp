@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 #include <numeric>
+#include <span>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -94,32 +95,31 @@ class AliasTable {
         const double heaviest = *std::max_element(weights.begin(), weights.end());
         // Scaling by the largest weight first keeps the sum finite.
         double sum = 0.0;
-        for (const double weight : weights) sum += weight / heaviest;
-        std::vector<int> light, heavy;
+        for (std::size_t i = 0; i < size; ++i) sum += columns_[i].probability = weights[i] / heaviest;
+        const double scale = static_cast<double>(size) / sum;
+        // Light columns from the front, heavy ones from the back: without a branch, as nobody can tell which
+        // is next.
+        std::vector<int> order(size);
+        std::size_t numLight = 0, firstHeavy = size;
         for (std::size_t i = 0; i < size; ++i) {
-            columns_[i].probability = weights[i] / heaviest * (static_cast<double>(size) / sum);
+            columns_[i].probability *= scale;
             // Rounding may leave a column of almost 1 unpaired, which then keeps its rest; never one of 0,
             // as the unpaired columns sum up to their number but for rounding.
             columns_[i].alias = static_cast<int>(i);
-            (columns_[i].probability < 1.0 ? light : heavy).push_back(static_cast<int>(i));
+            const bool isLight = columns_[i].probability < 1.0;
+            order[numLight] = order[firstHeavy - 1] = static_cast<int>(i);
+            numLight += isLight ? 1 : 0;
+            firstHeavy -= isLight ? 0 : 1;
         }
-        while (!light.empty() && !heavy.empty()) {
-            Column& small = columns_[static_cast<std::size_t>(light.back())];
-            Column& large = columns_[static_cast<std::size_t>(heavy.back())];
-            light.pop_back();
-            small.alias = heavy.back();
-            large.probability = (large.probability + small.probability) - 1.0;
-            if (large.probability < 1.0) {
-                light.push_back(heavy.back());
-                heavy.pop_back();
-            }
-        }
+        if (numLight > 0) pair({order.data(), numLight}, {order.data() + firstHeavy, size - firstHeavy});
     }
 
     int draw(Random& random) const {
         const int position = positionBelow(random, static_cast<int>(columns_.size()));
         const Column& column = columns_[static_cast<std::size_t>(position)];
-        return random.nextUniform() < column.probability ? position : column.alias;
+        // Without a branch, too.
+        const int isAlias = random.nextUniform() < column.probability ? 0 : 1;
+        return position + isAlias * (column.alias - position);
     }
 
  private:
@@ -127,6 +127,26 @@ class AliasTable {
         double probability;  // of the column's own position; its alias has the rest
         int alias;
     };
+
+    /// Fills the last of the light columns up from the first heavy one; what that keeps may be light, and is
+    /// then the next to be filled up.
+    void pair(std::span<const int> light, std::span<const int> heavy) {
+        std::size_t numLight = light.size();
+        const auto columnOf = [&](int i) { return &columns_[static_cast<std::size_t>(i)]; };
+        Column* small = columnOf(light[--numLight]);
+        for (const int next : heavy) {
+            Column* const large = columnOf(next);
+            for (;;) {
+                small->alias = next;
+                large->probability = (large->probability + small->probability) - 1.0;
+                if (large->probability < 1.0) break;
+                if (numLight == 0) return;
+                small = columnOf(light[--numLight]);
+            }
+            small = large;
+        }
+    }
+
     std::vector<Column> columns_;
 };
 

@@ -49,18 +49,25 @@ void ClassificationModel::fit(const TrainingData& data, std::span<const std::int
         if (!(prior >= 0.0) || std::isinf(prior))
             throw ConstraintViolation("prior", "must be finite and >= 0");
     const auto numClasses = static_cast<std::int32_t>(classes_.size());
-    for (const std::int32_t code : classes)
-        if (code < 0 || code >= numClasses) throw IndexOutOfRange(code, numClasses);
-
-    PreparedRecords prepared = prepareRecords(data, classes.size());
-    prepared.records.numClasses = numClasses;
-    prepared.records.classes.reserve(prepared.records.size);
-    for (std::uint32_t record = 0; record < prepared.records.size; ++record)
-        prepared.records.classes.push_back(static_cast<std::uint16_t>(classes[prepared.rowOf(record)]));
-    alterWeights(prepared.records);
-    prepared.records.checkExactness();
     Crew own(data.crew ? 1 : numThreads());
-    Tree grown = grow(data, prepared, limits_, data.crew ? *data.crew : own);
+    Crew& crew = data.crew ? *data.crew : own;
+    const auto isBad = [&](std::int32_t code) { return code < 0 || code >= numClasses; };
+    const double numBad =
+        sumByStretches(crew, classes.size(), [&](std::size_t i) { return isBad(classes[i]); });
+    if (numBad > 0.0) throw IndexOutOfRange(*std::find_if(classes.begin(), classes.end(), isBad), numClasses);
+
+    PreparedRecords prepared = prepareRecords(data, classes.size(), crew);
+    Records& records = prepared.records;
+    records.numClasses = numClasses;
+    records.classes.resize(records.size);
+    forEachStretch(crew, records.size, [&](std::size_t begin, std::size_t end) {
+        for (std::size_t record = begin; record < end; ++record)
+            records.classes[record] =
+                static_cast<std::uint16_t>(classes[prepared.rowOf(static_cast<std::uint32_t>(record))]);
+    });
+    alterWeights(records);
+    records.checkExactness(crew);
+    Tree grown = grow(data, prepared, limits_, crew);
     sumClassWeights(grown);
     grown.weightExponent = prepared.weightExponent;
     adopt(std::move(grown), data.features.size());

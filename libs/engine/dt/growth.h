@@ -46,7 +46,7 @@ struct PreparedRecords {
 /// Drops what is no record, folds repetitions and weights and scales the weights where need be. The response
 /// is still to be filled.
 /// @throws NumElementsMismatch, ConstraintViolation for bad weights or rows; TooFewNumRows without records.
-PreparedRecords prepareRecords(const TrainingData& data, std::size_t numTargets);
+PreparedRecords prepareRecords(const TrainingData& data, std::size_t numTargets, Crew& crew);
 
 /// @pre the response of `prepared` is filled, codes of the features are in range.
 Tree grow(const TrainingData& data, const PreparedRecords& prepared, const Limits& limits, Crew& crew);

@@ -64,15 +64,13 @@ void summarizeTargets(const Records& records, std::uint32_t first, SumOf&& sumOf
 
 }  // namespace
 
-void Records::checkExactness() {
+void Records::checkExactness(Crew& crew) {
     constexpr double kMaxSum = 67108864.0;  // 2^26: squares have 52 bits
-    double sum = 0.0;
-    areExact_ = true;
-    for (const double weight : weights) {
-        sum += weight;
-        areExact_ = areExact_ && weight == std::floor(weight);
-    }
-    areExact_ = areExact_ && sum <= kMaxSum;
+    // A fraction adds more than any sum may be.
+    const auto sizeOf = [&](std::size_t i) {
+        return weights[i] == std::floor(weights[i]) ? weights[i] : 2.0 * kMaxSum;
+    };
+    areExact_ = sumByStretches(crew, weights.size(), sizeOf) <= kMaxSum;
 }
 
 int scaleExponent(double largest) {

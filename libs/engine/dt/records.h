@@ -29,7 +29,7 @@ struct Records {
     /// a node may then be subtracted and moved along instead of added up afresh.
     bool areExact() const { return areExact_; }
     /// To be called when the weights are set.
-    void checkExactness();
+    void checkExactness(Crew& crew);
     double weight(std::uint32_t record) const { return isUnit() ? 1.0 : weights[record]; }
     std::uint32_t count(std::uint32_t record) const { return isUnit() ? 1 : counts[record]; }
 

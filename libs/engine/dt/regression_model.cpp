@@ -62,7 +62,7 @@ void RegressionModel::fit(const TrainingData& data, std::span<const double> targ
     Crew own(data.crew ? 1 : numThreads());
     Crew& crew = data.crew ? *data.crew : own;
     double largest = requireFinite(targets, crew);
-    PreparedRecords prepared = prepareRecords(data, targets.size());
+    PreparedRecords prepared = prepareRecords(data, targets.size(), crew);
     std::span<const double>& used = prepared.records.targets = targets;
     if (!prepared.tableRows.empty()) {
         prepared.targets.reserve(prepared.tableRows.size());

@@ -3,14 +3,13 @@
 #include <cmath>
 #include <limits>
 
-#include "data/util/compensated_sum.h"
-
 namespace Tessel::Engine::Ensemble {
 
-double weightedError(std::span<const double> weights, std::span<const int> isMissed) {
-    const double missed =
-        Numeric::sumOf(weights.size(), [&](std::size_t i) { return isMissed[i] != 0 ? weights[i] : 0.0; });
-    const double total = Numeric::sumOf(weights.size(), [&](std::size_t i) { return weights[i]; });
+double weightedError(std::span<const double> weights, std::span<const int> isMissed, Crew& crew) {
+    const double missed = compensatedSumByStretches(
+        crew, weights.size(), [&](std::size_t i) { return isMissed[i] != 0 ? weights[i] : 0.0; });
+    const double total =
+        compensatedSumByStretches(crew, weights.size(), [&](std::size_t i) { return weights[i]; });
     return missed == 0.0 ? 0.0 : missed / total;
 }
 
@@ -30,20 +29,24 @@ double learnerWeight(AdaBoostVariant variant, double error, int numClasses) {
     return 0.0;
 }
 
-void reweight(std::span<double> weights, std::span<const int> isMissed, double alpha) {
+void reweight(std::span<double> weights, std::span<const int> isMissed, double alpha, Crew& crew) {
     // Where that factor would overflow, the other weights are divided by it.
     constexpr double kLargestAlpha = 700.0;
     const bool growsMissed = alpha <= kLargestAlpha;
-    const double factor = std::exp(growsMissed ? alpha : -alpha);
-    for (std::size_t i = 0; i < weights.size(); ++i)
-        if ((isMissed[i] != 0) == growsMissed) weights[i] *= factor;
-    normalize(weights);
+    const double factors[] = {growsMissed ? 1.0 : std::exp(-alpha), growsMissed ? std::exp(alpha) : 1.0};
+    forEachStretch(crew, weights.size(), [&](std::size_t begin, std::size_t end) {
+        for (std::size_t i = begin; i < end; ++i) weights[i] *= factors[isMissed[i] != 0 ? 1 : 0];
+    });
+    normalize(weights, crew);
 }
 
-void normalize(std::span<double> weights) {
-    const double sum = Numeric::sumOf(weights.size(), [&](std::size_t i) { return weights[i]; });
+void normalize(std::span<double> weights, Crew& crew) {
+    const double sum =
+        compensatedSumByStretches(crew, weights.size(), [&](std::size_t i) { return weights[i]; });
     if (sum == 0.0) return;
-    for (double& weight : weights) weight /= sum;
+    forEachStretch(crew, weights.size(), [&](std::size_t begin, std::size_t end) {
+        for (std::size_t i = begin; i < end; ++i) weights[i] /= sum;
+    });
 }
 
 }  // namespace Tessel::Engine::Ensemble

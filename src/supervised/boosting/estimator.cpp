@@ -62,15 +62,15 @@ std::shared_ptr<IModelable> IEstimator::fitEngine(const TrainingSet& data) const
             });
 
         const std::span<double> weights(rowWeights.data(), numRows);
-        const double error = Engine::Ensemble::weightedError(weights, isMissed);
+        const double error = Engine::Ensemble::weightedError(weights, isMissed, crew);
         if (error >= 0.5) throw WorseThanRandomGuess();
         const double alpha = Engine::Ensemble::learnerWeight(static_cast<AdaBoostVariant>(method.get()),
                                                              error, static_cast<int>(numClasses));
         model->add(std::move(weakModel), alpha);
         if (error == 0.0) break;
-        Engine::Ensemble::reweight(weights, isMissed, alpha);
+        Engine::Ensemble::reweight(weights, isMissed, alpha, crew);
     }
-    Engine::Ensemble::normalize({model->weights.data(), model->weights.size()});
+    Engine::Ensemble::normalize({model->weights.data(), model->weights.size()}, crew);
     return model;
 }
 

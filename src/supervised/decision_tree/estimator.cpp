@@ -22,14 +22,13 @@ ParameterList IEstimator::parameters() {
     return list;
 }
 
-std::vector<double> IEstimator::classSizes(const ClassTarget& target,
+std::vector<double> IEstimator::classSizes(const ClassTarget& target, const std::vector<double>& counts,
                                            std::span<const std::int32_t> multiplicities) const {
-    if (weights.get().empty() && multiplicities.empty()) return target.counts;
+    if (weights.get().empty()) return counts;
     std::vector<double> sizes(target.classes.size(), 0.0);
     for (std::size_t row = 0; row < target.codes.size(); ++row)
         sizes[static_cast<std::size_t>(target.codes[row])] +=
-            (weights.get().empty() ? 1.0 : weights.get()[row]) *
-            (multiplicities.empty() ? 1 : multiplicities[row]);
+            weights.get()[row] * (multiplicities.empty() ? 1 : multiplicities[row]);
     return sizes;
 }
 

@@ -33,7 +33,7 @@ class IEstimator : public Classification::IEstimator, public Tessel::DecisionTre
     }
 
  protected:
-    std::vector<double> classSizes(const ClassTarget& target,
+    std::vector<double> classSizes(const ClassTarget& target, const std::vector<double>& counts,
                                    std::span<const std::int32_t> multiplicities) const override;
     std::shared_ptr<IModelable> fitEngine(const TrainingSet& data) const override;
 };

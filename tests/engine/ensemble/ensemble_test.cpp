@@ -72,44 +72,47 @@ TEST(AdaBoost, WeightsOfLearnersFollowTheVariant) {
 }
 
 TEST(AdaBoost, HalfOfTheRecordsErrByExactlyOneHalf) {
+    Crew crew(2);
     for (const std::size_t half : {1u, 3u, 5u, 77u, 5000u, 123457u}) {
         const std::vector<double> weights(2 * half, 1.0 / static_cast<double>(2 * half));
         std::vector<int> isMissed(2 * half, 0);
         for (std::size_t i = 0; i < half; ++i) isMissed[2 * i] = 1;
-        EXPECT_EQ(weightedError(weights, isMissed), 0.5) << half;
-        EXPECT_EQ(weightedError(weights, std::vector<int>(2 * half, 0)), 0.0);
+        EXPECT_EQ(weightedError(weights, isMissed, crew), 0.5) << half;
+        EXPECT_EQ(weightedError(weights, std::vector<int>(2 * half, 0), crew), 0.0);
     }
 }
 
 // Freund & Schapire: with alpha = ln(1 / error - 1) the next weights put one half on the missed records.
 TEST(AdaBoost, ReweightingMakesTheLastLearnerAGuess) {
+    Crew crew(1);
     std::vector<double> weights;
     std::vector<int> isMissed;
     for (int i = 1; i <= 40; ++i) {
         weights.push_back(i);
         isMissed.push_back(i % 7 == 0);
     }
-    normalize(weights);
+    normalize(weights, crew);
     EXPECT_NEAR(std::accumulate(weights.begin(), weights.end(), 0.0), 1.0, 1e-15);
     const double ratio = weights[13] / weights[6], kept = weights[1] / weights[0];
     reweight(weights, isMissed,
-             learnerWeight(AdaBoostVariant::M1_BREIMAN, weightedError(weights, isMissed), 2));
-    EXPECT_NEAR(weightedError(weights, isMissed), 0.5, 1e-15);
+             learnerWeight(AdaBoostVariant::M1_BREIMAN, weightedError(weights, isMissed, crew), 2), crew);
+    EXPECT_NEAR(weightedError(weights, isMissed, crew), 0.5, 1e-15);
     EXPECT_NEAR(weights[13] / weights[6], ratio, 1e-15);
     EXPECT_NEAR(weights[1] / weights[0], kept, 1e-15);
     std::vector<double> none(3, 0.0);
-    normalize(none);
+    normalize(none, crew);
     EXPECT_EQ(none, std::vector<double>(3, 0.0));
 }
 
 // An error so small that its reciprocal overflows, and the factor too; still the missed record gets half of
 // the weight. Numbers of this size have 40 bits.
 TEST(AdaBoost, TheSmallestErrorsHaveFiniteWeights) {
+    Crew crew(1);
     const double error = 0x1p-1034;
     const double alpha = learnerWeight(AdaBoostVariant::M1_BREIMAN, error, 2);
     EXPECT_NEAR(alpha, 1034.0 * 0.6931471805599453, 1e-12);
     std::vector<double> weights{1.0, error};
-    reweight(weights, std::vector<int>{0, 1}, alpha);
+    reweight(weights, std::vector<int>{0, 1}, alpha, crew);
     EXPECT_NEAR(weights[0], 0.5, 0x1p-40);
     EXPECT_NEAR(weights[1], 0.5, 0x1p-40);
 }

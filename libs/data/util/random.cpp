@@ -4,13 +4,14 @@
 #include <cmath>
 #include <limits>
 #include <numeric>
-#include <span>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
 #include <tessel/data/util/random.h>
 #include <tessel/data/util/sets.h>
+
+#include "data/util/alias_table.h"
 
 namespace Tessel::Util {
 namespace {
@@ -39,16 +40,10 @@ void requireSizes(int populationSize, int sampleSize, ReplaceType replacement) {
 void requireWeights(const Vector& weights, int populationSize, int sampleSize, ReplaceType replacement) {
     if (weights.size() != static_cast<std::size_t>(populationSize))
         throw NumElementsMismatch(populationSize, static_cast<std::int64_t>(weights.size()));
-    std::int64_t numPositive = 0;
-    for (const double weight : weights) {
-        if (!std::isfinite(weight) || weight < 0.0)
-            throw ConstraintViolation("Weights", "Each weight must be finite and not negative.");
-        numPositive += weight > 0.0 ? 1 : 0;
-    }
     const int least = populationSize > 0 ? 1 : 0;
-    const int needed = replacement == ReplaceType::WITHOUT_REPLACEMENT ? std::max(least, sampleSize) : least;
-    if (numPositive < needed)
-        throw ConstraintViolation("Weights", "At least " + std::to_string(needed) + " must be positive.");
+    Util::requireWeights({weights.data(), weights.size()}, replacement == ReplaceType::WITHOUT_REPLACEMENT
+                                                               ? std::max(least, sampleSize)
+                                                               : least);
 }
 
 // ---- equal probabilities
@@ -83,72 +78,6 @@ IntVector distinctPositions(int populationSize, int sampleSize, Random& random) 
 }
 
 // ---- weights
-
-/// Draws positions in proportion to weights in constant time, by the alias method (Walker 1977) with the
-/// construction of Vose, A linear algorithm for generating random numbers with a given distribution, IEEE
-/// Transactions on Software Engineering 17, 1991.
-class AliasTable {
- public:
-    /// @pre weights finite, >= 0, not all 0
-    explicit AliasTable(const Vector& weights) : columns_(weights.size()) {
-        const std::size_t size = weights.size();
-        const double heaviest = *std::max_element(weights.begin(), weights.end());
-        // Scaling by the largest weight first keeps the sum finite.
-        double sum = 0.0;
-        for (std::size_t i = 0; i < size; ++i) sum += columns_[i].probability = weights[i] / heaviest;
-        const double scale = static_cast<double>(size) / sum;
-        // Light columns from the front, heavy ones from the back: without a branch, as nobody can tell which
-        // is next.
-        std::vector<int> order(size);
-        std::size_t numLight = 0, firstHeavy = size;
-        for (std::size_t i = 0; i < size; ++i) {
-            columns_[i].probability *= scale;
-            // Rounding may leave a column of almost 1 unpaired, which then keeps its rest; never one of 0,
-            // as the unpaired columns sum up to their number but for rounding.
-            columns_[i].alias = static_cast<int>(i);
-            const bool isLight = columns_[i].probability < 1.0;
-            order[numLight] = order[firstHeavy - 1] = static_cast<int>(i);
-            numLight += isLight ? 1 : 0;
-            firstHeavy -= isLight ? 0 : 1;
-        }
-        if (numLight > 0) pair({order.data(), numLight}, {order.data() + firstHeavy, size - firstHeavy});
-    }
-
-    int draw(Random& random) const {
-        const int position = positionBelow(random, static_cast<int>(columns_.size()));
-        const Column& column = columns_[static_cast<std::size_t>(position)];
-        // Without a branch, too.
-        const int isAlias = random.nextUniform() < column.probability ? 0 : 1;
-        return position + isAlias * (column.alias - position);
-    }
-
- private:
-    struct Column {
-        double probability;  // of the column's own position; its alias has the rest
-        int alias;
-    };
-
-    /// Fills the last of the light columns up from the first heavy one; what that keeps may be light, and is
-    /// then the next to be filled up.
-    void pair(std::span<const int> light, std::span<const int> heavy) {
-        std::size_t numLight = light.size();
-        const auto columnOf = [&](int i) { return &columns_[static_cast<std::size_t>(i)]; };
-        Column* small = columnOf(light[--numLight]);
-        for (const int next : heavy) {
-            Column* const large = columnOf(next);
-            for (;;) {
-                small->alias = next;
-                large->probability = (large->probability + small->probability) - 1.0;
-                if (large->probability < 1.0) break;
-                if (numLight == 0) return;
-                small = columnOf(light[--numLight]);
-            }
-            small = large;
-        }
-    }
-
-    std::vector<Column> columns_;
-};
 
 /// Exponential waiting times with the weights as rates: their order is that of successive draws without
 /// replacement (Efraimidis & Spirakis, Weighted random sampling with a reservoir, Information Processing
@@ -201,8 +130,9 @@ IntVector sample(int populationSize, int sampleSize, const Vector& weights, int 
         return distinctWeightedPositions(weights, sampleSize, random);
     IntVector drawn(static_cast<std::size_t>(sampleSize));
     if (drawn.empty()) return drawn;
-    const AliasTable table(weights);
-    for (int& position : drawn) position = table.draw(random);
+    AliasTable table;
+    table.assign({weights.data(), weights.size()});
+    for (int& position : drawn) position = table.positionOf(AliasTable::drawLot(random, weights.size()));
     return drawn;
 }
 

@@ -60,12 +60,13 @@ FeatureLists listNumbers(std::vector<SortedRecord> sorted, const TrainingFeature
 }  // namespace
 
 FeatureLists takeLists(const TrainingFeature& feature, const PreparedRecords& prepared,
-                       const SharedColumn& column, const std::vector<std::uint32_t>& recordOf) {
+                       const SharedColumn& column, const std::vector<std::uint32_t>& recordOf,
+                       std::vector<SortedRecord> memory) {
     if (feature.isCategorical()) return listCategories(feature, prepared);
     if (recordOf.empty()) return listNumbers(column.rows, feature, prepared);
     // One entry more, where rows that are no record are written to and overwritten.
-    std::vector<SortedRecord> sorted(prepared.records.size + 1);
-    SortedRecord* next = sorted.data();
+    memory.resize(prepared.records.size + 1);
+    SortedRecord* next = memory.data();
     std::uint32_t startsValue = 0;  // a value may start with a row that is no record
     for (const SortedRecord entry : column.rows) {
         const std::uint32_t record = recordOf[entry.record()], isRecord = record != kNoRecord;
@@ -74,8 +75,8 @@ FeatureLists takeLists(const TrainingFeature& feature, const PreparedRecords& pr
         next += isRecord;
         startsValue &= 1 - isRecord;
     }
-    sorted.pop_back();
-    return listNumbers(std::move(sorted), feature, prepared);
+    memory.pop_back();
+    return listNumbers(std::move(memory), feature, prepared);
 }
 
 FeatureLists takeLists(const TrainingFeature& feature, const PreparedRecords& prepared,

@@ -32,8 +32,10 @@ FeatureLists makeLists(const TrainingFeature& feature, const PreparedRecords& pr
 
 /// The same lists out of the sorted rows of the whole table.
 /// @param recordOf  by row its record, `kNoRecord` for none; empty when each row is one record.
+/// @param memory    for the sorted list; what stands in it means nothing.
 FeatureLists takeLists(const TrainingFeature& feature, const PreparedRecords& prepared,
-                       const SharedColumn& column, const std::vector<std::uint32_t>& recordOf);
+                       const SharedColumn& column, const std::vector<std::uint32_t>& recordOf,
+                       std::vector<SortedRecord> memory);
 inline constexpr std::uint32_t kNoRecord = ~std::uint32_t{0};
 
 /// The lists of some nodes, where each row is one record. Entries of other records mean nothing.

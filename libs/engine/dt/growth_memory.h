@@ -18,6 +18,8 @@ namespace Tessel::Engine::DT {
 struct GrowthMemory {
     BinnedRecords binnedRecords;
     std::vector<std::shared_ptr<Histograms>> histograms;
+    std::vector<std::vector<SortedRecord>> lists;  ///< by feature
+    std::vector<std::uint32_t> recordOf;           ///< by row
     Members members;
     std::vector<std::uint8_t> goesLeft;
     std::vector<Stretch> stretches;

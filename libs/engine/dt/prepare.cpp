@@ -45,34 +45,76 @@ double scaledWeight(double weight, int exponent) {
     return std::max(weight, std::numeric_limits<double>::min());
 }
 
-/// What rows count and weigh, both empty for 1.
+/// What rows count and weigh; one of both is empty for 1.
 struct RowWeights {
     std::span<const std::int32_t> counts;
     std::span<const double> weights;
 
-    std::int32_t count(std::size_t row) const { return counts.empty() ? 1 : counts[row]; }
-    double weight(std::size_t row) const { return weights.empty() ? 1.0 : weights[row]; }
-    bool isRecord(std::size_t row) const { return count(row) != 0 && weight(row) != 0.0; }
+    /// Calls look(countOf, weightOf), which tell of rows.
+    template <class Look>
+    void tell(Look&& look) const {
+        const auto countOf = [numbers = counts.data()](std::size_t row) { return numbers[row]; };
+        const auto weightOf = [numbers = weights.data()](std::size_t row) { return numbers[row]; };
+        if (weights.empty()) return look(countOf, [](std::size_t) { return 1.0; });
+        if (counts.empty()) return look([](std::size_t) { return std::int32_t{1}; }, weightOf);
+        look(countOf, weightOf);
+    }
 };
 
 /// What a stretch of the rows has.
 struct StretchOfRows {
-    std::size_t numRecords = 0;
-    std::size_t firstRecord = 0;
+    std::size_t numRecords = 0, firstRecord = 0;
+    std::size_t numNegative = 0, numNoUnits = 0;
     double largestWeight = 0.0;
-    bool isUnit = true;
 
     StretchOfRows() = default;
     StretchOfRows(const RowWeights& rows, std::size_t begin, std::size_t end) {
-        for (std::size_t row = begin; row < end; ++row) {
-            if (rows.count(row) < 0) throw ConstraintViolation("multiplicities", "must not be negative");
-            const bool isRecord = rows.isRecord(row);
-            numRecords += isRecord;
-            largestWeight = std::max(largestWeight, isRecord ? rows.weight(row) : 0.0);
-            isUnit = isUnit && (!isRecord || (rows.count(row) == 1 && rows.weight(row) == 1.0));
-        }
+        rows.tell([&](auto countOf, auto weightOf) {
+            std::int32_t records = 0, negative = 0, noUnits = 0;
+            for (std::size_t row = begin; row < end; ++row) {
+                const std::int32_t count = countOf(row);
+                const double weight = weightOf(row);
+                const bool isRecord = count != 0 && weight != 0.0;
+                records += isRecord ? 1 : 0;
+                negative += count < 0 ? 1 : 0;
+                noUnits += isRecord && (count != 1 || weight != 1.0) ? 1 : 0;
+                largestWeight = isRecord && weight > largestWeight ? weight : largestWeight;
+            }
+            numRecords = static_cast<std::size_t>(records);
+            numNegative = static_cast<std::size_t>(negative);
+            numNoUnits = static_cast<std::size_t>(noUnits);
+        });
     }
 };
+
+/// Writes the records of a stretch. Without a branch: which row is a record is no habit that a processor
+/// could learn.
+void writeRecords(const RowWeights& rows, std::size_t begin, const StretchOfRows& stretch,
+                  PreparedRecords& prepared) {
+    rows.tell([&](auto countOf, auto weightOf) {
+        const std::size_t first = stretch.firstRecord, end = first + stretch.numRecords;
+        const auto forEachRecord = [&](auto&& write) {
+            std::size_t row = begin;
+            for (std::size_t record = first; record < end; ++row) {
+                write(record, row);
+                record += countOf(row) != 0 && weightOf(row) != 0.0 ? 1u : 0u;
+            }
+        };
+        std::uint32_t* const tableRows = prepared.tableRows.data();
+        if (!prepared.tableRows.empty())
+            forEachRecord([&](std::size_t record, std::size_t row) {
+                tableRows[record] = static_cast<std::uint32_t>(row);
+            });
+        if (prepared.records.isUnit()) return;
+        std::uint32_t* const counts = prepared.records.counts.data();
+        double* const weights = prepared.records.weights.data();
+        for (std::size_t record = first; record < end; ++record) {
+            const std::size_t row = prepared.rowOf(static_cast<std::uint32_t>(record));
+            counts[record] = static_cast<std::uint32_t>(countOf(row));
+            weights[record] = scaledWeight(weightOf(row), prepared.weightExponent) * countOf(row);
+        }
+    });
+}
 
 }  // namespace
 
@@ -100,36 +142,26 @@ PreparedRecords prepareRecords(const TrainingData& data, std::size_t numTargets,
     forEachStretch(crew, numRows, [&](std::size_t begin, std::size_t end) {
         stretches[begin / kSizeOfStretches] = StretchOfRows(rows, begin, end);
     });
-    std::size_t numRecords = 0;
-    double largestWeight = 0.0;
-    bool isUnit = true;
+    StretchOfRows all;
     for (StretchOfRows& stretch : stretches) {
-        stretch.firstRecord = numRecords;
-        numRecords += stretch.numRecords;
-        largestWeight = std::max(largestWeight, stretch.largestWeight);
-        isUnit = isUnit && stretch.isUnit;
+        stretch.firstRecord = all.numRecords;
+        all.numRecords += stretch.numRecords;
+        all.numNegative += stretch.numNegative;
+        all.numNoUnits += stretch.numNoUnits;
+        all.largestWeight = std::max(all.largestWeight, stretch.largestWeight);
     }
-    if (numRecords == 0) throw TooFewNumRows(0);
+    if (all.numNegative > 0) throw ConstraintViolation("multiplicities", "must not be negative");
+    if (all.numRecords == 0) throw TooFewNumRows(0);
     Records& records = prepared.records;
-    records.size = numRecords;
-    prepared.weightExponent = isUnit ? 0 : scaleExponent(largestWeight);
-    if (numRecords < numRows) prepared.tableRows.resize(numRecords);
-    if (!isUnit) {
-        records.counts.resize(numRecords);
-        records.weights.resize(numRecords);
+    records.size = all.numRecords;
+    if (records.size < numRows) prepared.tableRows.resize(records.size);
+    if (all.numNoUnits > 0) {
+        prepared.weightExponent = scaleExponent(all.largestWeight);
+        records.counts.resize(records.size);
+        records.weights.resize(records.size);
     }
-    forEachStretch(crew, numRows, [&](std::size_t begin, std::size_t end) {
-        std::size_t record = stretches[begin / kSizeOfStretches].firstRecord;
-        for (std::size_t row = begin; row < end; ++row) {
-            if (!rows.isRecord(row)) continue;
-            if (!prepared.tableRows.empty()) prepared.tableRows[record] = static_cast<std::uint32_t>(row);
-            if (!isUnit) {
-                records.counts[record] = static_cast<std::uint32_t>(rows.count(row));
-                records.weights[record] =
-                    scaledWeight(rows.weight(row), prepared.weightExponent) * rows.count(row);
-            }
-            ++record;
-        }
+    forEachStretch(crew, numRows, [&](std::size_t begin, std::size_t /*end*/) {
+        writeRecords(rows, begin, stretches[begin / kSizeOfStretches], prepared);
     });
     return prepared;
 }

@@ -32,6 +32,7 @@ void sumAllClassWeights(const Records& records, Crew& crew, double* classWeights
 }
 
 void describeClasses(const Records& records, const double* classWeights, Node& node) {
+    node.weight = 0.0;
     const auto numClasses = static_cast<std::size_t>(records.numClasses);
     std::size_t most = 0;
     double squares = 0.0;
@@ -136,20 +137,21 @@ void summarizeChildren(const Records& records, std::span<const std::uint32_t> le
                        Node& right, double* classWeights) {
     const auto numClasses = static_cast<std::size_t>(records.numClasses);
     double* const rightWeights = classWeights + numClasses;
-    if (numClasses == 0 || !records.isUnit()) {
+    if (numClasses == 0 || !records.areExact()) {
         summarize(records, leftMembers, left, classWeights);
         summarize(records, rightMembers, right, rightWeights);
         return;
     }
     const bool isLeftSmaller = leftMembers.size() < rightMembers.size();
-    double* const smaller = isLeftSmaller ? classWeights : rightWeights;
-    double* const larger = isLeftSmaller ? rightWeights : classWeights;
-    sumClassWeights(records, isLeftSmaller ? leftMembers : rightMembers, smaller);
-    for (std::size_t k = 0; k < numClasses; ++k) larger[k] = parent.classWeights[k] - smaller[k];
-    left.numRecords = static_cast<std::int64_t>(leftMembers.size());
-    right.numRecords = static_cast<std::int64_t>(rightMembers.size());
-    describeClasses(records, classWeights, left);
-    describeClasses(records, rightWeights, right);
+    double* const smallerWeights = isLeftSmaller ? classWeights : rightWeights;
+    double* const largerWeights = isLeftSmaller ? rightWeights : classWeights;
+    Node& smaller = isLeftSmaller ? left : right;
+    Node& larger = isLeftSmaller ? right : left;
+    summarize(records, isLeftSmaller ? leftMembers : rightMembers, smaller, smallerWeights);
+    for (std::size_t k = 0; k < numClasses; ++k)
+        largerWeights[k] = parent.classWeights[k] - smallerWeights[k];
+    larger.numRecords = parent.numRecords - smaller.numRecords;
+    describeClasses(records, largerWeights, larger);
 }
 
 }  // namespace Tessel::Engine::DT

@@ -39,6 +39,11 @@ Splitter::Splitter(const TrainingData& data, const PreparedRecords& prepared, co
                                                    crewSize(), memory.histograms);
 }
 
+/// The lists are memory for those of the next tree.
+Splitter::~Splitter() {
+    for (std::size_t i = 0; i < features_.size(); ++i) memory_.lists[i] = std::move(features_[i].sorted);
+}
+
 bool Splitter::searchesAllFeatures() const {
     return static_cast<std::size_t>(std::max(1, limits_.numSelectedFeatures)) >= features_.size();
 }
@@ -60,11 +65,19 @@ std::unique_ptr<BinSearch> Splitter::makeBinSearch(const Node& root) const {
 }
 
 void Splitter::makeAllLists() {
-    std::vector<std::uint32_t> recordOf;
+    memory_.lists.resize(features_.size());
+    std::vector<std::uint32_t>& recordOf = memory_.recordOf;
+    recordOf.clear();
     if (!data_.sharedColumns.empty() && !prepared_.tableRows.empty()) {
-        recordOf.assign(static_cast<std::size_t>(data_.numRows), kNoRecord);
-        for (std::uint32_t record = 0; record < records_.size; ++record)
-            recordOf[prepared_.tableRows[record]] = record;
+        recordOf.resize(static_cast<std::size_t>(data_.numRows));
+        forEachStretch(crew_, recordOf.size(), [&](std::size_t begin, std::size_t end) {
+            const std::vector<std::uint32_t>& rows = prepared_.tableRows;
+            auto record = std::lower_bound(rows.begin(), rows.end(), begin);
+            for (std::size_t row = begin; row < end; ++row)
+                recordOf[row] = record != rows.end() && *record == row
+                                    ? static_cast<std::uint32_t>(record++ - rows.begin())
+                                    : kNoRecord;
+        });
     }
     forEach(features_.size(), records_.size, nullptr, [&](std::size_t i, Scratch&) {
         if (bins_ && bins_->numBins(i) > 0)
@@ -72,7 +85,8 @@ void Splitter::makeAllLists() {
         else if (data_.sharedColumns.empty())
             features_[i] = makeLists(data_.features[i], prepared_, data_.keepRanks);
         else
-            features_[i] = takeLists(data_.features[i], prepared_, data_.sharedColumns[i], recordOf);
+            features_[i] = takeLists(data_.features[i], prepared_, data_.sharedColumns[i], recordOf,
+                                     std::move(memory_.lists[i]));
     });
 }
 

@@ -62,6 +62,9 @@ class Splitter {
  public:
     Splitter(const TrainingData& data, const PreparedRecords& prepared, const Limits& limits,
              const Node& root, GrowthMemory& memory, Crew& crew);
+    Splitter(const Splitter&) = delete;
+    Splitter& operator=(const Splitter&) = delete;
+    ~Splitter();
 
     std::span<const std::uint32_t> members(std::uint32_t begin, std::uint32_t end) const {
         return members_.range(begin, end);

@@ -6,8 +6,8 @@
 namespace Tessel::Engine::Ensemble {
 
 double weightedError(std::span<const double> weights, std::span<const int> isMissed, Crew& crew) {
-    const double missed = compensatedSumByStretches(
-        crew, weights.size(), [&](std::size_t i) { return isMissed[i] != 0 ? weights[i] : 0.0; });
+    const double missed = compensatedSumByStretches(crew, weights.size(),
+                                                    [&](std::size_t i) { return weights[i] * isMissed[i]; });
     const double total =
         compensatedSumByStretches(crew, weights.size(), [&](std::size_t i) { return weights[i]; });
     return missed == 0.0 ? 0.0 : missed / total;

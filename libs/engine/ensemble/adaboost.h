@@ -16,8 +16,8 @@ namespace Tessel::Engine::Ensemble {
 /// a + ln(K - 1).
 enum class AdaBoostVariant : int { M1_FREUND = 1, M1_BREIMAN = 2, SAMME = 3 };
 
-/// The share of the weights that misclassified records have; exactly 0 without such records, and exactly 0.5
-/// when they are half of records of equal weight.
+/// The share of the weights that misclassified records have (those of which `isMissed` is 1, else 0); exactly
+/// 0 without such records, and exactly 0.5 when they are half of records of equal weight.
 double weightedError(std::span<const double> weights, std::span<const int> isMissed, Crew& crew);
 
 /// The weight of a learner; the largest finite double for the error 0, and 0 for no known variant.

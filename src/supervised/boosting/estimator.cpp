@@ -1,6 +1,5 @@
 #include "supervised/boosting/estimator.h"
 
-#include <tessel/data/util/random.h>
 #include <tessel/framework/errors.h>
 #include <tessel/framework/ladon.h>
 
@@ -8,6 +7,7 @@
 #include "engine/crew.h"
 #include "engine/ensemble/adaboost.h"
 #include "engine/ensemble/resample.h"
+#include "engine/ensemble/resampler.h"
 #include "supervised/boosting/model.h"
 #include "supervised/ensemble/fit_learners.h"
 #include "supervised/ensemble/row_blocks.h"
@@ -39,15 +39,16 @@ std::shared_ptr<IModelable> IEstimator::fitEngine(const TrainingSet& data) const
     auto model = std::make_shared<IModel>();
     model->algorithm = weak->ladonIdentity().algorithm;
 
-    Vector rowWeights(numRows, 1.0 / static_cast<double>(numRows));
+    std::vector<double> weights(numRows, 1.0 / static_cast<double>(numRows));
+    Engine::Ensemble::Resampler resampler(numRows, resamplingSeed.get());
     std::vector<int> isMissed(numRows);
     for (int m = 0; m < numWeakLearners.get(); ++m) {
         const Progress progress = data.progress.part(static_cast<double>(m) / numWeakLearners.get(),
                                                      (m + 1.0) / numWeakLearners.get(),
                                                      getModelName() + L": " + Ensemble::learnerTitle(m));
         progress.report(0.0, {});
-        auto resample = Supervised::Resample::of(Util::sample(rowWeights, resamplingSeed.get()).elements(),
-                                                 data.features.schema.numRows);
+        auto resample =
+            Supervised::Resample::of(resampler.sample(weights, crew), data.features.schema.numRows);
         if (!Engine::Ensemble::coversClasses(resample.rows, classes, numClasses))
             throw EnsembleSamplingMissedClass();
         std::shared_ptr<IModelable> weakModel =
@@ -61,7 +62,6 @@ std::shared_ptr<IModelable> IEstimator::fitEngine(const TrainingSet& data) const
                     isMissed[row] = predicted[row - begin] != classes[row];
             });
 
-        const std::span<double> weights(rowWeights.data(), numRows);
         const double error = Engine::Ensemble::weightedError(weights, isMissed, crew);
         if (error >= 0.5) throw WorseThanRandomGuess();
         const double alpha = Engine::Ensemble::learnerWeight(static_cast<AdaBoostVariant>(method.get()),

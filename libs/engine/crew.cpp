@@ -44,9 +44,8 @@ void Crew::share(std::uint32_t n, Run run, void* loop) {
     for (std::size_t i = 0; i < shares_.size(); ++i)
         shares_[i].offer = number | (beginOf(i + 1, n) - beginOf(i, n));
     wake();
-    while (takeOne(0)) {
-    }
-    while (numDone_ != n) std::this_thread::yield();
+    const std::uint32_t numOthers = n - takeAll(0);
+    while (numDone_ != numOthers) std::this_thread::yield();
 }
 
 /// Counts a new loop and tells those that sleep.
@@ -57,14 +56,15 @@ void Crew::wake() {
     wake_.notify_all();
 }
 
-/// Does one item of the loop, of the own share as long as there is one; returns false when none is left.
-bool Crew::takeOne(std::size_t thread) {
+/// Does items of the loop, those of the own share first, until none is left; returns how many.
+std::uint32_t Crew::takeAll(std::size_t thread) {
+    std::uint32_t numTaken = 0;
     for (std::size_t i = 0; i < shares_.size(); ++i)
-        if (takeOne((thread + i) % shares_.size(), thread)) return true;
-    return false;
+        while (takeOne((thread + i) % shares_.size(), thread)) ++numTaken;
+    return numTaken;
 }
 
-/// The same of a share, whoever else tries.
+/// Does an item of a share, whoever else tries; returns false when none is left.
 bool Crew::takeOne(std::size_t share, std::size_t thread) {
     for (std::uint64_t offer = shares_[share].offer; numLeft(offer) > 0;) {
         const std::uint32_t item = beginOf(share + 1, numItems_) - numLeft(offer);
@@ -74,30 +74,31 @@ bool Crew::takeOne(std::size_t share, std::size_t thread) {
         const bool wasInLoop = std::exchange(isInLoop, true);
         run(loop, item, static_cast<int>(thread));
         isInLoop = wasInLoop;
-        ++numDone_;
         return true;
     }
     return false;
 }
 
 void Crew::serve(std::size_t thread) {
-    constexpr int kMaxNumTries = 200;  // before it sleeps
-    for (int numTries = 0;;) {
+    for (;;) {
         const std::uint32_t numLoops = numLoops_;
-        if (takeOne(thread)) {
-            numTries = 0;
-        } else if (isClosed_) {
-            return;
-        } else if (++numTries < kMaxNumTries) {
-            std::this_thread::yield();
-        } else {
-            std::unique_lock lock(mutex_);
-            ++numAsleep_;
-            wake_.wait(lock, [&] { return numLoops_ != numLoops; });
-            --numAsleep_;
-            numTries = 0;
-        }
+        if (const std::uint32_t numTaken = takeAll(thread); numTaken > 0) numDone_ += numTaken;
+        if (isClosed_) return;
+        waitForLoop(numLoops);
     }
+}
+
+/// Until there have been more loops.
+void Crew::waitForLoop(std::uint32_t numLoops) {
+    constexpr int kMaxNumTries = 200;  // before it sleeps
+    for (int numTries = 0; numTries < kMaxNumTries; ++numTries) {
+        if (numLoops_ != numLoops) return;
+        std::this_thread::yield();
+    }
+    std::unique_lock lock(mutex_);
+    ++numAsleep_;
+    wake_.wait(lock, [&] { return numLoops_ != numLoops; });
+    --numAsleep_;
 }
 
 }  // namespace Tessel::Engine

@@ -28,7 +28,7 @@ namespace Tessel::Engine {
 class Crew {
  public:
     /// @param size  of all threads, the one that runs the loops included; others start with a loop for them.
-    explicit Crew(int size) : shares_(static_cast<std::size_t>(size)), maxSize_(shares_.size()) {}
+    explicit Crew(int size) : maxSize_(static_cast<std::size_t>(size)), shares_(maxSize_) {}
     Crew(const Crew&) = delete;
     Crew& operator=(const Crew&) = delete;
     ~Crew();
@@ -62,22 +62,25 @@ class Crew {
     void start(std::size_t size);
     void share(std::uint32_t n, Run run, void* loop);
     void wake();
-    bool takeOne(std::size_t thread);
+    std::uint32_t takeAll(std::size_t thread);
     bool takeOne(std::size_t share, std::size_t thread);
     void serve(std::size_t thread);
+    void waitForLoop(std::uint32_t numLoops);
     std::uint32_t beginOf(std::size_t share, std::uint32_t n) const {
         return static_cast<std::uint32_t>(share * n / shares_.size());
     }
 
+    std::size_t maxSize_;  // as far as the system has threads
+    std::vector<std::thread> helpers_;
+    // What many threads write lies apart from what they read.
     // The number of the loop in the upper half, how many items of the share nobody has taken yet in the
     // lower. A loop is not over before all its items are, so who takes one has read what belongs to it.
     struct alignas(64) Share {
         std::atomic<std::uint64_t> offer{0};
     };
-    std::vector<Share> shares_;  // by thread
-    std::size_t maxSize_;        // as far as the system has threads
-    std::vector<std::thread> helpers_;
-    std::atomic<std::uint32_t> numItems_{0}, numDone_{0};
+    std::vector<Share> shares_;                          // by thread
+    alignas(64) std::atomic<std::uint32_t> numDone_{0};  // by others than the thread that runs the loop
+    alignas(64) std::atomic<std::uint32_t> numItems_{0};
     std::atomic<Run> run_{nullptr};
     std::atomic<void*> loop_{nullptr};
     std::atomic<bool> isClosed_{false};

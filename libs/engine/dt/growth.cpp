@@ -246,17 +246,25 @@ std::vector<Search> Grower::searchLevel(const Tree& tree, std::vector<OpenNode>&
         tell(open.size(), false);
         searches.push_back(splitter_.beginSearch(tree, open, nullptr));
     }
-    // Of one feature all nodes, as a thread that has read a column finds it near.
-    const std::size_t numNodes = level.size(), numSearches = numNodes * searches[0].features.size();
-    splitter_.forEach(numSearches, minNumRecords, nullptr, [&](std::size_t i, Scratch& scratch) {
-        splitter_.searchCandidate(searches[i % numNodes], i / numNodes, level[i % numNodes], scratch);
+    // Of one feature all nodes, as a thread that has read a column finds it near; small nodes several at
+    // once.
+    constexpr std::size_t kMaxNumGroups = 4;
+    const std::size_t numNodes = level.size(), numGroups = std::min(numNodes, kMaxNumGroups);
+    const auto forEachSearch = [&](auto&& work) {
+        splitter_.forEach(searches[0].features.size() * numGroups, minNumRecords, nullptr,
+                          [&](std::size_t i, Scratch& scratch) {
+                              for (std::size_t node = i % numGroups; node < numNodes; node += numGroups)
+                                  work(node, i / numGroups, scratch);
+                          });
+    };
+    forEachSearch([&](std::size_t node, std::size_t feature, Scratch& scratch) {
+        splitter_.searchCandidate(searches[node], feature, level[node], scratch);
     });
     if (!splitter_.usesBins()) return searches;
     std::vector<std::atomic<double>> bestScores(level.size());
     for (std::size_t i = 0; i < level.size(); ++i) bestScores[i] = searches[i].bestScore();
-    splitter_.forEach(numSearches, minNumRecords, nullptr, [&](std::size_t i, Scratch& scratch) {
-        splitter_.searchInsideBins(searches[i % numNodes], i / numNodes, level[i % numNodes],
-                                   bestScores[i % numNodes], scratch);
+    forEachSearch([&](std::size_t node, std::size_t feature, Scratch& scratch) {
+        splitter_.searchInsideBins(searches[node], feature, level[node], bestScores[node], scratch);
     });
     return searches;
 }

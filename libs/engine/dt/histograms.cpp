@@ -32,7 +32,7 @@ HistogramMaker::HistogramMaker(const Records& records, std::span<const FeatureLi
         // a node with so many bins to each are sorted sooner than its bins are searched.
         constexpr std::size_t kMinRecordsPerBin = 4;
         constexpr int kMaxNumLevels = 7;
-        constexpr std::size_t kMaxBinsPerRecord = 16;
+        constexpr std::size_t kMaxBinsPerRecord = 64;
         const std::size_t numBins = size / binned_.size();
         numLevels_ = std::clamp(
             static_cast<int>(std::bit_width(records.size / (kMinRecordsPerBin * numBins))), 1, kMaxNumLevels);

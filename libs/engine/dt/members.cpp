@@ -5,10 +5,12 @@
 
 namespace Tessel::Engine::DT {
 
-void Members::reset(std::size_t numRecords) {
+void Members::reset(std::size_t numRecords, Crew& crew) {
     members_.resize(numRecords);
     parted_.resize(numRecords);
-    std::iota(members_.begin(), members_.end(), 0u);
+    forEachStretch(crew, numRecords, [&](std::size_t begin, std::size_t end) {
+        std::iota(members_.data() + begin, members_.data() + end, static_cast<std::uint32_t>(begin));
+    });
 }
 
 void Members::appendStretches(std::size_t node, std::uint32_t begin, std::uint32_t end,

@@ -28,7 +28,7 @@ struct Stretch {
 class Members {
  public:
     /// All records are members of the root.
-    void reset(std::size_t numRecords);
+    void reset(std::size_t numRecords, Crew& crew);
 
     std::span<const std::uint32_t> range(std::uint32_t begin, std::uint32_t end) const {
         return std::span(members_).subspan(begin, end - begin);

@@ -30,7 +30,7 @@ Splitter::Splitter(const TrainingData& data, const PreparedRecords& prepared, co
       goesLeft_(memory.goesLeft),
       scratches_(memory.scratches),
       crew_(crew) {
-    members_.reset(records_.size);
+    members_.reset(records_.size, crew);
     goesLeft_.resize(records_.size);
     scratches_.resize(static_cast<std::size_t>(crew.size()));
     bins_ = makeBinSearch(root);

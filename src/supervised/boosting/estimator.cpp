@@ -84,10 +84,14 @@ IEstimatable::LadonIdentity IEstimator::ladonIdentity() const {
     return {Ladon::Keyword::ESTIMATOR, Ladon::TaskKind::REGRESSION, Ladon::ModelAlgorithm::BOOSTING};
 }
 
-/// @throws ConstraintViolation
-static void requireFiniteResiduals(const std::vector<double>& residuals, Engine::Crew& crew) {
+/// Subtracts what was predicted. @throws ConstraintViolation where that leaves the range of double
+template <class Predicted>
+static void subtract(std::vector<double>& residuals, Predicted&& predicted, Engine::Crew& crew) {
     // x - x is 0 for finite numbers only.
-    const auto difference = [&](std::size_t row) { return residuals[row] - residuals[row]; };
+    const auto difference = [&](std::size_t row) {
+        const double residual = residuals[row] -= predicted(row);
+        return residual - residual;
+    };
     if (Engine::sumByStretches(crew, residuals.size(), difference) != 0.0)
         throw ConstraintViolation("target",
                                   "The residuals leave the range of double; divide the target by a large "
@@ -107,8 +111,8 @@ std::shared_ptr<IModelable> IEstimator::fitEngine(const TrainingSet& data) const
 
     Supervised::Resample allRows;
     std::vector<double> residuals(data.target.begin(), data.target.end()), predicted(numRows);
-    for (double& residual : residuals) residual -= model->meanResponse;
-    requireFiniteResiduals(residuals, crew);
+    subtract(
+        residuals, [mean = model->meanResponse](std::size_t) { return mean; }, crew);
     for (int m = 0; m < numWeakLearners.get(); ++m) {
         const Progress progress = data.progress.part(static_cast<double>(m) / numWeakLearners.get(),
                                                      (m + 1.0) / numWeakLearners.get(),
@@ -116,11 +120,8 @@ std::shared_ptr<IModelable> IEstimator::fitEngine(const TrainingSet& data) const
         progress.report(0.0, {});
         std::shared_ptr<IModelable> weakModel =
             weak->fitResample(data.features, residuals, allRows, preparation.get(), progress, predicted);
-        Engine::forEachStretch(crew, numRows, [&](std::size_t begin, std::size_t end) {
-            const double step = model->stepSize;
-            for (std::size_t row = begin; row < end; ++row) residuals[row] -= step * predicted[row];
-        });
-        requireFiniteResiduals(residuals, crew);
+        subtract(
+            residuals, [&, step = model->stepSize](std::size_t row) { return step * predicted[row]; }, crew);
         model->add(std::move(weakModel), 1.0);
     }
     return model;

@@ -205,6 +205,31 @@ TEST(Boosting, RegressionFitsTheResiduals) {
         EXPECT_THROW(Regression::Boosting::Estimator().setStepSize(bad).validate(), ValueOutOfRange);
 }
 
+// The rows are more than a stretch, so that threads share them.
+TEST(Boosting, TheNumberOfThreadsChangesNothing) {
+    const LabelledTable data = checkedTable(7001, 3), numbers = numericTable(7001);
+    const auto tree = Classification::DecisionTree::Estimator().setMaxNumLevels(3);
+    const auto shallow = Regression::DecisionTree::Estimator().setMaxNumLevels(5);
+    const int before = omp_get_max_threads();
+    std::vector<WString> models;
+    for (const int numThreads : {1, 2, 5}) {
+        omp_set_num_threads(numThreads);
+        models.push_back(Classification::Boosting::Estimator()
+                             .setBaseEstimator(tree)
+                             .setNumWeakLearners(6)
+                             .fit(data.features, data.target)
+                             .toJSON() +
+                         Regression::Boosting::Estimator()
+                             .setBaseEstimator(shallow)
+                             .setNumWeakLearners(6)
+                             .fit(numbers.features, numbers.target)
+                             .toJSON());
+    }
+    omp_set_num_threads(before);
+    EXPECT_EQ(models[1], models[0]);
+    EXPECT_EQ(models[2], models[0]);
+}
+
 /// Long tables, whose resamples are sorted anew, are sorted once where each round takes all of their rows.
 TEST(Boosting, TreesOfLongTablesAreThoseOfTheResiduals) {
     constexpr int kNumRows = (1 << 18) + 1;

@@ -74,7 +74,6 @@ class Splitter {
     }
     std::size_t numFeatures() const { return features_.size(); }
     std::size_t crewSize() const { return scratches_.size(); }
-    Crew& crew() const { return crew_; }
 
     bool isSplittable(const Tree& tree, const OpenNode& open) const;
 

@@ -38,11 +38,13 @@ void Crew::share(std::uint32_t n, Run run, void* loop) {
     if (helpers_.size() + 1 < wanted) start(wanted);
     run_ = run;
     loop_ = loop;
+    const std::size_t numShares = std::min<std::size_t>(maxSize_, n);
     numItems_ = n;
+    numShares_ = numShares;
     numDone_ = 0;
     const std::uint64_t number = std::uint64_t{numLoops_ + 1} << 32;
     for (std::size_t i = 0; i < shares_.size(); ++i)
-        shares_[i].offer = number | (beginOf(i + 1, n) - beginOf(i, n));
+        shares_[i].offer = number | (beginOf(i + 1, n, numShares) - beginOf(i, n, numShares));
     wake();
     const std::uint32_t numOthers = n - takeAll(0);
     while (numDone_ != numOthers) std::this_thread::yield();
@@ -67,7 +69,7 @@ std::uint32_t Crew::takeAll(std::size_t thread) {
 /// Does an item of a share, whoever else tries; returns false when none is left.
 bool Crew::takeOne(std::size_t share, std::size_t thread) {
     for (std::uint64_t offer = shares_[share].offer; numLeft(offer) > 0;) {
-        const std::uint32_t item = beginOf(share + 1, numItems_) - numLeft(offer);
+        const std::uint32_t item = beginOf(share + 1, numItems_, numShares_) - numLeft(offer);
         const Run run = run_;
         void* const loop = loop_;
         if (!shares_[share].offer.compare_exchange_weak(offer, offer - 1)) continue;

@@ -66,8 +66,9 @@ class Crew {
     bool takeOne(std::size_t share, std::size_t thread);
     void serve(std::size_t thread);
     void waitForLoop(std::uint32_t numLoops);
-    std::uint32_t beginOf(std::size_t share, std::uint32_t n) const {
-        return static_cast<std::uint32_t>(share * n / shares_.size());
+    /// Of n items the first of a share, or behind the last.
+    static std::uint32_t beginOf(std::size_t share, std::uint32_t n, std::size_t numShares) {
+        return static_cast<std::uint32_t>(std::min(share, numShares) * n / numShares);
     }
 
     std::size_t maxSize_;  // as far as the system has threads
@@ -81,13 +82,14 @@ class Crew {
     std::vector<Share> shares_;                          // by thread
     alignas(64) std::atomic<std::uint32_t> numDone_{0};  // by others than the thread that runs the loop
     alignas(64) std::atomic<std::uint32_t> numItems_{0};
+    std::atomic<std::size_t> numShares_{1};  // of threads that take part
     std::atomic<Run> run_{nullptr};
     std::atomic<void*> loop_{nullptr};
     std::atomic<bool> isClosed_{false};
     // A new loop wakes those that sleep: who counts itself as asleep looks at the number of loops again
     // behind that.
     std::atomic<std::uint32_t> numLoops_{0};
-    std::atomic<int> numAsleep_{0};
+    alignas(64) std::atomic<int> numAsleep_{0};
     std::mutex mutex_;
     std::condition_variable wake_;
 };
@@ -105,7 +107,8 @@ void forEachStretch(Crew& crew, std::size_t n, Work&& work) {
     for (std::size_t i = 0; i < numStretches; ++i) doOne(i, 0);
 }
 
-/// The sum of term(0) .. term(n - 1), in the same order of additions at any number of threads.
+/// The sum of term(0) .. term(n - 1), each asked for once, in the same order of additions at any number of
+/// threads.
 template <class Term>
 double sumByStretches(Crew& crew, std::size_t n, Term&& term) {
     const auto sumOf = [&](std::size_t begin, std::size_t end) {

@@ -60,7 +60,7 @@ TEST(Crew, AnExceptionOfAnyThreadReachesTheCallerAndTheNextLoopRuns) {
 
 TEST(Crew, SumsByStretchesDoNotDependOnItsSize) {
     const auto term = [](std::size_t i) { return 1.0 / static_cast<double>(i + 1); };
-    for (const std::size_t n : {0u, 1u, 8191u, 8192u, 100001u}) {
+    for (const std::size_t n : {0u, 1u, Engine::kSizeOfStretches, Engine::kSizeOfStretches + 1, 100001u}) {
         Crew alone(1);
         const double expected = Engine::sumByStretches(alone, n, term);
         double plain = 0.0;
@@ -69,6 +69,8 @@ TEST(Crew, SumsByStretchesDoNotDependOnItsSize) {
         for (const int size : {2, 4}) {
             Crew crew(size);
             EXPECT_EQ(Engine::sumByStretches(crew, n, term), expected) << n << ' ' << size;
+            EXPECT_EQ(Engine::compensatedSumByStretches(crew, n, term),
+                      Engine::compensatedSumByStretches(alone, n, term));
         }
     }
 }

@@ -1,10 +1,8 @@
 #include "data/random.h"
 
 #include <algorithm>
-#include <cmath>
 #include <limits>
 #include <numeric>
-#include <string>
 #include <unordered_map>
 #include <vector>
 

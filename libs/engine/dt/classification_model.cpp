@@ -49,8 +49,8 @@ void ClassificationModel::fit(const TrainingData& data, std::span<const std::int
         if (!(prior >= 0.0) || std::isinf(prior))
             throw ConstraintViolation("prior", "must be finite and >= 0");
     const auto numClasses = static_cast<std::int32_t>(classes_.size());
-    Crew own(data.crew ? 1 : numThreads());
-    Crew& crew = data.crew ? *data.crew : own;
+    FitCrew threads(data);
+    Crew& crew = threads.crew;
     const auto isBad = [&](std::int32_t code) { return code < 0 || code >= numClasses; };
     const double numBad =
         sumByStretches(crew, classes.size(), [&](std::size_t i) { return isBad(classes[i]); });

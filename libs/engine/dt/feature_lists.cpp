@@ -81,7 +81,7 @@ FeatureLists takeLists(const TrainingFeature& feature, const PreparedRecords& pr
 
 FeatureLists takeLists(const TrainingFeature& feature, const PreparedRecords& prepared,
                        const SharedColumn& column, const std::vector<std::uint8_t>& markOf,
-                       const std::vector<std::uint32_t>& begins) {
+                       const std::vector<std::uint32_t>& begins, std::vector<SortedRecord> memory) {
     if (column.hasFewValues) return listNumbers(column.rows, feature, prepared);
     const auto numRecords = static_cast<std::uint32_t>(prepared.records.size);
     // Records without a list are written to one entry more. A record starts a value of its node where its
@@ -93,6 +93,7 @@ FeatureLists takeLists(const TrainingFeature& feature, const PreparedRecords& pr
     for (const std::uint32_t begin : begins)
         places.push_back(begin == kNoRecord ? Place{numRecords, 0, 0} : Place{begin, 1, 0});
     FeatureLists lists;
+    lists.sorted = std::move(memory);
     lists.sorted.resize(std::size_t{numRecords} + 1);
     std::uint32_t value = 0;
     for (const SortedRecord entry : column.rows) {

@@ -41,9 +41,10 @@ inline constexpr std::uint32_t kNoRecord = ~std::uint32_t{0};
 /// The lists of some nodes, where each row is one record. Entries of other records mean nothing.
 /// @param markOf  by record the mark of its node.
 /// @param begins  by mark where the node begins in the list; `kNoRecord` for a node without a list.
+/// @param memory  as above.
 FeatureLists takeLists(const TrainingFeature& feature, const PreparedRecords& prepared,
                        const SharedColumn& column, const std::vector<std::uint8_t>& markOf,
-                       const std::vector<std::uint32_t>& begins);
+                       const std::vector<std::uint32_t>& begins, std::vector<SortedRecord> memory);
 
 /// Moves the entries of a range that go left before the others; both keep their order, and the marks of their
 /// values are set anew.

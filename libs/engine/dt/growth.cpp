@@ -23,6 +23,14 @@ struct LesserGain {
     }
 };
 
+/// In turns, so that each thread of a crew begins with its share of the first ones.
+std::vector<OpenNode> dealt(const std::vector<OpenNode>& nodes, std::size_t numShares) {
+    std::vector<OpenNode> shares;
+    for (std::size_t share = 0; share < numShares; ++share)
+        for (std::size_t i = share; i < nodes.size(); i += numShares) shares.push_back(nodes[i]);
+    return shares;
+}
+
 /// The order in which nodes are split.
 class Grower {
  public:
@@ -153,6 +161,7 @@ void Grower::growWhole(Tree& tree, OpenNode root) {
     std::stable_sort(deferred.begin(), deferred.end(),
                      [](const OpenNode& a, const OpenNode& b) { return a.size() > b.size(); });
     if (deferred.empty()) return;
+    deferred = dealt(deferred, splitter_.crewSize());
     // Few records are sorted sooner than found among all.
     constexpr std::size_t kMinShareToTake = 8;
     std::size_t numDeferred = 0;
@@ -329,8 +338,9 @@ Tree grow(const TrainingData& data, const PreparedRecords& prepared, const Limit
     Node root;
     std::vector<double> classWeights(static_cast<std::size_t>(prepared.records.numClasses));
     summarizeAll(prepared.records, crew, root, classWeights.data());
-    Grower grower(data, prepared, limits, root, *memory, crew);
-    Tree tree = inLevelOrder(grower.grow(root, std::move(classWeights)));
+    // The grower is gone before another one may take its memory.
+    Tree tree =
+        inLevelOrder(Grower(data, prepared, limits, root, *memory, crew).grow(root, std::move(classWeights)));
     if (data.memories) data.memories->giveBack(std::move(memory));
     return tree;
 }

@@ -5,8 +5,8 @@
 #include <span>
 #include <vector>
 
+#include "engine/crew.h"
 #include "engine/dt/records.h"
-#include "engine/parallel.h"
 
 // The records of the nodes of a growing tree, and how they part.
 

@@ -21,13 +21,18 @@ void sumClassWeights(const Records& records, std::span<const std::uint32_t> memb
 void sumAllClassWeights(const Records& records, Crew& crew, double* classWeights) {
     const auto numClasses = static_cast<std::size_t>(records.numClasses);
     const std::size_t numStretches = numStretchesOf(records.size);
+    std::fill_n(classWeights, numClasses, 0.0);
+    if (numStretches * numClasses > records.size) {
+        for (std::uint32_t record = 0; record < records.size; ++record)
+            classWeights[records.classes[record]] += records.weight(record);
+        return;
+    }
     std::vector<double> sums(numStretches * numClasses);  // by stretch
     forEachStretch(crew, records.size, [&](std::size_t begin, std::size_t end) {
         double* const own = sums.data() + begin / kSizeOfStretches * numClasses;
         for (std::size_t i = begin; i < end; ++i)
             own[records.classes[i]] += records.weight(static_cast<std::uint32_t>(i));
     });
-    std::fill_n(classWeights, numClasses, 0.0);
     for (std::size_t i = 0; i < sums.size(); ++i) classWeights[i % numClasses] += sums[i];
 }
 

@@ -59,8 +59,8 @@ double requireFinite(std::span<const double> targets, Crew& crew) {
 }  // namespace
 
 void RegressionModel::fit(const TrainingData& data, std::span<const double> targets) {
-    Crew own(data.crew ? 1 : numThreads());
-    Crew& crew = data.crew ? *data.crew : own;
+    FitCrew threads(data);
+    Crew& crew = threads.crew;
     double largest = requireFinite(targets, crew);
     PreparedRecords prepared = prepareRecords(data, targets.size(), crew);
     std::span<const double>& used = prepared.records.targets = targets;

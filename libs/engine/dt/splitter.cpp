@@ -67,8 +67,9 @@ std::unique_ptr<BinSearch> Splitter::makeBinSearch(const Node& root) const {
 void Splitter::makeAllLists() {
     memory_.lists.resize(features_.size());
     std::vector<std::uint32_t>& recordOf = memory_.recordOf;
-    recordOf.clear();
-    if (!data_.sharedColumns.empty() && !prepared_.tableRows.empty()) {
+    if (data_.sharedColumns.empty() || prepared_.tableRows.empty()) {
+        recordOf.clear();
+    } else {
         recordOf.resize(static_cast<std::size_t>(data_.numRows));
         forEachStretch(crew_, recordOf.size(), [&](std::size_t begin, std::size_t end) {
             const std::vector<std::uint32_t>& rows = prepared_.tableRows;
@@ -100,8 +101,8 @@ void Splitter::leaveBins(std::span<OpenNode> nodes) {
     }
     forEach(nodes.empty() ? 0 : features_.size(), records_.size, nullptr, [&](std::size_t i, Scratch&) {
         if (features_[i].form == FeatureLists::Form::SHARED)
-            features_[i] =
-                takeLists(data_.features[i], prepared_, data_.sharedColumns[i], bins_->marks(), begins);
+            features_[i] = takeLists(data_.features[i], prepared_, data_.sharedColumns[i], bins_->marks(),
+                                     begins, std::move(memory_.lists[i]));
     });
     bins_.reset();
     histograms_ = std::make_unique<HistogramMaker>(records_, features_, nullptr, searchesAllFeatures(),

@@ -18,8 +18,8 @@
 
 namespace Tessel::Engine::DT {
 
-// Trees of fewer cells are not worth starting threads, and loops over fewer not worth sharing.
-inline constexpr std::size_t kMinCellsOfThreads = 20000, kMinCellsInParallel = 2000;
+// Loops over fewer cells are not worth sharing.
+inline constexpr std::size_t kMinCellsInParallel = 2000;
 
 /// A node that may still be split. Its records are the range [begin, end) of every list.
 struct OpenNode {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -12,6 +14,9 @@
 namespace Tessel::Engine::DT {
 
 class GrowthMemories;
+
+/// Trees of fewer cells are not worth starting threads.
+inline constexpr std::size_t kMinCellsOfThreads = 20000;
 
 /// A feature to train on: numbers with their ranks, or categories by their codes.
 struct TrainingFeature {
@@ -88,6 +93,19 @@ struct TrainingData {
 
     /// Told what share of the records have found their leaf.
     Watch watch = {};
+};
+
+/// The threads of a fit: those that it was given, or its own where there are cells enough to start them.
+struct FitCrew {
+    explicit FitCrew(const TrainingData& data)
+        : own(data.crew || data.features.size() * static_cast<std::size_t>(std::max(0, data.numRows)) <
+                               kMinCellsOfThreads
+                  ? 1
+                  : numThreads()),
+          crew(data.crew ? *data.crew : own) {}
+
+    Crew own;
+    Crew& crew;
 };
 
 /// The cells of a feature of records to score: numbers (NaN = missing), or codes (-1 = missing; any other

@@ -80,10 +80,11 @@ bool hasInfinite(const ColumnCells& cells) {
     return numInfinite > 0;
 }
 
+/// Of features without infinite cells.
 struct SortedTable : Supervised::Preparation {
-    std::vector<Engine::DT::SharedColumn> columns;  ///< by feature
+    std::vector<Engine::DT::SharedColumn> columns;  ///< by feature; none where each tree sorts its own
     mutable Engine::DT::GrowthMemories memories;
-    Engine::Crew* crew = nullptr;
+    Engine::Crew* crew = nullptr;  ///< of the ensemble
 };
 
 Vector vectorOf(const std::vector<double>& numbers) { return Vector(numbers.begin(), numbers.end()); }
@@ -124,11 +125,13 @@ std::unique_ptr<Supervised::Preparation> sortTable(const TrainingFeatures& featu
                                                    Engine::Crew* crew) {
     constexpr int kMinNumRowsOfBins = 1 << 12;
     const int numRows = features.schema.numRows;
-    if (numRows > kMaxNumRowsOfResamples && !useAllRows) return nullptr;
+    const bool isSorted = numRows <= kMaxNumRowsOfResamples || useAllRows;
+    if (!isSorted && !crew) return nullptr;
     const std::vector<Engine::DT::TrainingFeature> columns = trainingData(features, {}, {}, nullptr).features;
     auto table = std::make_unique<SortedTable>();
-    table->columns.resize(columns.size());
     table->crew = crew;
+    if (!isSorted) return table;
+    table->columns.resize(columns.size());
     Engine::Crew own(crew ? 1 : Engine::numThreads());
     (crew ? *crew : own).forEach(columns.size(), [&](std::size_t i, int) {
         table->columns[i] =

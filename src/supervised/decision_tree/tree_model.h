@@ -22,9 +22,9 @@ std::vector<Engine::DT::Cells> cellsOf(const std::vector<FeatureColumn>& columns
 /// Resamples of longer tables are sorted anew for each tree.
 inline constexpr int kMaxNumRowsOfResamples = 1 << 18;
 
-/// The sorted rows of each feature, which the fits of many trees take their lists from. Null for resamples of
-/// long tables, which trees sort in about the same time and less memory.
-/// @param crew  for the trees, or null.
+/// The sorted rows of each feature, which the fits of many trees take their lists from; not for resamples of
+/// long tables, which trees sort in about the same time and less memory: null there, unless there is a crew.
+/// @param crew  for the trees, which must not outlive it; or null.
 std::unique_ptr<Supervised::Preparation> sortTable(const TrainingFeatures& features, bool useAllRows,
                                                    Engine::Crew* crew);
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <thread>
 
 #include <gtest/gtest.h>
 #include <omp.h>
@@ -143,6 +144,39 @@ TEST(BinSearch, TargetsFarFromZeroAreSplitAsThoseNearIt) {
         EXPECT_EQ(far.nodes[i].feature, near.nodes[i].feature) << i;
         EXPECT_EQ(far.nodes[i].threshold, near.nodes[i].threshold) << i;
     }
+}
+
+/// As the learners of an ensemble do: lists, members and scratch go from tree to tree.
+TEST(TreeGrowth, TreesThatGrowSideBySideHandOnTheirMemory) {
+    const Problem problem({.name = "resamples", .numRows = 900});
+    DT::TrainingData data = problem.table.data();
+    std::vector<DT::SharedColumn> columns;
+    for (const DT::TrainingFeature& feature : data.features)
+        columns.push_back(DT::shareColumn(feature, data.numRows, false));
+    data.sharedColumns = columns;
+    constexpr int kNumTrees = 60;
+    const auto treeOf = [&](int seed, DT::GrowthMemories* memories) {
+        Random random(static_cast<std::uint64_t>(seed));
+        std::vector<std::int32_t> multiplicities(900);
+        for (std::int32_t& count : multiplicities) count = static_cast<std::int32_t>(random.nextBelow(3));
+        DT::TrainingData own = data;
+        own.multiplicities = multiplicities;
+        own.memories = memories;
+        DT::RegressionModel model;
+        model.fit(own, problem.targets);
+        return model.tree();
+    };
+    DT::GrowthMemories memories;
+    std::vector<DT::Tree> trees(kNumTrees);
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < 3; ++thread)
+        threads.emplace_back([&, thread] {
+            for (int i = thread; i < kNumTrees; i += 3)
+                trees[static_cast<std::size_t>(i)] = treeOf(i, &memories);
+        });
+    for (std::thread& thread : threads) thread.join();
+    for (int i = 0; i < kNumTrees; ++i)
+        EXPECT_TRUE(areSame(trees[static_cast<std::size_t>(i)], treeOf(i, nullptr))) << i;
 }
 
 TEST(BinSearch, FindsTheBestOfAllSplitsOfANode) {

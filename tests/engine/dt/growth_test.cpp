@@ -393,49 +393,53 @@ TEST(TreeGrowth, LimitsMeanWhatTheySay) {
     }
 }
 
+// Of long tables threads look at stretches; here the first and the last have no record.
 TEST(TreeGrowth, RepeatedRecordsAreRecords) {
-    const Problem problem = largeProblem(400, 3);
-    Random random(3);
-    std::vector<std::int32_t> sample, multiplicities(400, 0);
-    std::vector<double> weights(400, 0.0);
-    for (int i = 0; i < 400; ++i) {
-        sample.push_back(static_cast<std::int32_t>(random.nextBelow(400)));
-        ++multiplicities[static_cast<std::size_t>(sample.back())];
-        weights[static_cast<std::size_t>(sample.back())] += 1.0;
-    }
-    TreeTable repeated;  // the sample written out, in the order of the rows
-    std::vector<std::int32_t> sorted = sample;
-    std::sort(sorted.begin(), sorted.end());
-    std::vector<std::int32_t> codes, classes;
-    for (std::size_t feature = 0; feature < 6; ++feature) {
-        std::vector<double> numbers;
-        for (const std::int32_t row : sorted)
-            numbers.push_back(problem.table.number(feature, static_cast<std::size_t>(row)));
-        repeated.addNumbers(std::move(numbers));
-    }
-    for (const std::int32_t row : sorted) {
-        codes.push_back(problem.table.code(6, static_cast<std::size_t>(row)));
-        classes.push_back(problem.classes[static_cast<std::size_t>(row)]);
-    }
-    repeated.addCategories(std::move(codes), 12);
-    for (const int minNumRecords : {1, 7}) {
-        Limits limits;
-        limits.minNumRecordsInLeaves = minNumRecords;
-        DT::ClassificationModel expected = classifier(3, limits), model = classifier(3, limits);
-        expected.fit(repeated.data(), classes);
-        DT::TrainingData data = problem.table.data();
-        data.rows = sample;
-        model.fit(data, problem.classes);
-        EXPECT_TRUE(areSame(model.tree(), expected.tree()));
-        data.rows = {};
-        data.multiplicities = multiplicities;
-        model.fit(data, problem.classes);
-        EXPECT_TRUE(areSame(model.tree(), expected.tree()));
-        data.multiplicities = {};
-        data.weights = weights;  // the same but for the counts
-        model.fit(data, problem.classes);
-        if (minNumRecords == 1) {
-            EXPECT_EQ(model.tree().classWeights, expected.tree().classWeights);
+    for (const std::size_t numRows : {400u, 7000u}) {
+        const std::size_t margin = numRows > 400 ? Engine::kSizeOfStretches + 1 : 0;
+        const Problem problem = largeProblem(numRows, 3);
+        Random random(3);
+        std::vector<std::int32_t> sample, multiplicities(numRows, 0);
+        std::vector<double> weights(numRows, 0.0);
+        for (std::size_t i = 0; i < numRows; ++i) {
+            sample.push_back(static_cast<std::int32_t>(margin + random.nextBelow(numRows - 2 * margin)));
+            ++multiplicities[static_cast<std::size_t>(sample.back())];
+            weights[static_cast<std::size_t>(sample.back())] += 1.0;
+        }
+        TreeTable repeated;  // the sample written out, in the order of the rows
+        std::vector<std::int32_t> sorted = sample;
+        std::sort(sorted.begin(), sorted.end());
+        std::vector<std::int32_t> codes, classes;
+        for (std::size_t feature = 0; feature < 6; ++feature) {
+            std::vector<double> numbers;
+            for (const std::int32_t row : sorted)
+                numbers.push_back(problem.table.number(feature, static_cast<std::size_t>(row)));
+            repeated.addNumbers(std::move(numbers));
+        }
+        for (const std::int32_t row : sorted) {
+            codes.push_back(problem.table.code(6, static_cast<std::size_t>(row)));
+            classes.push_back(problem.classes[static_cast<std::size_t>(row)]);
+        }
+        repeated.addCategories(std::move(codes), 12);
+        for (const int minNumRecords : {1, 7}) {
+            Limits limits;
+            limits.minNumRecordsInLeaves = minNumRecords;
+            DT::ClassificationModel expected = classifier(3, limits), model = classifier(3, limits);
+            expected.fit(repeated.data(), classes);
+            DT::TrainingData data = problem.table.data();
+            data.rows = sample;
+            model.fit(data, problem.classes);
+            EXPECT_TRUE(areSame(model.tree(), expected.tree()));
+            data.rows = {};
+            data.multiplicities = multiplicities;
+            model.fit(data, problem.classes);
+            EXPECT_TRUE(areSame(model.tree(), expected.tree()));
+            data.multiplicities = {};
+            data.weights = weights;  // the same but for the counts
+            model.fit(data, problem.classes);
+            if (minNumRecords == 1) {
+                EXPECT_EQ(model.tree().classWeights, expected.tree().classWeights);
+            }
         }
     }
 }

@@ -4,10 +4,14 @@
 
 #include <gtest/gtest.h>
 
+#include <tessel/data/errors.h>
+#include <tessel/data/util/random.h>
+
 #include "data/random.h"
 #include "engine/ensemble/adaboost.h"
 #include "engine/ensemble/out_of_bag.h"
 #include "engine/ensemble/resample.h"
+#include "engine/ensemble/resampler.h"
 #include "engine/ensemble/votes.h"
 
 namespace Tessel::Engine::Ensemble {
@@ -69,6 +73,26 @@ TEST(AdaBoost, WeightsOfLearnersFollowTheVariant) {
           Case{static_cast<AdaBoostVariant>(7), 0.25, 3, 0.0}})
         EXPECT_NEAR(learnerWeight(c.variant, c.error, c.numClasses), c.expected, 4e-16);
     EXPECT_EQ(learnerWeight(AdaBoostVariant::M1_FREUND, 0.0, 2), std::numeric_limits<double>::max());
+}
+
+TEST(Resampler, DrawsAsSamplesByWeightAndSeedDo) {
+    constexpr std::size_t kNumRows = 5001;
+    Random random(2);
+    for (const int seed : {12345, -7}) {
+        Resampler resampler(kNumRows, seed);
+        for (const int size : {1, 3}) {  // of the crew; the weights are others each time
+            Crew crew(size);
+            Vector weights;
+            for (std::size_t i = 0; i < kNumRows; ++i)
+                weights.push_back(i % 5 == 0 ? 0.0 : std::pow(random.nextUniform(), 4));
+            EXPECT_EQ(resampler.sample({weights.data(), weights.size()}, crew),
+                      Util::sample(weights, seed).elements());
+        }
+        Crew crew(1);
+        const double none[kNumRows] = {}, negative[kNumRows] = {1.0, -1.0};
+        EXPECT_THROW(resampler.sample(none, crew), ConstraintViolation);
+        EXPECT_THROW(resampler.sample(negative, crew), ConstraintViolation);
+    }
 }
 
 TEST(AdaBoost, HalfOfTheRecordsErrByExactlyOneHalf) {

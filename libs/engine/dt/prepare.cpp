@@ -50,9 +50,9 @@ struct RowWeights {
     std::span<const std::int32_t> counts;
     std::span<const double> weights;
 
-    /// Calls look(countOf, weightOf), which tell of rows.
+    /// Calls look(countOf, weightOf) with functions of a row, made for what there is.
     template <class Look>
-    void tell(Look&& look) const {
+    void visit(Look&& look) const {
         const auto countOf = [numbers = counts.data()](std::size_t row) { return numbers[row]; };
         const auto weightOf = [numbers = weights.data()](std::size_t row) { return numbers[row]; };
         if (weights.empty()) return look(countOf, [](std::size_t) { return 1.0; });
@@ -69,7 +69,7 @@ struct StretchOfRows {
 
     StretchOfRows() = default;
     StretchOfRows(const RowWeights& rows, std::size_t begin, std::size_t end) {
-        rows.tell([&](auto countOf, auto weightOf) {
+        rows.visit([&](auto countOf, auto weightOf) {
             std::int32_t records = 0, negative = 0, noUnits = 0;
             for (std::size_t row = begin; row < end; ++row) {
                 const std::int32_t count = countOf(row);
@@ -91,20 +91,16 @@ struct StretchOfRows {
 /// could learn.
 void writeRecords(const RowWeights& rows, std::size_t begin, const StretchOfRows& stretch,
                   PreparedRecords& prepared) {
-    rows.tell([&](auto countOf, auto weightOf) {
+    rows.visit([&](auto countOf, auto weightOf) {
         const std::size_t first = stretch.firstRecord, end = first + stretch.numRecords;
-        const auto forEachRecord = [&](auto&& write) {
+        if (!prepared.tableRows.empty()) {
+            std::uint32_t* const tableRows = prepared.tableRows.data();
             std::size_t row = begin;
             for (std::size_t record = first; record < end; ++row) {
-                write(record, row);
+                tableRows[record] = static_cast<std::uint32_t>(row);
                 record += countOf(row) != 0 && weightOf(row) != 0.0 ? 1u : 0u;
             }
-        };
-        std::uint32_t* const tableRows = prepared.tableRows.data();
-        if (!prepared.tableRows.empty())
-            forEachRecord([&](std::size_t record, std::size_t row) {
-                tableRows[record] = static_cast<std::uint32_t>(row);
-            });
+        }
         if (prepared.records.isUnit()) return;
         std::uint32_t* const counts = prepared.records.counts.data();
         double* const weights = prepared.records.weights.data();
